@@ -4,9 +4,17 @@
 #include <bit>
 #include <cstdint>
 
+#include "nax/error.h"
+
 namespace nax::vmath {
 
-enum Status : int32_t { kSuccess = 0, kDomain = 1, kPole = 2, kOverflow = 3, kUnderflow = 4 };
+enum Status : int32_t {
+    kSuccess = ARQ_STATUS_SUCCESS,
+    kDomain = ARQ_STATUS_DOMAIN,
+    kPole = ARQ_STATUS_SINGULARITY,
+    kOverflow = ARQ_STATUS_OVERFLOW,
+    kUnderflow = ARQ_STATUS_UNDERFLOW,
+};
 
 template <class T>
 struct Format;
