@@ -69,7 +69,10 @@ inline F64 truncate(F64 a) { return _mm512_maskz_roundscale_pd(kAll8, a, _MM_FRO
 inline U64 multiply_low_halves(U64 a, U64 b) {
     return reinterpret_cast<U64>(_mm512_maskz_mul_epu32(kAll8, bits(a), bits(b)));
 }
-inline U64 min(U64 a, U64 b) { return reinterpret_cast<U64>(_mm512_maskz_min_epu64(kAll8, bits(a), bits(b))); }
+// v - m where that is not negative, else v; v below 2^63.
+inline U64 subtract_once(U64 v, U64 m) {
+    return reinterpret_cast<U64>(_mm512_maskz_min_epu64(kAll8, bits(v), bits(v - m)));
+}
 inline F64 to_double(HalfU32 a) { return _mm512_maskz_cvtepu32_pd(kAll8, bits(a)); }
 inline F64 signed_to_double(HalfU32 a) { return _mm512_maskz_cvtepi32_pd(kAll8, bits(a)); }
 inline F32 to_float(U32 a) { return _mm512_maskz_cvtepu32_ps(kAll16, bits(a)); }
@@ -78,6 +81,8 @@ inline F64 to_double(U64 a) { return _mm512_maskz_cvtepu64_pd(kAll8, bits(a)); }
 inline F64 small_to_double(U64 a) { return to_double(a); }  // for lanes below 2^52
 inline HalfF32 narrow(F64 a) { return _mm512_maskz_cvtpd_ps(kAll8, a); }
 inline HalfU32 low_halves(U64 a) { return reinterpret_cast<HalfU32>(_mm512_maskz_cvtepi64_epi32(kAll8, bits(a))); }
+// Lanes in 0 ... 2^31 - 1 to integers.
+inline HalfU32 to_words(F64 a) { return reinterpret_cast<HalfU32>(_mm512_maskz_cvttpd_epi32(kAll8, a)); }
 inline U64 widen(HalfU32 a) { return reinterpret_cast<U64>(_mm512_maskz_cvtepu32_epi64(kAll8, bits(a))); }
 inline HalfU32 lower_half(U32 a) {
     return reinterpret_cast<HalfU32>(_mm512_maskz_extracti64x4_epi64(kAll8, bits(a), 0));
@@ -98,11 +103,10 @@ inline F64 truncate(F64 a) { return _mm256_round_pd(a, _MM_FROUND_TO_ZERO | _MM_
 inline U64 multiply_low_halves(U64 a, U64 b) {
     return reinterpret_cast<U64>(_mm256_mul_epu32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
 }
-// For lanes below 2^63.
-inline U64 min(U64 a, U64 b) {
-    const __m256i left = reinterpret_cast<__m256i>(a);
-    const __m256i right = reinterpret_cast<__m256i>(b);
-    return reinterpret_cast<U64>(_mm256_blendv_epi8(left, right, _mm256_cmpgt_epi64(left, right)));
+// v - m where that is not negative, else v; v below 2^63.
+inline U64 subtract_once(U64 v, U64 m) {
+    const __m256d difference = reinterpret_cast<__m256d>(v - m);
+    return reinterpret_cast<U64>(_mm256_blendv_pd(difference, reinterpret_cast<__m256d>(v), difference));
 }
 inline F64 signed_to_double(HalfU32 a) { return _mm256_cvtepi32_pd(reinterpret_cast<__m128i>(a)); }
 inline F32 signed_to_float(U32 a) { return _mm256_cvtepi32_ps(reinterpret_cast<__m256i>(a)); }
@@ -123,6 +127,8 @@ inline F64 small_to_double(U64 a) {
 }
 inline F64 to_double(HalfU32 a) { return small_to_double(widen(a)); }
 inline HalfF32 narrow(F64 a) { return _mm256_cvtpd_ps(a); }
+// Lanes in 0 ... 2^31 - 1 to integers.
+inline HalfU32 to_words(F64 a) { return reinterpret_cast<HalfU32>(_mm256_cvttpd_epi32(a)); }
 inline HalfU32 low_halves(U64 a) {
     const __m256i order = _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6);
     return reinterpret_cast<HalfU32>(
