@@ -1,0 +1,224 @@
+// Products of polynomials over GF(2): carry-less multiplication, Karatsuba, Toom-Cook.
+#include <immintrin.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <utility>
+
+#include "rng/generators/gf2_polynomial.h"
+
+namespace nax::rng {
+
+namespace {
+
+inline void xor_into(uint64_t* to, const uint64_t* from, int words) {
+    int i = 0;
+    for (; i + 4 <= words; i += 4) {
+        const __m256i sum = _mm256_xor_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(to + i)),
+                                             _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + i)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + i), sum);
+    }
+    for (; i < words; ++i) to[i] ^= from[i];
+}
+
+inline __m128i load_pair(const uint64_t* a) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(a)); }
+inline void store_pair(uint64_t* to, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
+
+inline void poly_mul_word(uint64_t* result, const uint64_t* a, const uint64_t* b) {
+    store_pair(result, _mm_clmulepi64_si128(_mm_cvtsi64_si128(static_cast<int64_t>(*a)),
+                                            _mm_cvtsi64_si128(static_cast<int64_t>(*b)), 0));
+}
+
+inline void poly_mul_kar_n2(uint64_t* result, const uint64_t* a, const uint64_t* b) {
+    const __m128i x = load_pair(a);
+    const __m128i y = load_pair(b);
+    const __m128i low = _mm_clmulepi64_si128(x, y, 0x00);
+    const __m128i high = _mm_clmulepi64_si128(x, y, 0x11);
+    const __m128i sums = _mm_clmulepi64_si128(_mm_xor_si128(x, _mm_srli_si128(x, 8)),
+                                              _mm_xor_si128(y, _mm_srli_si128(y, 8)), 0x00);
+    const __m128i middle = _mm_xor_si128(sums, _mm_xor_si128(low, high));
+    store_pair(result, _mm_xor_si128(low, _mm_slli_si128(middle, 8)));
+    store_pair(result + 2, _mm_xor_si128(high, _mm_srli_si128(middle, 8)));
+}
+
+template <int words>
+void poly_mul_kar_n(uint64_t* result, const uint64_t* a, const uint64_t* b);
+
+template <int words>
+[[gnu::always_inline]] inline void karatsuba_step(uint64_t* result, const uint64_t* a, const uint64_t* b) {
+    constexpr int kLow = (words + 1) / 2;
+    constexpr int kHigh = words / 2;
+    uint64_t sum_a[kLow], sum_b[kLow], middle[2 * kLow];
+    for (int i = 0; i < kHigh; ++i) sum_a[i] = a[i] ^ a[kLow + i];
+    for (int i = 0; i < kHigh; ++i) sum_b[i] = b[i] ^ b[kLow + i];
+    if constexpr (kHigh < kLow) {
+        sum_a[kHigh] = a[kHigh];
+        sum_b[kHigh] = b[kHigh];
+    }
+    poly_mul_kar_n<kLow>(result, a, b);
+    poly_mul_kar_n<kHigh>(result + 2 * kLow, a + kLow, b + kLow);
+    poly_mul_kar_n<kLow>(middle, sum_a, sum_b);
+    for (int i = 0; i < 2 * kLow; ++i) middle[i] ^= result[i];
+    for (int i = 0; i < 2 * kHigh; ++i) middle[i] ^= result[2 * kLow + i];
+    for (int i = 0; i < 2 * kLow; ++i) result[kLow + i] ^= middle[i];
+}
+
+// The fixed lengths: the odd ones split into unequal halves, 19 into 10 and 9. Lengths up to 4 are inlined.
+template <int words>
+void poly_mul_kar_n(uint64_t* result, const uint64_t* a, const uint64_t* b) {
+    if constexpr (words == 1) {
+        poly_mul_word(result, a, b);
+    } else if constexpr (words == 2) {
+        poly_mul_kar_n2(result, a, b);
+    } else {
+        karatsuba_step<words>(result, a, b);
+    }
+}
+
+using FixedProduct = void (*)(uint64_t*, const uint64_t*, const uint64_t*);
+
+template <int... index>
+constexpr std::array<FixedProduct, sizeof...(index)> fixed_products(std::integer_sequence<int, index...>) {
+    return {poly_mul_kar_n<index + 1>...};
+}
+// Entry i multiplies operands of i + 1 words.
+constexpr auto kFixedProducts = fixed_products(std::make_integer_sequence<int, kKaratsubaFixed>{});
+
+}  // namespace
+
+void poly_mul_kar(uint64_t* result, const uint64_t* a, const uint64_t* b, int words, uint64_t* scratch) {
+    if (words <= kKaratsubaFixed) {
+        kFixedProducts[static_cast<std::size_t>(words - 1)](result, a, b);
+        return;
+    }
+    const int low = (words + 1) / 2;
+    const int high = words - low;
+    uint64_t* const sum_a = scratch;
+    uint64_t* const sum_b = scratch + low;
+    uint64_t* const middle = scratch + 2 * low;
+    uint64_t* const rest = scratch + 4 * low;
+    std::copy_n(a, low, sum_a);
+    std::copy_n(b, low, sum_b);
+    xor_into(sum_a, a + low, high);
+    xor_into(sum_b, b + low, high);
+    poly_mul_kar(result, a, b, low, rest);
+    poly_mul_kar(result + 2 * low, a + low, b + low, high, rest);
+    poly_mul_kar(middle, sum_a, sum_b, low, rest);
+    xor_into(middle, result, 2 * low);
+    xor_into(middle, result + 2 * low, 2 * high);
+    xor_into(result + low, middle, 2 * low);
+}
+
+namespace {
+
+// The values of a0 + a1 y + a2 y^2 at y = 1, w and w + 1; the parts have k words, the last one `top`.
+struct ToomValues {
+    uint64_t* at_1;       // k words
+    uint64_t* at_w;       // k + 2 words
+    uint64_t* at_w1;      // k + 2 words
+
+    void evaluate(const uint64_t* a, int k, int top) const {
+        std::copy_n(a, k, at_1);
+        xor_into(at_1, a + k, k);
+        xor_into(at_1, a + 2 * k, top);
+        std::copy_n(a, k, at_w);
+        at_w[k] = at_w[k + 1] = 0;
+        xor_into(at_w + 1, a + k, k);
+        xor_into(at_w + 2, a + 2 * k, top);
+        std::copy_n(at_w, k + 2, at_w1);
+        xor_into(at_w1, a + k, k);
+        xor_into(at_w1, a + 2 * k, top);
+    }
+};
+
+// Coefficients c1, c2, c3 of the product from its values at 1, w, w + 1 and its coefficients c0 and c4:
+//   c3 w (w + 1) = P(w) + P(w + 1) + P(1) + c0
+//   c1 + c2 w    = (P(w) + c0) / w + c3 w^2 + c4 w^3,  c1 + c2 = P(1) + c0 + c3 + c4.
+// A quotient by w + 1 is a running sum of words. c1, c2 and c3 have 2 k words and replace p1, pw and pw1.
+void interpolate(uint64_t* p1, uint64_t* pw, uint64_t* pw1, const uint64_t* c0, const uint64_t* c4, int k, int top) {
+    uint64_t* const c3 = pw1;
+    uint64_t running = 0;
+    for (int i = 0; i < 2 * k; ++i) {
+        const uint64_t known = i + 1 < 2 * k ? p1[i + 1] ^ c0[i + 1] : 0;
+        running ^= pw[i + 1] ^ pw1[i + 1] ^ known;
+        c3[i] = running;
+    }
+    running = 0;
+    for (int i = 0; i < 2 * k; ++i) {
+        uint64_t v = pw[i + 1];
+        if (i + 1 < 2 * k) v ^= c0[i + 1];
+        if (i >= 2) v ^= c3[i - 2];
+        if (i >= 3 && i - 3 < 2 * top) v ^= c4[i - 3];
+        uint64_t s = p1[i] ^ c0[i] ^ c3[i];
+        if (i < 2 * top) s ^= c4[i];
+        running ^= v ^ s;
+        pw[i] = running;
+        p1[i] = s ^ running;
+    }
+}
+
+}  // namespace
+
+void poly_mul_tc3(uint64_t* result, const uint64_t* a, const uint64_t* b, int words, uint64_t* scratch) {
+    if (words < kToomCookFrom) {
+        poly_mul_kar(result, a, b, words, scratch);
+        return;
+    }
+    const int k = (words + 2) / 3;
+    const int top = words - 2 * k;
+    uint64_t* next = scratch;
+    const auto take = [&](int count) { return std::exchange(next, next + count); };
+    const ToomValues va{take(k), take(k + 2), take(k + 2)};
+    const ToomValues vb{take(k), take(k + 2), take(k + 2)};
+    uint64_t* const p1 = take(2 * k);
+    uint64_t* const pw = take(2 * k + 4);
+    uint64_t* const pw1 = take(2 * k + 4);
+    va.evaluate(a, k, top);
+    vb.evaluate(b, k, top);
+
+    uint64_t* const c0 = result;
+    uint64_t* const c4 = result + 4 * k;
+    poly_mul_tc3(c0, a, b, k, next);
+    poly_mul_tc3(c4, a + 2 * k, b + 2 * k, top, next);
+    poly_mul_tc3(p1, va.at_1, vb.at_1, k, next);
+    poly_mul_tc3(pw, va.at_w, vb.at_w, k + 2, next);
+    poly_mul_tc3(pw1, va.at_w1, vb.at_w1, k + 2, next);
+    interpolate(p1, pw, pw1, c0, c4, k, top);
+
+    std::fill_n(result + 2 * k, 2 * k, uint64_t{0});
+    xor_into(result + k, p1, 2 * k);
+    xor_into(result + 2 * k, pw, 2 * k);
+    xor_into(result + 3 * k, pw1, k + top);
+}
+
+void poly_mul(uint64_t* result, int degree_a, const uint64_t* a, int degree_b, const uint64_t* b, uint64_t* scratch) {
+    int length = degree_a / 64 + 1;
+    int side = degree_b / 64 + 1;
+    if (side > length) {
+        std::swap(length, side);
+        std::swap(a, b);
+    }
+    std::fill_n(result, length + side, uint64_t{0});
+    uint64_t* const product = scratch;
+    for (; length >= side; a += side, result += side, length -= side) {
+        poly_mul_tc3(product, a, b, side, scratch + 2 * side);
+        xor_into(result, product, 2 * side);
+    }
+    if (length == 0) return;
+    // What is left of the longer operand is padded: one more square product.
+    uint64_t* const padded = scratch + 2 * side;
+    std::copy_n(a, length, padded);
+    std::fill_n(padded + length, side - length, uint64_t{0});
+    poly_mul_tc3(product, padded, b, side, scratch + 3 * side);
+    xor_into(result, product, length + side);
+}
+
+void poly_square(uint64_t* result, const uint64_t* a, int words) {
+    for (int i = words - 1; i >= 0; --i) {
+        const uint64_t word = a[i];
+        poly_mul_word(result + 2 * i, &word, &word);
+    }
+}
+
+}  // namespace nax::rng
