@@ -2,10 +2,10 @@
 #include <immintrin.h>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <iterator>
 #include <utility>
 
+#include "rng/generators/gf2_leaves.h"
 #include "rng/generators/gf2_polynomial.h"
 
 namespace nax::rng {
@@ -22,74 +22,23 @@ inline void xor_into(uint64_t* to, const uint64_t* from, int words) {
     for (; i < words; ++i) to[i] ^= from[i];
 }
 
-inline __m128i load_pair(const uint64_t* a) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(a)); }
-inline void store_pair(uint64_t* to, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
-
-inline void poly_mul_word(uint64_t* result, const uint64_t* a, const uint64_t* b) {
-    store_pair(result, _mm_clmulepi64_si128(_mm_cvtsi64_si128(static_cast<int64_t>(*a)),
-                                            _mm_cvtsi64_si128(static_cast<int64_t>(*b)), 0));
-}
-
-inline void poly_mul_kar_n2(uint64_t* result, const uint64_t* a, const uint64_t* b) {
-    const __m128i x = load_pair(a);
-    const __m128i y = load_pair(b);
-    const __m128i low = _mm_clmulepi64_si128(x, y, 0x00);
-    const __m128i high = _mm_clmulepi64_si128(x, y, 0x11);
-    const __m128i sums = _mm_clmulepi64_si128(_mm_xor_si128(x, _mm_srli_si128(x, 8)),
-                                              _mm_xor_si128(y, _mm_srli_si128(y, 8)), 0x00);
-    const __m128i middle = _mm_xor_si128(sums, _mm_xor_si128(low, high));
-    store_pair(result, _mm_xor_si128(low, _mm_slli_si128(middle, 8)));
-    store_pair(result + 2, _mm_xor_si128(high, _mm_srli_si128(middle, 8)));
-}
-
-template <int words>
-void poly_mul_kar_n(uint64_t* result, const uint64_t* a, const uint64_t* b);
-
-template <int words>
-[[gnu::always_inline]] inline void karatsuba_step(uint64_t* result, const uint64_t* a, const uint64_t* b) {
-    constexpr int kLow = (words + 1) / 2;
-    constexpr int kHigh = words / 2;
-    uint64_t sum_a[kLow], sum_b[kLow], middle[2 * kLow];
-    for (int i = 0; i < kHigh; ++i) sum_a[i] = a[i] ^ a[kLow + i];
-    for (int i = 0; i < kHigh; ++i) sum_b[i] = b[i] ^ b[kLow + i];
-    if constexpr (kHigh < kLow) {
-        sum_a[kHigh] = a[kHigh];
-        sum_b[kHigh] = b[kHigh];
+// Independent products: the short ones together, the others one by one.
+template <std::size_t count, class Multiply>
+void multiply_all(const Product (&parts)[count], const Multiply& multiply, uint64_t* scratch) {
+    const auto is_leaf = [](const Product& part) { return part.words <= kLeafWords; };
+    if (std::all_of(std::begin(parts), std::end(parts), is_leaf)) {
+        poly_mul_leaves(parts, count);
+        return;
     }
-    poly_mul_kar_n<kLow>(result, a, b);
-    poly_mul_kar_n<kHigh>(result + 2 * kLow, a + kLow, b + kLow);
-    poly_mul_kar_n<kLow>(middle, sum_a, sum_b);
-    for (int i = 0; i < 2 * kLow; ++i) middle[i] ^= result[i];
-    for (int i = 0; i < 2 * kHigh; ++i) middle[i] ^= result[2 * kLow + i];
-    for (int i = 0; i < 2 * kLow; ++i) result[kLow + i] ^= middle[i];
+    for (const Product& part : parts) multiply(part.result, part.a, part.b, part.words, scratch);
 }
-
-// The fixed lengths: the odd ones split into unequal halves, 19 into 10 and 9. Lengths up to 4 are inlined.
-template <int words>
-void poly_mul_kar_n(uint64_t* result, const uint64_t* a, const uint64_t* b) {
-    if constexpr (words == 1) {
-        poly_mul_word(result, a, b);
-    } else if constexpr (words == 2) {
-        poly_mul_kar_n2(result, a, b);
-    } else {
-        karatsuba_step<words>(result, a, b);
-    }
-}
-
-using FixedProduct = void (*)(uint64_t*, const uint64_t*, const uint64_t*);
-
-template <int... index>
-constexpr std::array<FixedProduct, sizeof...(index)> fixed_products(std::integer_sequence<int, index...>) {
-    return {poly_mul_kar_n<index + 1>...};
-}
-// Entry i multiplies operands of i + 1 words.
-constexpr auto kFixedProducts = fixed_products(std::make_integer_sequence<int, kKaratsubaFixed>{});
 
 }  // namespace
 
 void poly_mul_kar(uint64_t* result, const uint64_t* a, const uint64_t* b, int words, uint64_t* scratch) {
-    if (words <= kKaratsubaFixed) {
-        kFixedProducts[static_cast<std::size_t>(words - 1)](result, a, b);
+    if (words <= kLeafWords) {
+        const Product leaf{result, a, b, words};
+        poly_mul_leaves(&leaf, 1);
         return;
     }
     const int low = (words + 1) / 2;
@@ -102,9 +51,8 @@ void poly_mul_kar(uint64_t* result, const uint64_t* a, const uint64_t* b, int wo
     std::copy_n(b, low, sum_b);
     xor_into(sum_a, a + low, high);
     xor_into(sum_b, b + low, high);
-    poly_mul_kar(result, a, b, low, rest);
-    poly_mul_kar(result + 2 * low, a + low, b + low, high, rest);
-    poly_mul_kar(middle, sum_a, sum_b, low, rest);
+    const Product parts[] = {{result, a, b, low}, {result + 2 * low, a + low, b + low, high}, {middle, sum_a, sum_b, low}};
+    multiply_all(parts, poly_mul_kar, rest);
     xor_into(middle, result, 2 * low);
     xor_into(middle, result + 2 * low, 2 * high);
     xor_into(result + low, middle, 2 * low);
@@ -179,11 +127,12 @@ void poly_mul_tc3(uint64_t* result, const uint64_t* a, const uint64_t* b, int wo
 
     uint64_t* const c0 = result;
     uint64_t* const c4 = result + 4 * k;
-    poly_mul_tc3(c0, a, b, k, next);
-    poly_mul_tc3(c4, a + 2 * k, b + 2 * k, top, next);
-    poly_mul_tc3(p1, va.at_1, vb.at_1, k, next);
-    poly_mul_tc3(pw, va.at_w, vb.at_w, k + 2, next);
-    poly_mul_tc3(pw1, va.at_w1, vb.at_w1, k + 2, next);
+    const Product parts[] = {{c0, a, b, k},
+                             {c4, a + 2 * k, b + 2 * k, top},
+                             {pw, va.at_w, vb.at_w, k + 2},
+                             {pw1, va.at_w1, vb.at_w1, k + 2},
+                             {p1, va.at_1, vb.at_1, k}};
+    multiply_all(parts, poly_mul_tc3, next);
     interpolate(p1, pw, pw1, c0, c4, k, top);
 
     std::fill_n(result + 2 * k, 2 * k, uint64_t{0});
@@ -216,8 +165,8 @@ void poly_mul(uint64_t* result, int degree_a, const uint64_t* a, int degree_b, c
 
 void poly_square(uint64_t* result, const uint64_t* a, int words) {
     for (int i = words - 1; i >= 0; --i) {
-        const uint64_t word = a[i];
-        poly_mul_word(result + 2 * i, &word, &word);
+        const __m128i word = _mm_cvtsi64_si128(static_cast<int64_t>(a[i]));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(result + 2 * i), _mm_clmulepi64_si128(word, word, 0x00));
     }
 }
 

@@ -11,7 +11,6 @@
 
 namespace nax::rng {
 
-inline constexpr int kKaratsubaFixed = 20;  // longest operand of the straight-line routines
 inline constexpr int kToomCookFrom = 39;    // shortest operand of the Toom-Cook routine
 
 // Words of scratch that a product of two operands of `words` words needs.
