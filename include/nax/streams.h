@@ -149,9 +149,9 @@ typedef int (*nax_integer_callback)(nax_stream* stream, int* n, uint32_t* buffer
 typedef int (*nax_double_callback)(nax_stream* stream, int* n, double* buffer, int* wanted, int* free_slots, int* fill);
 typedef int (*nax_single_callback)(nax_stream* stream, int* n, float* buffer, int* wanted, int* free_slots, int* fill);
 
-/* Abstract streams: `buffer` holds n numbers ready for use (on [a, b) for the real kinds), `callback` refills it. Both
- * stay the caller's and must outlive the stream. An abstract stream offers its own output type only.
- * STO_STATUS_BAD_ARGUMENT: n is 0, buffer or callback null, or a not below b. STO_STATUS_NO_MEMORY: no block. */
+/* Abstract streams: `buffer` is a ring of n numbers (on [a, b) for the real kinds) that `callback` fills; it is empty at
+ * first. Both stay the caller's and must outlive the stream. An abstract stream offers its own output type only.
+ * STO_STATUS_BAD_ARGUMENT: n below 1, buffer or callback null, or a not below b. STO_STATUS_NO_MEMORY: no block. */
 int __stoiNewAbstractStream(nax_stream** stream, int n, uint32_t* buffer, nax_integer_callback callback);
 int __stodNewAbstractStream(nax_stream** stream, int n, double* buffer, double a, double b, nax_double_callback callback);
 int __stosNewAbstractStream(nax_stream** stream, int n, float* buffer, float a, float b, nax_single_callback callback);
@@ -405,6 +405,33 @@ extern const uint32_t _sto_mrg32k3a_skipahead_table[2 * 193 * 9];
 extern const uint8_t _sto_WH_A[273][4];
 extern const uint32_t _sto_WH_M[273][4];
 extern const double _stodWH_IM_Tab[273][4];
+
+/* Steps of MCG31's and MCG59's real output: the next 1 to 32 numbers on [a, b) from a lane block (the data of chunk 14),
+ * whose lanes move on. */
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine1_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine1_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine2_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine2_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine4_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine4_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine8_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine8_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine16_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine16_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine32_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg31m1_engine32_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine1_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine1_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine2_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine2_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine4_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine4_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine8_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine8_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine16_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine16_float(void* lanes, float a, float b, float* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine32_double(void* lanes, double a, double b, double* r);
+void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine32_float(void* lanes, float a, float b, float* r);
 
 /* ---- Twisters, counter-based, hardware and quasi-random generators --------------------------------------------------- */
 

@@ -8,7 +8,7 @@
 #include <array>
 #include <utility>
 
-#include "rng/processor_tests.h"
+#include "rng/processor.h"
 
 namespace nax::rng {
 

@@ -1,79 +1,74 @@
-// Word operations of the twisters and the quasi-random generators on top of rng/simd.h: three-operand logic, vectors cut
-// from two neighbours, and stores of less than a vector.
+// What MCG31 and MCG59 share: the block of eight lanes behind their real output, kept in chunk 14.
+//
+// Lane i holds x(t+i). Multiplying all lanes by a^8 gives the next eight outputs; with a^8, a^16, a^24, a^32 at hand, 32
+// numbers need four independent products and one that carries the lanes on.
 #pragma once
 
-#include "rng/simd.h"
+#include "rng/stream.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
 
-// The identity map of integer output, in the form of the maps of to_real.h.
-struct RawWords {
-    uint32_t operator()(uint32_t word) const { return word; }
-    void store_block(uint32_t* r, U32 words) const { store(r, words); }
+inline constexpr int kLaneCount = 8;
+
+// Chunk 14. It is saved whole, but on load all is rebuilt from lane 0 and the stream's multiplier.
+struct LaneBlock {
+    uint32_t engine;             // row of the engine property table: 0 MCG31, 1 MCG59
+    uint32_t unused[15];
+    uint64_t lanes[8];           // x(t) ... x(t+7)
+    uint64_t steps[4][8];        // a^8, a^16, a^24, a^32, each in all lanes
+};
+static_assert(sizeof(LaneBlock) == 384 && offsetof(LaneBlock, lanes) == 64 && offsetof(LaneBlock, steps) == 128);
+
+// Constants of an engine, each a full vector.
+struct alignas(64) EngineProperty {
+    uint32_t index[16];          // the row's number in the first word
+    float single_scale[16];
+    double double_scale[8];
+};
+static_assert(sizeof(EngineProperty) == 3 * 64);
+
+// A multiplicative generator: the names behind the seed and the arithmetic of its modulus.
+struct Mcg31State {
+    uint32_t x;      // next output
+    uint32_t a;      // multiplier
+};
+struct Mcg59State {
+    uint64_t x;
+    uint64_t a;
+};
+static_assert(kStreamStateSize<Mcg31State> == 24 && kStreamStateSize<Mcg59State> == 32);
+
+// a^0 ... a^7 and the four steps for a multiplier.
+struct Powers {
+    uint64_t first[8];
+    uint64_t steps[4];
 };
 
-#ifdef __AVX512F__
-
-inline U32 words_of(__m512i a) { return reinterpret_cast<U32>(a); }
-
-// a ^ b ^ c
-inline U32 xor3(U32 a, U32 b, U32 c) { return words_of(_mm512_ternarylogic_epi32(bits(a), bits(b), bits(c), 0x96)); }
-// a ^ (b & c)
-inline U32 xor_and(U32 a, U32 b, U32 c) {
-    return words_of(_mm512_ternarylogic_epi32(bits(a), bits(b), bits(c), 0x78));
-}
-// Bits of a where mask is set, of b elsewhere.
-inline U32 select(U32 mask, U32 a, U32 b) {
-    return words_of(_mm512_ternarylogic_epi32(bits(mask), bits(a), bits(b), 0xCA));
-}
-// a ^ pattern in the lanes where y is odd.
-inline U32 xor_if_odd(U32 a, U32 y, U32 pattern) {
-    const __mmask16 odd = _mm512_test_epi32_mask(bits(y), _mm512_set1_epi32(1));
-    return words_of(_mm512_mask_xor_epi32(bits(a), odd, bits(a), bits(pattern)));
-}
-// Lanes first ... first + 15 of the concatenation (low, high).
-template <int first>
-inline U32 join(U32 low, U32 high) {
-    return words_of(_mm512_maskz_alignr_epi32(kAll16, bits(high), bits(low), first));
-}
-// The first count lanes, 0 to 16.
-inline void store_first(void* to, U32 v, int count) {
-    _mm512_mask_storeu_epi32(to, static_cast<__mmask16>((1u << count) - 1), bits(v));
-}
-
-#else
-
-inline U32 xor3(U32 a, U32 b, U32 c) { return a ^ b ^ c; }
-inline U32 xor_and(U32 a, U32 b, U32 c) { return a ^ (b & c); }
-inline U32 select(U32 mask, U32 a, U32 b) { return (mask & (a ^ b)) ^ b; }
-inline U32 xor_if_odd(U32 a, U32 y, U32 pattern) { return a ^ (-(y & broadcast(uint32_t{1})) & pattern); }
-template <int first>
-inline U32 join(U32 low, U32 high) {
-    return __builtin_shufflevector(low, high, first, first + 1, first + 2, first + 3, first + 4, first + 5, first + 6,
-                                   first + 7);
-}
-inline void store_first(void* to, U32 v, int count) {
-    uint32_t lanes[kLanes32];
-    store(lanes, v);
-    std::memcpy(to, lanes, static_cast<std::size_t>(count) * sizeof(uint32_t));
-}
-
-#endif
-
-// Turns n words into numbers r by operation and map. The last vector overlaps its neighbour; r must not overlap words.
-template <class Operation, class Map, class T>
-inline void map_words(const uint32_t* words, int n, T* r, const Operation& operation, const Map& map) {
-    int i = 0;
-    for (; i + kLanes32 <= n; i += kLanes32) map.store_block(r + i, operation(load<U32>(words + i)));
-    if (i == n) return;
-    if (n >= kLanes32) {
-        i = n - kLanes32;
-        map.store_block(r + i, operation(load<U32>(words + i)));
-        return;
+template <class Multiply>
+constexpr Powers powers_of(uint64_t a, Multiply multiply) {
+    Powers powers{};
+    uint64_t power = 1;
+    for (uint64_t& entry : powers.first) {
+        entry = power;
+        power = multiply(power, a);
     }
-    for (; i < n; ++i) r[i] = map(operation(words[i]));
+    const uint64_t eighth = power;
+    for (uint64_t& step : powers.steps) {
+        step = power;
+        power = multiply(power, eighth);
+    }
+    return powers;
 }
 
-}  // namespace NAX_RNG_ISA
+inline LaneBlock* find_lanes(const Stream* stream) { return static_cast<LaneBlock*>(find_chunk(stream, ChunkId::kLanes)); }
+
+// The lanes of a stream that has none yet, linked to it; null when memory is short.
+LaneBlock* add_lanes(Stream* stream, uint32_t engine);
+
+// After chunk 14 has been read back: rebuilds it from its lane 0 and the multiplier in the payload. STO_STATUS_FILE_READ
+// when the chunk belongs to another generator than the stream. Streams of other generators are left alone.
+int restore_lanes(Stream* stream);
+
 }  // namespace nax::rng
+
+extern "C" const nax::rng::EngineProperty nax_sto_sub_kernel_vrng_coreavx512_engine_property[2];

@@ -2,7 +2,7 @@
 // words at k, k + 1 and k + 397, of which the last come from the new block once the index wraps.
 #include <algorithm>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/words.h"
 #include "rng/generators/mt19937.h"
 #include "rng/generators/to_real.h"
 

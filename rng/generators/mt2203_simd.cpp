@@ -3,7 +3,7 @@
 // vectors are aligned; old words are cut from two aligned neighbours, which the processor forwards from its store queue.
 #include <algorithm>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/words.h"
 #include "rng/generators/mt2203.h"
 #include "rng/generators/to_real.h"
 

@@ -2,7 +2,7 @@
 // critical path is one shift and one exclusive or, all else is ready earlier.
 #include <algorithm>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/words.h"
 #include "rng/generators/sfmt19937.h"
 #include "rng/generators/to_real.h"
 

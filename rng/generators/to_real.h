@@ -39,6 +39,9 @@ struct UnsignedScale<float> {
     float origin, scale;
 
     UnsignedScale(float a, float b) : origin(a), scale((b - a) * 0x1p-32f) {}
+    // s in double, then rounded.
+    UnsignedScale(float a, float b, double unit)
+        : origin(a), scale(static_cast<float>((static_cast<double>(b) - static_cast<double>(a)) * unit)) {}
 
     float operator()(uint32_t word) const { return __builtin_fmaf(static_cast<float>(word), scale, origin); }
     void store_block(float* r, U32 words) const {
@@ -74,6 +77,35 @@ struct MidpointScale<float> {
     void store_block(float* r, U32 words) const {
         store(r, fma(signed_to_float(words), broadcast(scale), broadcast(origin)));
     }
+};
+
+// a + y ((b - a) unit), rounded after the product and after the sum; singles are computed in double and rounded once more.
+template <class T>
+struct UnfusedScale {
+    double origin, scale;
+
+    UnfusedScale(T a, T b, double unit)
+        : origin(static_cast<double>(a)), scale((static_cast<double>(b) - static_cast<double>(a)) * unit) {}
+
+    T operator()(uint32_t word) const { return static_cast<T>(origin + static_cast<double>(word) * scale); }
+    void store_block(T* r, U32 words) const {
+        const F64 s = broadcast(scale), o = broadcast(origin);
+        const F64 low = o + to_double(lower_half(words)) * s;
+        const F64 high = o + to_double(upper_half(words)) * s;
+        if constexpr (sizeof(T) == sizeof(float)) {
+            store(r, narrow(low));
+            store(r + kLanes64, narrow(high));
+        } else {
+            store(r, low);
+            store(r + kLanes64, high);
+        }
+    }
+};
+
+// The words as they are.
+struct RawWords {
+    uint32_t operator()(uint32_t word) const { return word; }
+    void store_block(uint32_t* r, U32 words) const { store(r, words); }
 };
 
 // n words to n numbers. For singles r may be the words' own memory.
