@@ -22,6 +22,12 @@ inline void xor_into(uint64_t* to, const uint64_t* from, int words) {
     for (; i < words; ++i) to[i] ^= from[i];
 }
 
+// to[i] = from[0] ^ ... ^ from[i]; to may be from or lie before it.
+inline void running_sum(uint64_t* to, const uint64_t* from, int words) {
+    uint64_t sum = 0;
+    for (int i = 0; i < words; ++i) to[i] = sum ^= from[i];
+}
+
 // Independent products: the short ones together, the others one by one.
 template <std::size_t count, class Multiply>
 void multiply_all(const Product (&parts)[count], const Multiply& multiply, uint64_t* scratch) {
@@ -83,27 +89,23 @@ struct ToomValues {
 // Coefficients c1, c2, c3 of the product from its values at 1, w, w + 1 and its coefficients c0 and c4:
 //   c3 w (w + 1) = P(w) + P(w + 1) + P(1) + c0
 //   c1 + c2 w    = (P(w) + c0) / w + c3 w^2 + c4 w^3,  c1 + c2 = P(1) + c0 + c3 + c4.
-// A quotient by w + 1 is a running sum of words. c1, c2 and c3 have 2 k words and replace p1, pw and pw1.
+// A quotient by w is a shift by a word, one by w + 1 a running sum of words. c1, c2 and c3 have 2 k words and replace p1, pw
+// and pw1.
 void interpolate(uint64_t* p1, uint64_t* pw, uint64_t* pw1, const uint64_t* c0, const uint64_t* c4, int k, int top) {
-    uint64_t* const c3 = pw1;
-    uint64_t running = 0;
-    for (int i = 0; i < 2 * k; ++i) {
-        const uint64_t known = i + 1 < 2 * k ? p1[i + 1] ^ c0[i + 1] : 0;
-        running ^= pw[i + 1] ^ pw1[i + 1] ^ known;
-        c3[i] = running;
-    }
-    running = 0;
-    for (int i = 0; i < 2 * k; ++i) {
-        uint64_t v = pw[i + 1];
-        if (i + 1 < 2 * k) v ^= c0[i + 1];
-        if (i >= 2) v ^= c3[i - 2];
-        if (i >= 3 && i - 3 < 2 * top) v ^= c4[i - 3];
-        uint64_t s = p1[i] ^ c0[i] ^ c3[i];
-        if (i < 2 * top) s ^= c4[i];
-        running ^= v ^ s;
-        pw[i] = running;
-        p1[i] = s ^ running;
-    }
+    xor_into(p1, c0, 2 * k);
+    xor_into(pw1, pw, 2 * k + 1);
+    xor_into(pw1, p1, 2 * k);
+    running_sum(pw1, pw1 + 1, 2 * k);
+    const uint64_t* const c3 = pw1;
+
+    xor_into(p1, c3, 2 * k);
+    xor_into(p1, c4, 2 * top);
+    xor_into(pw, c0, 2 * k);
+    xor_into(pw + 3, c3, 2 * k - 2);
+    xor_into(pw + 4, c4, std::min(2 * top, 2 * k - 3));
+    xor_into(pw + 1, p1, 2 * k);
+    running_sum(pw, pw + 1, 2 * k);
+    xor_into(p1, pw, 2 * k);
 }
 
 }  // namespace

@@ -13,15 +13,25 @@ namespace {
 
 constexpr int kWordBits = 64;
 
+// to[0 .. words) = from >> bits for 0 to 63 bits; one word beyond them is read.
+void shift_right_bits(uint64_t* to, int words, const uint64_t* from, int bits) {
+    if (bits == 0) {
+        std::copy_n(from, words, to);
+        return;
+    }
+    for (int i = 0; i < words; ++i) to[i] = from[i] >> bits | from[i + 1] << (kWordBits - bits);
+}
+
 // to[0 .. words) = from >> bits, for a from of `from_words` words; a negative count shifts up.
 void shift_right(uint64_t* to, int words, const uint64_t* from, int from_words, int bits) {
     const int skip = bits >= 0 ? bits / kWordBits : -((kWordBits - 1 - bits) / kWordBits);
     const int shift = bits - skip * kWordBits;
     const auto word = [&](int i) { return i >= 0 && i < from_words ? from[i] : 0; };
-    for (int i = 0; i < words; ++i) {
-        const uint64_t low = word(i + skip);
+    const int inside = skip >= 0 ? std::clamp(from_words - 1 - skip, 0, words) : 0;
+    if (inside > 0) shift_right_bits(to, inside, from + skip, shift);
+    for (int i = inside; i < words; ++i) {
         const uint64_t high = word(i + skip + 1);
-        to[i] = shift == 0 ? low : low >> shift | high << (kWordBits - shift);
+        to[i] = shift == 0 ? word(i + skip) : word(i + skip) >> shift | high << (kWordBits - shift);
     }
 }
 

@@ -7,12 +7,6 @@
 namespace nax::rng {
 inline namespace NAX_RNG_ISA {
 
-// The identity map of integer output, in the form of the maps of to_real.h.
-struct RawWords {
-    uint32_t operator()(uint32_t word) const { return word; }
-    void store_block(uint32_t* r, U32 words) const { store(r, words); }
-};
-
 #ifdef __AVX512F__
 
 inline U32 words_of(__m512i a) { return reinterpret_cast<U32>(a); }
