@@ -54,6 +54,8 @@ int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n
     block.site = site;
     block.cell = cell;
     block.located = false;
+    block.one_cell = false;
+    block.try_one_cell = evaluation.search.algorithm == kSearchSorted;
     const auto* const table = evaluation.wide_cells() ? EvaluatorTables<T>::_Interpolate1D64Dispatch
                                                       : EvaluatorTables<T>::_Interpolate1D32Dispatch;
     return evaluate_functions(evaluation, table[evaluation.evaluator], block, first, n, thread);

@@ -158,6 +158,8 @@ int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t f
     block.site = plain.site;
     block.cell = plain.cell;
     block.located = false;
+    block.one_cell = false;
+    block.try_one_cell = evaluation.search.algorithm == kSearchSorted;
     block.target = plain.target;
     block.batches = batches;
     block.batch_count = kSiteGroups;

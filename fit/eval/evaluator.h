@@ -59,6 +59,8 @@ struct EvalBlock {
     T* plane;
     int64_t plane_stride;
     bool located;
+    bool one_cell;     // all sites lie in the cell of the first: found for sorted sites only
+    bool try_one_cell; // whether that is worth a test
     alignas(64) int64_t index[kBlockSites];
     alignas(64) T local[kBlockSites];
     const int64_t* target;

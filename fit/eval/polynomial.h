@@ -36,23 +36,49 @@ struct Planes {
     bool only_value() const { return order[0] != nullptr && !order[1] && !order[2] && !order[3]; }
 };
 
-template <class P, int kOrder, class T>
-[[gnu::always_inline]] static inline void evaluate_at(const EvalBlock<T>& block, const T* coeff, const Planes<T>& planes, int64_t i) {
-    typename P::F c[kOrder];
-    Rows<P, kOrder>::load(coeff, block.index + i, c);
-    const auto t = P::load(block.local + i);
-    if (planes.order[0]) P::store(planes.order[0] + i, derivative<P, kOrder, 0>(c, t));
-    if (planes.order[1]) P::store(planes.order[1] + i, derivative<P, kOrder, 1>(c, t));
-    if (planes.order[2]) P::store(planes.order[2] + i, derivative<P, kOrder, 2>(c, t));
-    if (planes.order[3]) P::store(planes.order[3] + i, derivative<P, kOrder, 3>(c, t));
-}
+// The rows of the sites from i on, and the one row of sites that share a cell, as sorted sites in long runs do.
+template <class P, int kOrder>
+struct OwnRows {
+    const typename P::Element* coeff;
+    const int64_t* index;
+    [[gnu::always_inline]] const typename P::F* get(int64_t i, typename P::F* scratch) const {
+        Rows<P, kOrder>::load(coeff, index + i, scratch);
+        return scratch;
+    }
+};
+template <class P, int kOrder>
+struct SharedRow {
+    typename P::F row[kOrder];
+    SharedRow(const typename P::Element* coeff, const int64_t* index) {
+        for (int m = 0; m < kOrder; ++m) row[m] = P::set(coeff[*index * kOrder + m]);
+    }
+    [[gnu::always_inline]] const typename P::F* get(int64_t, typename P::F*) const { return row; }
+};
 
-// The value alone is the common case and gets a loop without tests.
-template <class P, int kOrder, class T>
-[[gnu::always_inline]] static inline void value_at(const EvalBlock<T>& block, const T* coeff, T* value, int64_t i) {
-    typename P::F c[kOrder];
-    Rows<P, kOrder>::load(coeff, block.index + i, c);
-    P::store(value + i, derivative<P, kOrder, 0>(c, P::load(block.local + i)));
+// Evaluates full vectors from site i on and returns the site behind them. The value alone is the common case and gets a loop
+// without tests.
+template <class P, int kOrder, class RowSource, class T>
+[[gnu::always_inline]] static inline int64_t evaluate_from(int64_t i, int64_t n, const RowSource& rows, const T* local,
+                                                           const Planes<T>& planes) {
+    typename P::F scratch[kOrder];
+    T* const value = planes.order[0];
+    if (planes.only_value()) {
+        for (; i + P::kLanes <= n; i += P::kLanes) {
+            const auto* const c = rows.get(i, scratch);
+            P::store(value + i, derivative<P, kOrder, 0>(c, P::load(local + i)));
+        }
+        return i;
+    }
+    T *const slope = planes.order[1], *const second = planes.order[2], *const third = planes.order[3];
+    for (; i + P::kLanes <= n; i += P::kLanes) {
+        const auto* const c = rows.get(i, scratch);
+        const auto t = P::load(local + i);
+        if (value) P::store(value + i, derivative<P, kOrder, 0>(c, t));
+        if (slope) P::store(slope + i, derivative<P, kOrder, 1>(c, t));
+        if (second) P::store(second + i, derivative<P, kOrder, 2>(c, t));
+        if (third) P::store(third + i, derivative<P, kOrder, 3>(c, t));
+    }
+    return i;
 }
 
 template <int kOrder, class T>
@@ -63,11 +89,11 @@ static inline int32_t evaluate_polynomials(EvalBlock<T>& block, int64_t function
     // Offsets of packed cells are 32 bits wide at least in one of the two precisions.
     const bool packed = (block.task->nx + 1) * kOrder < INT32_MAX;
     int64_t i = 0;
-    if (packed && planes.only_value())
-        for (; i + P::kLanes <= block.n; i += P::kLanes) value_at<P, kOrder>(block, coeff, planes.order[0], i);
+    if (packed && block.one_cell)
+        i = evaluate_from<P, kOrder>(i, block.n, SharedRow<P, kOrder>(coeff, block.index), block.local, planes);
     else if (packed)
-        for (; i + P::kLanes <= block.n; i += P::kLanes) evaluate_at<P, kOrder>(block, coeff, planes, i);
-    for (; i < block.n; ++i) evaluate_at<Lane<T>, kOrder>(block, coeff, planes, i);
+        i = evaluate_from<P, kOrder>(i, block.n, OwnRows<P, kOrder>{coeff, block.index}, block.local, planes);
+    evaluate_from<Lane<T>, kOrder>(i, block.n, OwnRows<Lane<T>, kOrder>{coeff, block.index}, block.local, planes);
     return DfStatusOk;
 }
 
