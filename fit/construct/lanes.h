@@ -50,7 +50,7 @@ inline void store(T* to, E value) {
 // All lanes equal; for a scalar E the value itself.
 template <class E, class T>
 inline E splat(T value) {
-    return E{} + value;
+    return value - E{};  // keeps the sign of a zero
 }
 template <>
 inline double splat<double, double>(double value) {
@@ -61,10 +61,24 @@ inline float splat<float, float>(float value) {
     return value;
 }
 
+// Four systems side by side.
+template <class T>
+struct QuadOf {
+    typedef T type __attribute__((vector_size(4 * sizeof(T))));
+};
+template <class T>
+using Quad = typename QuadOf<T>::type;
+
 // a b + c with one rounding.
 inline double fma(double a, double b, double c) { return __builtin_fma(a, b, c); }
 inline float fma(float a, float b, float c) { return __builtin_fmaf(a, b, c); }
+inline Quad<float> fma(Quad<float> a, Quad<float> b, Quad<float> c) {
+    return (Quad<float>)_mm_fmadd_ps((__m128)a, (__m128)b, (__m128)c);
+}
 #ifdef __AVX512F__
+inline Quad<double> fma(Quad<double> a, Quad<double> b, Quad<double> c) {
+    return (Quad<double>)_mm256_fmadd_pd((__m256d)a, (__m256d)b, (__m256d)c);
+}
 inline VectorD fma(VectorD a, VectorD b, VectorD c) { return (VectorD)_mm512_fmadd_pd((__m512d)a, (__m512d)b, (__m512d)c); }
 inline VectorF fma(VectorF a, VectorF b, VectorF c) { return (VectorF)_mm512_fmadd_ps((__m512)a, (__m512)b, (__m512)c); }
 #else
