@@ -51,6 +51,15 @@ struct SearchTables {
     static const SearchMember<T> _Search1D64PackDispatch[kSearchAlgorithms];
     static const SearchMember<T> _Search1D64Dispatch[kSearchAlgorithms];
 };
+// Defined in dispatch.cpp for both precisions.
+template <> const SearchKernel<double> SearchTables<double>::_Search1DDispatch[kSearchAlgorithms];
+template <> const SearchMember<double> SearchTables<double>::_Search1D32Dispatch[kSearchAlgorithms];
+template <> const SearchMember<double> SearchTables<double>::_Search1D64PackDispatch[kSearchAlgorithms];
+template <> const SearchMember<double> SearchTables<double>::_Search1D64Dispatch[kSearchAlgorithms];
+template <> const SearchKernel<float> SearchTables<float>::_Search1DDispatch[kSearchAlgorithms];
+template <> const SearchMember<float> SearchTables<float>::_Search1D32Dispatch[kSearchAlgorithms];
+template <> const SearchMember<float> SearchTables<float>::_Search1D64PackDispatch[kSearchAlgorithms];
+template <> const SearchMember<float> SearchTables<float>::_Search1D64Dispatch[kSearchAlgorithms];
 
 // The algorithm for a task and its sites, or DfStatusBadDataHint.
 template <class T>

@@ -224,6 +224,42 @@ int32_t nax_df_kernel_sDFSearch1D(const nax_df_task* task, int64_t method, int64
                                   const float* data_hint, void* cell, nax_df_search_callback_s callback,
                                   void* parameters, void* reserved, const nax_threaders* threaders);
 
+/* Per-block search kernels, one family per algorithm: Uniform, QuasiUniform, Sorted, Peak, Hybrid, UserDef, UniUserDef.
+ * They search the sites of one block on the calling thread and are what evaluation and integration are made of.
+ *   nx, x       partition (its two ends for Uniform and UniUserDef)
+ *   position    Sorted: in, where the walk starts; out, where it ended. Others: not read
+ *   callback    UserDef, UniUserDef: the caller's search with its parameters. Others: not read
+ *   bin_table   Hybrid: the partition index of a task, or null. Others: not read
+ *   cell        out, 32-bit integers for the member `32`, else 64-bit
+ *   flags       bit 0: 64-bit integers; bit 1: the cells go to a caller's array (only then can they be 32 bits wide)
+ *   scale       (nx - 1) / (x[last] - x[0]) for Uniform, UniUserDef and QuasiUniform, the task's bins per unit of x for
+ *               Hybrid, the peak cell for Peak
+ * `64Pack` differs from `64` in the width of the arithmetic: nx must be below 2^31 - 1. Status: 0, or a negative status
+ * of the callback. */
+#define NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, name)                                                         \
+    int32_t name(int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, callback_type callback, \
+                 void* parameters, const int64_t* bin_table, void* cell, type scale);
+#define NAX_DF_DECLARE_SEARCH(prefix, type, callback_type, algorithm)                                                   \
+    int32_t nax_df_kernel_##prefix##DF##algorithm##Search1D(                                                            \
+        int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, callback_type callback,          \
+        void* parameters, const int64_t* bin_table, void* cell, int64_t flags, type scale);                             \
+    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D32)                \
+    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D64Pack)            \
+    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D64)
+#define NAX_DF_DECLARE_SEARCH_BOTH(algorithm)                               \
+    NAX_DF_DECLARE_SEARCH(d, double, nax_df_search_callback_d, algorithm)   \
+    NAX_DF_DECLARE_SEARCH(s, float, nax_df_search_callback_s, algorithm)
+NAX_DF_DECLARE_SEARCH_BOTH(Uniform)
+NAX_DF_DECLARE_SEARCH_BOTH(QuasiUniform)
+NAX_DF_DECLARE_SEARCH_BOTH(Sorted)
+NAX_DF_DECLARE_SEARCH_BOTH(Peak)
+NAX_DF_DECLARE_SEARCH_BOTH(Hybrid)
+NAX_DF_DECLARE_SEARCH_BOTH(UserDef)
+NAX_DF_DECLARE_SEARCH_BOTH(UniUserDef)
+#undef NAX_DF_DECLARE_SEARCH_MEMBER
+#undef NAX_DF_DECLARE_SEARCH
+#undef NAX_DF_DECLARE_SEARCH_BOTH
+
 /* --- Closing ----------------------------------------------------------------------------------------------------- */
 
 #ifdef __cplusplus
