@@ -7,20 +7,19 @@ namespace nax::fit {
 namespace {
 using namespace NAX_FIT_SIMD;
 
+// Steps taken without asking whether a site still moves, and with asking.
+constexpr int kSureSteps = 1;
 constexpr int kVectorSteps = 3;
 
 // One step towards the cell; lanes that rest stay. Says which lanes moved.
 template <class P, class T>
 [[gnu::always_inline]] inline typename P::M step(const T* x, typename P::I nx, typename P::F site, typename P::I& c) {
     const auto one = P::iset(1), zero = P::iset(0);
-    const auto below_end = P::ilt(c, nx);
-    const auto up = P::both(below_end, P::le(P::gather_if(below_end, x, c), site));
-    const auto above_start = P::ilt(zero, c);
-    const auto down = P::both(above_start, P::lt(site, P::gather_if(above_start, x, P::isub(c, one))));
-    const auto before = c;
-    c = P::count(c, up);
-    c = P::select(down, P::isub(before, one), c);
-    return P::ilt(zero, P::imax(P::isub(before, c), P::isub(c, before)));
+    const auto up = P::both(P::ilt(c, nx), P::le(P::gather(x, P::imin(c, P::isub(nx, one))), site));
+    const auto below = P::isub(c, one);
+    const auto down = P::both(P::ilt(zero, c), P::lt(site, P::gather(x, P::imax(below, zero))));
+    c = P::select(down, below, P::count(c, up));
+    return P::either(up, down);
 }
 
 template <class P, class T>
@@ -45,6 +44,7 @@ void search_quasi_uniform(const SearchBlock<T>& block, Cell* cell) {
         using P = decltype(pack);
         const auto guess = P::clamp(P::mul(P::set(scale), P::sub(site, P::set(left))), P::set(static_cast<T>(nx)));
         auto c = P::imin(P::iadd(P::truncate(guess), P::iset(1)), P::iset(nx));
+        for (int k = 0; k < kSureSteps; ++k) step<P>(x, P::iset(nx), site, c);
         bool moving = true;
         for (int k = 0; moving && k < kVectorSteps; ++k) moving = P::any(step<P>(x, P::iset(nx), site, c));
         if (moving) c = finish<P>(x, nx, site, c);

@@ -6,6 +6,11 @@
 // of them computes an element.
 #pragma once
 
+// GCC 12 takes the ignored operand of its own unmasked AVX-512 intrinsics for an uninitialised variable.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#endif
 #include <immintrin.h>
 
 #include <cstdint>
@@ -48,6 +53,7 @@ struct Lane {
     static bool any(M m) { return m; }
     static bool all(M m) { return m; }
     static M both(M a, M b) { return a && b; }
+    static M either(M a, M b) { return a || b; }
     static M first_only(M a, M b) { return a && !b; }
 
     static I iset(int64_t a) { return a; }
@@ -65,7 +71,6 @@ struct Lane {
     static F from_int(I a) { return static_cast<T>(a); }
 
     static F gather(const T* base, I i) { return base[i]; }
-    static F gather_if(M m, const T* base, I i) { return m ? base[i] : T(0); }
     // Entries i and i + 1 of a table of counts.
     static void gather_counts(const int32_t* table, I i, I& first, I& second) { first = table[i], second = table[i + 1]; }
     static I gather_wide(const int64_t* table, I i) { return table[i]; }
@@ -102,6 +107,7 @@ struct Pack<double> {
     static bool any(M m) { return m != 0; }
     static bool all(M m) { return m == 0xFF; }
     static M both(M a, M b) { return static_cast<M>(a & b); }
+    static M either(M a, M b) { return static_cast<M>(a | b); }
     static M first_only(M a, M b) { return static_cast<M>(a & ~b); }
 
     static I iset(int64_t a) { return _mm512_set1_epi64(a); }
@@ -118,8 +124,7 @@ struct Pack<double> {
     static I truncate(F a) { return _mm512_cvttpd_epi64(a); }
     static F from_int(I a) { return _mm512_cvtepi64_pd(a); }
 
-    static F gather(const double* base, I i) { return gather_if(0xFF, base, i); }
-    static F gather_if(M m, const double* base, I i) { return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), m, i, base, 8); }
+    static F gather(const double* base, I i) { return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), 0xFF, i, base, 8); }
     static void gather_counts(const int32_t* table, I i, I& first, I& second) {
         const I both_counts = _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), 0xFF, i, table, 4);
         first = _mm512_and_si512(both_counts, _mm512_set1_epi64(0xFFFFFFFF));
@@ -160,6 +165,7 @@ struct Pack<float> {
     static bool any(M m) { return m != 0; }
     static bool all(M m) { return m == 0xFFFF; }
     static M both(M a, M b) { return static_cast<M>(a & b); }
+    static M either(M a, M b) { return static_cast<M>(a | b); }
     static M first_only(M a, M b) { return static_cast<M>(a & ~b); }
 
     static I iset(int64_t a) { return _mm512_set1_epi32(static_cast<int32_t>(a)); }
@@ -176,8 +182,7 @@ struct Pack<float> {
     static I truncate(F a) { return _mm512_cvttps_epi32(a); }
     static F from_int(I a) { return _mm512_cvtepi32_ps(a); }
 
-    static F gather(const float* base, I i) { return gather_if(0xFFFF, base, i); }
-    static F gather_if(M m, const float* base, I i) { return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), m, i, base, 4); }
+    static F gather(const float* base, I i) { return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), 0xFFFF, i, base, 4); }
     static void gather_counts(const int32_t* table, I i, I& first, I& second) {
         first = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, i, table, 4);
         second = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, i, table + 1, 4);
@@ -222,6 +227,7 @@ struct Pack<double> {
     static bool any(M m) { return _mm256_movemask_pd(_mm256_castsi256_pd(m)) != 0; }
     static bool all(M m) { return _mm256_movemask_pd(_mm256_castsi256_pd(m)) == 0xF; }
     static M both(M a, M b) { return _mm256_and_si256(a, b); }
+    static M either(M a, M b) { return _mm256_or_si256(a, b); }
     static M first_only(M a, M b) { return _mm256_andnot_si256(b, a); }
 
     static I iset(int64_t a) { return _mm256_set1_epi64x(a); }
@@ -247,14 +253,19 @@ struct Pack<double> {
         return _mm256_sub_pd(_mm256_castsi256_pd(_mm256_or_si256(a, _mm256_castpd_si256(magic))), magic);
     }
 
-    static F gather(const double* base, I i) { return gather_if(_mm256_set1_epi64x(-1), base, i); }
-    static F gather_if(M m, const double* base, I i) {
-        return _mm256_mask_i64gather_pd(_mm256_setzero_pd(), base, i, _mm256_castsi256_pd(m), 8);
+    // Plain loads: the gather instructions of processors without AVX-512 cost more.
+    static F gather(const double* base, I i) {
+        const __m128i low = _mm256_castsi256_si128(i), high = _mm256_extracti128_si256(i, 1);
+        const __m128d a = _mm_loadh_pd(_mm_load_sd(base + _mm_cvtsi128_si64(low)), base + _mm_extract_epi64(low, 1));
+        const __m128d b = _mm_loadh_pd(_mm_load_sd(base + _mm_cvtsi128_si64(high)), base + _mm_extract_epi64(high, 1));
+        return _mm256_insertf128_pd(_mm256_castpd128_pd256(a), b, 1);
     }
     static void gather_counts(const int32_t* table, I i, I& first, I& second) {
-        const I all_lanes = _mm256_set1_epi64x(-1);
-        const I both_counts =
-            _mm256_mask_i64gather_epi64(_mm256_setzero_si256(), reinterpret_cast<const long long*>(table), i, all_lanes, 4);
+        const __m128i low = _mm256_castsi256_si128(i), high = _mm256_extracti128_si256(i, 1);
+        const auto pair = [table](int64_t k) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(table + k)); };
+        const __m128i a = _mm_unpacklo_epi64(pair(_mm_cvtsi128_si64(low)), pair(_mm_extract_epi64(low, 1)));
+        const __m128i b = _mm_unpacklo_epi64(pair(_mm_cvtsi128_si64(high)), pair(_mm_extract_epi64(high, 1)));
+        const I both_counts = _mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1);
         first = _mm256_and_si256(both_counts, _mm256_set1_epi64x(0xFFFFFFFF));
         second = _mm256_srli_epi64(both_counts, 32);
     }
@@ -295,6 +306,7 @@ struct Pack<float> {
     static bool any(M m) { return _mm256_movemask_ps(_mm256_castsi256_ps(m)) != 0; }
     static bool all(M m) { return _mm256_movemask_ps(_mm256_castsi256_ps(m)) == 0xFF; }
     static M both(M a, M b) { return _mm256_and_si256(a, b); }
+    static M either(M a, M b) { return _mm256_or_si256(a, b); }
     static M first_only(M a, M b) { return _mm256_andnot_si256(b, a); }
 
     static I iset(int64_t a) { return _mm256_set1_epi32(static_cast<int32_t>(a)); }
@@ -311,9 +323,8 @@ struct Pack<float> {
     static I truncate(F a) { return _mm256_cvttps_epi32(a); }
     static F from_int(I a) { return _mm256_cvtepi32_ps(a); }
 
-    static F gather(const float* base, I i) { return gather_if(_mm256_set1_epi32(-1), base, i); }
-    static F gather_if(M m, const float* base, I i) {
-        return _mm256_mask_i32gather_ps(_mm256_setzero_ps(), base, i, _mm256_castsi256_ps(m), 4);
+    static F gather(const float* base, I i) {
+        return _mm256_mask_i32gather_ps(_mm256_setzero_ps(), base, i, _mm256_castsi256_ps(_mm256_set1_epi32(-1)), 4);
     }
     static void gather_counts(const int32_t* table, I i, I& first, I& second) {
         const I all_lanes = _mm256_set1_epi32(-1);

@@ -260,6 +260,95 @@ NAX_DF_DECLARE_SEARCH_BOTH(UniUserDef)
 #undef NAX_DF_DECLARE_SEARCH
 #undef NAX_DF_DECLARE_SEARCH_BOTH
 
+/* --- Evaluation -------------------------------------------------------------------------------------------------- */
+
+/* A caller's own evaluation of the sites left of the partition, right of it, or within. Called once for all functions with
+ * up to 64 sites of a block: fills r[(j * *nsite + i) * nder + d] for function j, site i and requested derivative d (nder 1
+ * and the value alone when no order is requested). May be called on several threads at once. A negative return value stops
+ * the call and is its status. */
+typedef int32_t (*nax_df_interpolation_callback_d)(const int64_t* nsite, const int64_t* cell, const double* site, double* r,
+                                                   void* parameters, void* reserved);
+typedef int32_t (*nax_df_interpolation_callback_s)(const int64_t* nsite, const int64_t* cell, const float* site, float* r,
+                                                   void* parameters, void* reserved);
+
+/* Job of an evaluation. */
+enum nax_df_job {
+    NAX_DF_JOB_EVALUATE = 1,
+    NAX_DF_JOB_STORE_CELLS = 2, /* may be added to EVALUATE: the cells are stored too */
+    NAX_DF_JOB_GIVEN_CELLS = 4  /* alone: the cell array is an input and no search is made */
+};
+
+/* Layout of results, for function j, site i, slot d among the nder requested orders. */
+enum nax_df_result_hint {
+    NAX_DF_RESULT_FUNCTIONS = 16,     /* (j * nsite + i) * nder + d; also 0 and 128 */
+    NAX_DF_RESULT_PLANES = 32,        /* (j * nder + d) * nsite + i */
+    NAX_DF_RESULT_SITES = 256,        /* (i * ny + j) * nder + d */
+    NAX_DF_RESULT_SITE_ORDERS = 512   /* (i * nder + d) * ny + j */
+};
+
+/* Values and derivatives of all functions of a task with built coefficients, at nsite sites.
+ *   job         enum nax_df_job
+ *   method      not read
+ *   site, sitehint, data_hint   as for the search
+ *   dorder      ndorder flags (32-bit integers when the task's int_width is 0, else 64-bit): entry 0 asks for the value,
+ *               entry k for the k-th derivative. Requested orders are packed in ascending order; orders beyond those of
+ *               the spline give zero. No flag set, or dorder null, asks for the value
+ *   r           out, nsite * ny * nder elements in the layout of rhint
+ *   cell        out with STORE_CELLS, in with GIVEN_CELLS (numbers outside 0 .. nx count as the nearest), else not read
+ *   left, right, interior   callbacks, each null or with its parameters; without one, sites outside the partition are
+ *               reached by the end polynomials
+ *   search      null, or the caller's search, as for nax_df_kernel_dDFSearch1D
+ * Splines: s_order 2 linear; 3 quadratic (s_type 0 or 1); 4 cubic (0, 2, 3, 4, 5, 9); above 4 polynomials of that order;
+ * 0 with s_type 8, 7 step functions and 6 look-up, which read the function data; 0 with another type when all three
+ * callbacks are given. Look-up takes sites that are partition points (within 2^-40 on a uniform partition).
+ * Status, tested in this order: NullTask, BadX, BadType, BadDataHint, BadResultHint; then, with sites, BadSite (site
+ * null), NullOutput (r or a needed cell array null), BadCoeff or BadY (a function without coefficients or data), Memory;
+ * while evaluating: negative statuses of callbacks, and for look-up BadSite, BadDerivCount (not exactly one order),
+ * BadDerivOrder (not the value). After a failure r holds what was completed.
+ * Time: the search, plus O(ny * nder) per site. More than 1024 sites are shared out to threads. */
+int32_t nax_df_kernel_dDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t method, int64_t nsite,
+                                       const double* site, int64_t sitehint, int64_t ndorder, const void* dorder,
+                                       const double* data_hint, double* r, int64_t rhint, void* cell,
+                                       nax_df_interpolation_callback_d left, void* left_parameters,
+                                       nax_df_interpolation_callback_d right, void* right_parameters,
+                                       nax_df_interpolation_callback_d interior, void* interior_parameters,
+                                       nax_df_search_callback_d search, void* search_parameters,
+                                       const nax_threaders* threaders);
+int32_t nax_df_kernel_sDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t method, int64_t nsite,
+                                       const float* site, int64_t sitehint, int64_t ndorder, const void* dorder,
+                                       const float* data_hint, float* r, int64_t rhint, void* cell,
+                                       nax_df_interpolation_callback_s left, void* left_parameters,
+                                       nax_df_interpolation_callback_s right, void* right_parameters,
+                                       nax_df_interpolation_callback_s interior, void* interior_parameters,
+                                       nax_df_search_callback_s search, void* search_parameters,
+                                       const nax_threaders* threaders);
+
+/* Evaluators of one block of at most 64 sites for one function, the stages that nax_df_kernel_dDFInterpolate1D is made of:
+ * members for 32-bit and 64-bit cells, and `CB` members that merge in the results of callbacks. `block` is the library's
+ * own record (fit/eval/evaluator.h); status as for the entry. */
+#define NAX_DF_DECLARE_EVALUATOR(prefix, evaluator)                                                        \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32(void* block, int64_t function);             \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval64(void* block, int64_t function);             \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32CB(void* block, int64_t function);           \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval64CB(void* block, int64_t function);
+NAX_DF_DECLARE_EVALUATOR(d, Linear)
+NAX_DF_DECLARE_EVALUATOR(s, Linear)
+NAX_DF_DECLARE_EVALUATOR(d, Quadratic)
+NAX_DF_DECLARE_EVALUATOR(s, Quadratic)
+NAX_DF_DECLARE_EVALUATOR(d, Cubic)
+NAX_DF_DECLARE_EVALUATOR(s, Cubic)
+NAX_DF_DECLARE_EVALUATOR(d, QuadSubb)
+NAX_DF_DECLARE_EVALUATOR(s, QuadSubb)
+NAX_DF_DECLARE_EVALUATOR(d, Arbitr)
+NAX_DF_DECLARE_EVALUATOR(s, Arbitr)
+NAX_DF_DECLARE_EVALUATOR(d, StepLeft)
+NAX_DF_DECLARE_EVALUATOR(s, StepLeft)
+NAX_DF_DECLARE_EVALUATOR(d, StepRight)
+NAX_DF_DECLARE_EVALUATOR(s, StepRight)
+NAX_DF_DECLARE_EVALUATOR(d, LookUp)
+NAX_DF_DECLARE_EVALUATOR(s, LookUp)
+#undef NAX_DF_DECLARE_EVALUATOR
+
 /* --- Closing ----------------------------------------------------------------------------------------------------- */
 
 #ifdef __cplusplus
