@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -5,11 +7,15 @@
 
 namespace {
 
-// aligned_alloc wants a size that is a multiple of the alignment; a size that would wrap is out of memory.
+// aligned_alloc wants a power of two and a size that is a multiple of it; a size that would wrap is out of memory.
+// The caller's errno stays as it was: a report of a kernel may be in it.
 void* aligned_block(size_t size, size_t alignment) {
-    if (size > SIZE_MAX - alignment) return nullptr;
-    const size_t rounded = (size + alignment - 1) / alignment * alignment;
-    return std::aligned_alloc(alignment, rounded == 0 ? alignment : rounded);
+    if (alignment == 0 || (alignment & (alignment - 1)) != 0 || size > SIZE_MAX - alignment) return nullptr;
+    const size_t wanted = size == 0 ? 1 : size;
+    const int saved_errno = errno;
+    void* const block = std::aligned_alloc(alignment, (wanted + alignment - 1) & ~(alignment - 1));
+    errno = saved_errno;
+    return block;
 }
 
 }  // namespace

@@ -1,1 +1,131 @@
+// The threading component: one OpenMP pool behind the pair fetched by name and behind the table of five slots.
+//
+// Items are dealt out in contiguous ranges fixed by count and number of threads, so that whatever a body keeps for its
+// thread is the same in every run. The chunks of the pair have no thread of their own and go to whoever is free.
+#include <omp.h>
 
+#include "service/futex.h"
+#include "service/service.h"
+#include "service/threads/component.h"
+#include "service/threads/control_words.h"
+
+namespace {
+
+using nax::service::ControlWords;
+
+// Inside a parallel region the pool is busy already: the caller is one of its threads.
+int threads_limit() { return omp_in_parallel() ? 1 : omp_get_max_threads(); }
+
+int clamp_threads(int wanted, int64_t work) {
+    const int limit = omp_in_parallel() ? 1 : omp_get_thread_limit();
+    int threads = wanted < 1 ? threads_limit() : wanted;
+    if (threads > limit) threads = limit;
+    return work < threads ? static_cast<int>(work) : threads;
+}
+
+void chunk_loop(int chunks, int, void* context, nax_serv_chunk_body body) {
+    if (chunks < 1) return;
+    const ControlWords callers = ControlWords::current();
+#pragma omp parallel num_threads(clamp_threads(0, chunks))
+    {
+        const ControlWords own = ControlWords::current();
+        callers.load();
+#pragma omp for schedule(dynamic)
+        for (int chunk = 0; chunk < chunks; ++chunk) body(chunk, 0, 0, context);
+        own.load();
+    }
+}
+
+void region(int threads, void* context, nax_region_body body) {
+    const ControlWords callers = ControlWords::current();
+#pragma omp parallel num_threads(clamp_threads(threads, INT32_MAX))
+    {
+        const ControlWords own = ControlWords::current();
+        callers.load();
+        body(omp_get_thread_num(), omp_get_num_threads(), context);
+        own.load();
+    }
+}
+
+// Range of items of one thread: the first count % threads threads have one item more.
+struct Range {
+    int64_t first, end;
+};
+Range range_of(int64_t count, int thread, int threads) {
+    const int64_t share = count / threads, more = count % threads;
+    const int64_t first = thread * share + (thread < more ? thread : more);
+    return {first, first + share + (thread < more)};
+}
+
+struct Loop {
+    int64_t count;
+    void* context;
+    nax_loop_body body;
+};
+
+void run_share(int thread, int threads, void* loop_context) {
+    const Loop& loop = *static_cast<const Loop*>(loop_context);
+    const Range range = range_of(loop.count, thread, threads);
+    for (int64_t item = range.first; item < range.end; ++item) loop.body(item, thread, threads, loop.context);
+}
+
+void item_loop(int64_t count, int threads, void* context, nax_loop_body body) {
+    if (count < 1) return;
+    Loop loop = {count, context, body};
+    region(clamp_threads(threads, count), &loop, run_share);
+}
+
+// Whose turn it is to run ordered bodies. A thread has the turn when all threads before it have done all their items.
+struct Turn {
+    int32_t thread = 0;
+
+    void await(int self) {
+        for (int32_t seen; (seen = __atomic_load_n(&thread, __ATOMIC_ACQUIRE)) != self;)
+            nax::service::futex_wait(&thread, seen);
+    }
+    void pass_on(int self) {
+        await(self);
+        __atomic_store_n(&thread, self + 1, __ATOMIC_RELEASE);
+        nax::service::futex_wake(&thread, INT32_MAX);
+    }
+};
+
+struct OrderedLoop {
+    Loop loop;
+    Turn turn;
+};
+
+// The ordered loop that this thread works for; slot 3 gets no handle of it.
+thread_local Turn* current_turn = nullptr;
+
+void run_ordered_share(int thread, int threads, void* loop_context) {
+    OrderedLoop& ordered = *static_cast<OrderedLoop*>(loop_context);
+    Turn* const outer_turn = current_turn;
+    current_turn = &ordered.turn;
+    run_share(thread, threads, &ordered.loop);
+    current_turn = outer_turn;
+    ordered.turn.pass_on(thread);
+}
+
+void ordered_item_loop(int64_t count, int threads, void* context, nax_loop_body body) {
+    if (count < 1) return;
+    OrderedLoop ordered = {{count, context, body}, {}};
+    region(clamp_threads(threads, count), &ordered, run_ordered_share);
+}
+
+void run_in_thread_order(int64_t item, int thread, int threads, void* context, nax_loop_body body) {
+    if (current_turn != nullptr) current_turn->await(thread);
+    body(item, thread, threads, context);
+}
+
+constexpr nax_threaders kTable = {item_loop, ordered_item_loop, region, run_in_thread_order, threads_limit};
+
+}  // namespace
+
+extern "C" int nax_sto_serv_threader_get_num_threads_limit() { return threads_limit(); }
+
+extern "C" void nax_sto_serv_threader_for(int chunks, int zero, void* context, nax_serv_chunk_body body) {
+    chunk_loop(chunks, zero, context, body);
+}
+
+extern "C" void nax_serv_threads_fill_table(nax_threaders* table) { *table = kTable; }
