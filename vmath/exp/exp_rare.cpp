@@ -88,12 +88,12 @@ int32_t exponential(double x, double* y, const Limits& limits, Reduce reduce) {
     }
     // Too large: +Inf with the overflow flag.
     if (x > limits.largest) {
-        *y = at_run_time(DBL_MAX) * DBL_MAX;
+        *y = hide(DBL_MAX) * DBL_MAX;
         return kOverflow;
     }
     // Too small: 0 with the underflow flag.
     if (x < limits.smallest) {
-        *y = at_run_time(DBL_MIN) * DBL_MIN;
+        *y = hide(DBL_MIN) * DBL_MIN;
         return kUnderflow;
     }
     const Reduced a = reduce(x);
@@ -149,12 +149,12 @@ int32_t vdexpm1_cout_rare(const double* x, double* y) {
     }
     // Too large: +Inf with the overflow flag.
     if (a > 709.782712893384) {
-        *y = at_run_time(DBL_MAX) * DBL_MAX;
+        *y = hide(DBL_MAX) * DBL_MAX;
         return kOverflow;
     }
     // Below -40 the result rounds to -1.
     if (a < -40.0) {
-        *y = -1.0 + at_run_time(DBL_MIN);
+        *y = -1.0 + hide(DBL_MIN);
         return kSuccess;
     }
     const Reduced b = reduce_e(a);

@@ -67,7 +67,7 @@ int32_t logarithm(const Base& base, double x, double* y) {
     // Not finite: -Inf is outside the domain, NaN is quieted, +Inf stays.
     if (biased_exponent(x) == 2047) {
         const bool minus_infinity = x == -HUGE_VAL;
-        *y = minus_infinity ? at_run_time(0.0) / 0.0 : x * x;
+        *y = minus_infinity ? hide(0.0) / 0.0 : x * x;
         return minus_infinity ? kDomain : kSuccess;
     }
     // Denormal: scaled by 2^60. With denormals taken as zero the product is 0.
@@ -79,11 +79,11 @@ int32_t logarithm(const Base& base, double x, double* y) {
     }
     // Zero: the pole.
     if (a == 0.0) {
-        *y = -1.0 / at_run_time(0.0);
-        return kSingularity;
+        *y = -1.0 / hide(0.0);
+        return kPole;
     }
     // Negative.
-    *y = at_run_time(0.0) / 0.0;
+    *y = hide(0.0) / 0.0;
     return kDomain;
 }
 
@@ -106,17 +106,17 @@ int32_t vdlog1p_cout_rare(const double* x, double* y) {
     // Not finite: -Inf is outside the domain, NaN is quieted, +Inf stays.
     if (biased_exponent(a) == 2047) {
         const bool minus_infinity = a == -HUGE_VAL;
-        *y = minus_infinity ? at_run_time(0.0) / 0.0 : a * a;
+        *y = minus_infinity ? hide(0.0) / 0.0 : a * a;
         return minus_infinity ? kDomain : kSuccess;
     }
     // -1: the pole.
     if (a == -1.0) {
-        *y = -1.0 / at_run_time(0.0);
-        return kSingularity;
+        *y = -1.0 / hide(0.0);
+        return kPole;
     }
     // Below -1.
     if (a < -1.0) {
-        *y = at_run_time(0.0) / 0.0;
+        *y = hide(0.0) / 0.0;
         return kDomain;
     }
     // |x| < 2^-54: the result rounds to x.
