@@ -29,7 +29,7 @@ alignas(64) constexpr LogHigh<Single, Base::Ten, 5, 3> single_ha = {
     Single::row(0x1.a84fbcp-21f),                  // the rest
 };
 alignas(64) constexpr LogLow<Single, Base::Ten, 4> single_la = {log10_16f, log10_single_la, Single::row(0x1.344136p-2f)};
-alignas(64) constexpr LogLow<Single, Base::Ten, 3> single_ep = {log10_16f, log10_single_ep, Single::row(0x1.344136p-2f)};
+alignas(64) constexpr LogLow<Single, Base::Ten, 2> single_ep = {log10_16f, log10_single_ep, Single::row(0x1.344136p-2f)};
 
 }  // namespace
 }  // namespace nax::vmath::avx512

@@ -1,6 +1,7 @@
 // Log1p:  ln(1 + x) = ln(s + t),  s + t = 1 + x exactly: the steps of Ln on s, with t 2^-e c added to r.
 //
-// A small x has s = 1 or nearly so and lives on in t. HA keeps the rounding error of that addition as well.
+// A small x has s = 1 or nearly so and lives on in t. HA keeps the rounding error of that addition as well; LA and EP
+// leave t out where abs(x) >= 1/2, where it is below an ulp of the result.
 #include "vmath/log/kernels.h"
 #include "vmath/log/ln_constants.h"
 
@@ -17,24 +18,30 @@ struct Log1p {
     static constexpr char name[] = {'v', by_precision<E>('s', 'd'), 'L', 'o', 'g', '1', 'p', '\0'};
     static constexpr auto rare = by_precision<E>(vslog1p_cout_rare, vdlog1p_cout_rare);
 
+    // HA keeps all of t; the others take t alone, and only where it counts: t 2^-e c = t/(1 + x) nearly.
+    static constexpr bool keeps_tail = requires(const Ln& ln) { ln.low; };
+
     Ln ln;
     Vector sign = E::row_of_bits(E::sign_bit);
+    Vector half = E::row(typename E::Element(0.5));
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // s and t, from the larger term and the smaller. s is zero, negative, Inf or NaN where x is outside the domain.
         const Vector large = max(ln.reduction.one, x), small = min(ln.reduction.one, x);
         const Vector s = add(large, small);
+        const Vector t = sub(small, sub(s, large));
         const auto outside = outside_domain(s);
-        const Vector t = zero_unless(static_cast<typename E::Mask>(~outside), sub(small, sub(s, large)));
-        // r with the tail
         Reduced<E> a = ln.reduction(s);
-        const Vector exact = a.r;
-        const Vector tail = mul(scale(t, bit_xor(a.raw_exponent, sign)), a.reciprocal);
-        a.r = add(exact, tail);
-        if constexpr (requires { ln.low; })
+        if constexpr (keeps_tail) {
+            const Vector finite = zero_unless(static_cast<typename E::Mask>(~outside), t);
+            const Vector tail = mul(scale(finite, bit_xor(a.raw_exponent, sign)), a.reciprocal);
+            const Vector exact = a.r;
+            a.r = add(exact, tail);
             y = ln.sum_up(a, outside, sub(tail, sub(a.r, exact)));
-        else
+        } else {
+            a.r = add_where(less(and_not(sign, x), half), a.r, t);
             y = ln.sum_up(a);
+        }
         // -0 keeps its sign
         y = bit_or(y, bit_and(x, sign));
         return outside;

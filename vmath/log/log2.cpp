@@ -27,7 +27,7 @@ alignas(64) constexpr LogHigh<Single, Base::Two, 5, 3> single_ha = {
     {}, {},
 };
 alignas(64) constexpr LogLow<Single, Base::Two, 4> single_la = {log2_16f, log2_single_la, {}};
-alignas(64) constexpr LogLow<Single, Base::Two, 3> single_ep = {log2_16f, log2_single_ep, {}};
+alignas(64) constexpr LogLow<Single, Base::Two, 2> single_ep = {log2_16f, log2_single_ep, {}};
 
 }  // namespace
 }  // namespace nax::vmath::avx512
