@@ -165,7 +165,8 @@ uint16_t read_x87() {
     asm volatile("fnstcw %0" : "=m"(word));
     return word;
 }
-void load_x87(uint16_t word) { asm volatile("fldcw %0" : : "m"(word)); }
+// Flags of earlier reports are cleared: unmasked they would trap.
+void load_x87(uint16_t word) { asm volatile("fnclex\n\tfldcw %0" : : "m"(word)); }
 
 // Rounding up, flushing, and x87 exceptions unmasked: the caller's words neither reach the results nor get lost.
 TEST_F(VectorProperties, CallersControlWordsNeitherMatterNorChange) {

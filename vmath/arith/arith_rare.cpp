@@ -92,11 +92,17 @@ int32_t modf(T x, T* whole, T* fraction) {
     return kSuccess;
 }
 
-// Maximum and minimum: a single NaN is ignored, two give NaN. Multiplying by one quiets.
+// x, quiet if it was a signalling NaN.
+template <class T>
+T quieted(T x) {
+    return x * hide(T{1});
+}
+
+// Maximum and minimum: a single NaN is ignored, two give NaN.
 template <class T>
 int32_t ignore_nan(T a, T b, T* r) {
-    if (b != b) *r = a * 1;
-    if (a != a) *r = b * 1;
+    if (b != b) *r = quieted(a);
+    if (a != a) *r = quieted(b);
     return kSuccess;
 }
 
@@ -104,7 +110,7 @@ int32_t ignore_nan(T a, T b, T* r) {
 template <class T>
 int32_t ignore_nan_by_magnitude(T a, T b, T* r) {
     if (std::fabs(b) == kInfinity<T>) {
-        if (a != a) *r = b * 1;
+        if (a != a) *r = quieted(b);
         return kSuccess;
     }
     return ignore_nan(a, b, r);
@@ -114,9 +120,9 @@ int32_t ignore_nan_by_magnitude(T a, T b, T* r) {
 template <class T>
 int32_t keep_nan(T a, T b, T* r) {
     if (a != a)
-        *r = a * 1;
+        *r = quieted(a);
     else if (b != b)
-        *r = b * 1;
+        *r = quieted(b);
     return kSuccess;
 }
 
