@@ -67,9 +67,9 @@ TEST(DynamicSection, ServiceLayerHasOneDestructorAndExportsOnlyItsFunctions) {
 // What the kernels import from the layer is the contract between the two libraries.
 TEST(DynamicSection, KernelsImportOnlyTheContractFromTheServiceLayer) {
     const std::set<std::string> contract = {
-        "nax_serv_allocate", "nax_serv_deallocate", "nax_serv_malloc",    "nax_serv_free",
-        "nax_serv_lock",     "nax_serv_unlock",     "nax_serv_getenv",    "nax_serv_core_register_cleanup",
-        "nax_serv_memcpy_s", "nax_serv_exit",       "nax_serv_print",     "nax_serv_cpuisqgd",
+        "nax_serv_allocate", "nax_serv_deallocate",     "nax_serv_malloc", "nax_serv_free",
+        "nax_serv_lock",     "nax_serv_unlock",         "nax_serv_getenv", "nax_serv_core_register_cleanup",
+        "nax_serv_memcpy_s", "nax_serv_exit",           "nax_serv_print",  "nax_serv_cpuisqgd",
         "nax_serv_cpuisqfb", "nax_serv_load_thread_fun"};
     for (const std::string& name : built("libnax.so").undefined_symbols())
         EXPECT_TRUE(name.rfind("nax_", 0) != 0 || contract.count(name) == 1) << name;

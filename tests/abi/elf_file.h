@@ -40,7 +40,8 @@ public:
     std::vector<std::string> undefined_symbols() const {
         std::vector<std::string> names;
         for (const Elf64_Sym& symbol : rows<Elf64_Sym>(SHT_DYNSYM))
-            if (symbol.st_shndx == SHN_UNDEF && symbol.st_name != 0) names.emplace_back(text(SHT_DYNSYM, symbol.st_name));
+            if (symbol.st_shndx == SHN_UNDEF && symbol.st_name != 0)
+                names.emplace_back(text(SHT_DYNSYM, symbol.st_name));
         return names;
     }
     std::vector<std::string> defined_symbols() const {
