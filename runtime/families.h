@@ -5,8 +5,8 @@
 
 #define NAX_FAMILY_ARITH 1
 #define NAX_FAMILY_UTIL 1
-#define NAX_FAMILY_EXP 0
-#define NAX_FAMILY_LOG 0
+#define NAX_FAMILY_EXP 1
+#define NAX_FAMILY_LOG 1
 #define NAX_FAMILY_TRIG 0
 #define NAX_FAMILY_INVTRIG 0
 #define NAX_FAMILY_POWER 0

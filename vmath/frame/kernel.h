@@ -56,12 +56,14 @@ struct Step {
 
     NAX_VEC bool any_rare() const {
         typename E::Mask any = rare[0];
+#pragma GCC unroll 8
         for (int u = 1; u < U; ++u) any |= rare[u];
         return any != 0;
     }
     // Lanes of the step, in element order.
     NAX_VEC uint64_t rare_lanes() const {
         uint64_t lanes = 0;
+#pragma GCC unroll 8
         for (int u = 0; u < U; ++u) lanes |= uint64_t{rare[u]} << (u * E::lanes);
         return lanes;
     }
