@@ -81,7 +81,7 @@ void export_state(Shadow& sh, ucontext_t& context, const XsaveArea& area) {
 
 // The first trap of a thread only installs the thread's handler stack: the return from the handler makes it current.
 bool needs_stack(ucontext_t& context) {
-    if (context.uc_stack.ss_size != 0 && !(context.uc_stack.ss_flags & SS_DISABLE)) return false;
+    if (context.uc_stack.ss_size != 0) return false;  // the frame's flags don't tell SS_DISABLE
     context.uc_stack.ss_sp = handler_stack;
     context.uc_stack.ss_size = sizeof handler_stack;
     context.uc_stack.ss_flags = 0;
