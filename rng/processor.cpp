@@ -1,4 +1,6 @@
-// What the processor offers to the counter-based and the hardware generators.
+// What the processor offers to the counter-based and the hardware generators, and to products of polynomials.
+#include "rng/processor.h"
+
 #include <cpuid.h>
 
 #include "nax/streams.h"
@@ -24,18 +26,42 @@ bool saves_vector_state() {
     return (low & 6) == 6;
 }
 
+// The tests stand before every call of some generators, and CPUID traps under a hypervisor: each answer is kept, as 1 or -1.
+// Threads that come first at once find the same one.
+template <class Ask>
+bool kept(int& answer, const Ask& ask) {
+    int known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    if (known == 0) {
+        known = ask() ? 1 : -1;
+        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    }
+    return known > 0;
+}
+
+int aes, vector_aes, rdrand, vector_clmul;
+
 }  // namespace
 
 extern "C" {
 
-int __stoCPUisAES(void) { return (cpuid_leaf(1).ecx & bit_AES) != 0; }
+int __stoCPUisAES(void) {
+    return kept(aes, [] { return (cpuid_leaf(1).ecx & bit_AES) != 0; });
+}
 
 // The generation tagged qgd has vector AES and its state; of any other processor it is asked.
 int __stoCPUisVAES(void) {
-    const bool has_vaes = (cpuid_leaf(7).ecx & bit_VAES) != 0;
-    return has_vaes && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
+    return kept(vector_aes, [] {
+        const bool has_vaes = (cpuid_leaf(7).ecx & bit_VAES) != 0;
+        return has_vaes && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
+    });
 }
 
-int __stoCPUisRDRAND(void) { return (cpuid_leaf(1).ecx & bit_RDRND) != 0; }
+int __stoCPUisRDRAND(void) {
+    return kept(rdrand, [] { return (cpuid_leaf(1).ecx & bit_RDRND) != 0; });
+}
 
 }  // extern "C"
+
+bool nax::rng::has_vector_clmul() {
+    return kept(vector_clmul, [] { return (cpuid_leaf(7).ecx & bit_VPCLMULQDQ) != 0 && saves_vector_state(); });
+}

@@ -34,15 +34,27 @@ using Quad = double __attribute__((vector_size(32)));      // four doubles, what
 using HalfU32 = uint32_t __attribute__((vector_size(kVectorBytes / 2)));
 using HalfF32 = float __attribute__((vector_size(kVectorBytes / 2)));
 
+// Vectors go through the intrinsics: as copies of bytes the compiler may move them in pieces of 16.
 template <class V>
 inline V load(const void* from) {
-    V v;
-    std::memcpy(&v, from, sizeof(V));
-    return v;
+#ifdef __AVX512F__
+    if constexpr (sizeof(V) == 64) return reinterpret_cast<V>(_mm512_loadu_si512(from));
+#endif
+    if constexpr (sizeof(V) == 32) {
+        return reinterpret_cast<V>(_mm256_loadu_si256(static_cast<const __m256i*>(from)));
+    } else if constexpr (sizeof(V) < 32) {
+        V v;
+        std::memcpy(&v, from, sizeof(V));
+        return v;
+    }
 }
 template <class V>
 inline void store(void* to, V v) {
-    std::memcpy(to, &v, sizeof(V));
+#ifdef __AVX512F__
+    if constexpr (sizeof(V) == 64) _mm512_storeu_si512(to, reinterpret_cast<__m512i>(v));
+#endif
+    if constexpr (sizeof(V) == 32) _mm256_storeu_si256(static_cast<__m256i*>(to), reinterpret_cast<__m256i>(v));
+    else if constexpr (sizeof(V) < 32) std::memcpy(to, &v, sizeof(V));
 }
 inline U64 broadcast(uint64_t x) { return U64{} + x; }
 inline U32 broadcast(uint32_t x) { return U32{} + x; }

@@ -433,6 +433,142 @@ void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine16_float(void* lanes, float 
 void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine32_double(void* lanes, double a, double b, double* r);
 void nax_sto_sub_kernel_vrng_coreavx512_mcg59_engine32_float(void* lanes, float a, float b, float* r);
 
+/* ---- Twisters, counter-based, hardware and quasi-random generators --------------------------------------------------- */
+
+/* MT19937. Seeds: init_by_array; none stands for the seed 1. Skip-ahead; no leapfrog, no long skip-ahead. Skips of
+ * 2^23 words and more cost one polynomial power, whatever their length. STO_STATUS_NO_MEMORY from skip-ahead: no work
+ * space; the stream then stands at the end of the block it was in. */
+int __stoBRngMT19937InitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngMT19937(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngMT19937(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngMT19937(nax_stream* stream, int n, void* r);
+
+/* MT2203, 6024 sub-streams. Seeds as MT19937. No leapfrog, no skip-ahead. */
+int __stoBRngMT2203InitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngMT2203(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngMT2203(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngMT2203(nax_stream* stream, int n, void* r);
+
+/* SFMT19937. Seeds: the generator's init_by_array; none stands for the seed 1. Skip-ahead as MT19937, by polynomial from
+ * 19968 words on. */
+int __stoBRngSFMT19937InitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngSFMT19937(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngSFMT19937(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngSFMT19937(nax_stream* stream, int n, void* r);
+
+/* PHILOX4X32X10. Seeds: two key words, then up to four counter words. Both skips in constant time; no leapfrog. */
+int __stoBRngPHILOX4X32X10InitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngPHILOX4X32X10(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngPHILOX4X32X10(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngPHILOX4X32X10(nax_stream* stream, int n, void* r);
+
+/* ARS5. Seeds: four key words, then up to four counter words. Both skips in constant time; no leapfrog.
+ * STO_STATUS_NO_AES from output and skips on a processor without AES. */
+int __stoBRngARS5InitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngARS5(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngARS5(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngARS5(nax_stream* stream, int n, void* r);
+
+/* NONDETERM: the processor's random-number instruction. The second seed word is the number of tries for a value, 10 when
+ * absent or 0. Neither leapfrog nor skip-ahead. STO_STATUS_NO_RDRAND; STO_STATUS_RDRAND_FAILED: no value within the tries,
+ * the numbers before it stay in r. */
+int __stoBRngTRNGInitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngTRNG(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngTRNG(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngTRNG(nax_stream* stream, int n, void* r);
+
+/* SOBOL and NIEDERREITER: points of a fixed dimension, flattened; point 0 (all zero) is left out. Parameters of seeding:
+ * {dimension}, or {dimension, 1, class, ...} with n counting all words:
+ *   class 1   polynomials (SOBOL: for dimensions 2 on, of degree 8 at most; NIEDERREITER: for all dimensions)
+ *   class 2   SOBOL: maxdeg, then maxdeg initial numbers for each dimension from 2 on
+ *   class 3   SOBOL: polynomials for dimensions 2 on, maxdeg, initial numbers for dimensions 2 on
+ *   class 11  SOBOL: as 3, with polynomial and initial numbers of dimension 1 too
+ *   class 4   direction numbers: 32 words for each dimension
+ * Classes 1 and 2 of SOBOL allow 40 dimensions. Parameters that are too short or past a limit are dropped: the dimension
+ * alone counts, and is 1 when it exceeds the default limit (40, 318). STO_STATUS_BAD_ARGUMENT: a polynomial that has no
+ * initial numbers (too high a degree) or is constant. STO_STATUS_NO_MEMORY.
+ * Leapfrog with n = 0x7FFFFFFF selects coordinate k, else STO_STATUS_NO_LEAPFROG; skip-ahead counts numbers,
+ * STO_STATUS_NO_SKIPAHEAD past the end of the sequence. Output: STO_STATUS_QRNG_PERIOD_ELAPSED when the index of the point
+ * plus n exceeds 2^32 - 1, nothing is written; STO_STATUS_NO_MEMORY when a chunk of a user-parameter stream is missing.
+ * Streams of more than 32 dimensions may run their dimensions on several threads; the results don't depend on it. */
+int __stoBRngSobolInitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngSobol(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngSobol(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngSobol(nax_stream* stream, int n, void* r);
+int __stoBRngNiederrInitStream(int method, nax_stream* stream, int n, const void* params);
+int __stosBRngNiederr(nax_stream* stream, int n, float* r, float a, float b);
+int __stodBRngNiederr(nax_stream* stream, int n, double* r, double a, double b);
+int __stoiBRngNiederr(nax_stream* stream, int n, void* r);
+
+/* ---- Polynomial skip-ahead ------------------------------------------------------------------------------------------ */
+
+/* The operations of a generator with linear state over GF(2), on blocks of the stream's size. */
+typedef void (*nax_zero_state_function)(nax_stream* state);
+typedef void (*nax_add_state_function)(nax_stream* destination, const nax_stream* source);
+typedef void (*nax_copy_state_function)(nax_stream* destination, const nax_stream* source);
+typedef void (*nax_update_state_function)(nax_stream* state);
+typedef void (*nax_finish_state_function)(nax_stream* stream, nax_stream* work, int extra);  /* extra from Process */
+
+typedef struct nax_skip_parameters {
+    /* Settles what needs no algebra and leaves nskip in steps; 0: nothing is left. */
+    int (*Process)(nax_stream* stream, uint64_t* nskip, int* extra);
+    uint64_t NSkip;
+    int32_t N;              /* 64-bit words of room for a remainder */
+    int32_t Degree;         /* of the characteristic polynomial */
+    int32_t StateSize;      /* bytes of the stream's block */
+    int32_t Terms;          /* non-zero terms of the polynomial */
+    const int32_t* Table;   /* their exponents, ascending */
+} nax_skip_parameters;
+
+/* Moves the stream by g(F) = x^nskip mod p(x), F its step: by Horner's rule, or with a sliding window of eight bits, which
+ * needs an eighth of the state additions and a table of 128 states. 0 or STO_STATUS_NO_MEMORY (only Process has then
+ * changed the stream). */
+int __sto_SkipAheadHorner(nax_stream* stream, nax_zero_state_function zero, nax_add_state_function add,
+                          nax_copy_state_function copy1, nax_update_state_function update,
+                          nax_finish_state_function copy2, const nax_skip_parameters* params);
+int __sto_SkipAheadSWin(nax_stream* stream, nax_zero_state_function zero, nax_add_state_function add,
+                        nax_copy_state_function copy1, nax_update_state_function update,
+                        nax_finish_state_function copy2, const nax_skip_parameters* params);
+
+/* x^nskip modulo the polynomial over GF(2) with `terms` terms x^table[i]: bit i of the result is in out[i / 64]; words of
+ * `out` beyond the degree are zero. 0 or STO_STATUS_NO_MEMORY. */
+int __stoPolyRem(uint64_t nskip, int degree, int terms, const int32_t* table, int words, uint64_t* out);
+
+/* Exponents of the characteristic polynomials, ascending. */
+extern const int32_t _sto_mt19937_poly[135];
+extern const int32_t _sto_sfmt19937_poly[6711];
+
+/* ---- Tables --------------------------------------------------------------------------------------------------------- */
+
+/* MT2203: MatrixA, TemperB, TemperC of the sub-streams. */
+extern const uint32_t _sto_mt2203_table[6024][3];
+
+/* SOBOL: primitive polynomials of dimensions 2 on (bit k: coefficient of x^k), their degrees, initial numbers m1 to m8. */
+extern const uint32_t uSobolIrredPoly[40];
+extern const int32_t iSobolIrredPolyDeg[40];
+extern const uint32_t uSobolMInit[39][8];
+
+/* NIEDERREITER: irreducible polynomials by dimension, and their degrees. */
+extern const uint32_t uNiederrIrredPoly[320];
+extern const int32_t iNiederrIrredPolyDeg[320];
+
+/* ---- Quasi-random streams with the caller's parameters -------------------------------------------------------------- */
+
+/* Build direction numbers from the seeding parameters above (n words at params, already tested for length), into the
+ * stream or into a block of 33 words for each dimension. `work` is the block of the current point and the rows by bit.
+ * 0 or STO_STATUS_BAD_ARGUMENT. */
+int __stoSobolUserPolyms(nax_stream* stream, int n, const uint32_t* params);
+int __stoSobolUserPolymsDirNumsChunk(nax_stream* stream, int n, const uint32_t* params, uint32_t* block, uint32_t* work);
+int __stoNiederrInitUserPolymsStreamStruct(nax_stream* stream, int n, const uint32_t* params);
+int __stoNiederrInitUserPolymsChunk(nax_stream* stream, int n, const uint32_t* params, uint32_t* block);
+
+/* Bodies of the parallel loop for single-precision SOBOL points: one block of 32 dimensions for all points. `context` is
+ * the library's own record. */
+void __sto_sobol_s_default_kernel_aligned(int block, int64_t unused1, int64_t unused2, void* context);
+void __sto_sobol_s_default_kernel_unaligned(int block, int64_t unused1, int64_t unused2, void* context);
+void __sto_sobol_s_user_kernel_aligned(int block, int64_t unused1, int64_t unused2, void* context);
+void __sto_sobol_s_user_kernel_unaligned(int block, int64_t unused1, int64_t unused2, void* context);
+
 #ifdef __cplusplus
 }
 #endif
