@@ -1,0 +1,16 @@
+// Cubic splines of all families: c0 + t (c1 + t (c2 + t c3)) and its derivatives.
+#include "fit/eval/polynomial.h"
+
+namespace nax::fit {
+namespace {
+
+template <class T, bool kWideCells>
+int32_t evaluate(EvalBlock<T>& block, int64_t function) {
+    locate(block, kWideCells);
+    return NAX_FIT_SIMD::evaluate_polynomials<4>(block, function);
+}
+
+}  // namespace
+}  // namespace nax::fit
+
+NAX_DF_EVAL_FAMILY(Cubic)

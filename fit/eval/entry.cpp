@@ -1,0 +1,138 @@
+// The interpolation entries.
+#include "fit/eval/evaluation.h"
+#include "service/block.h"
+
+namespace nax::fit {
+namespace {
+
+// The work block of a call: a transposition buffer of 8192 elements, and room to spare for alignment and small arrays.
+constexpr int64_t kBufferElements = 8192;
+template <class T>
+constexpr std::size_t kWorkBytes = sizeof(T) == sizeof(double) ? 67664 : 34384;
+
+// The arguments of an entry.
+template <class T>
+struct Arguments {
+    const Task* task;
+    int64_t job, nsite;
+    const T* site;
+    int64_t sitehint, ndorder;
+    const void* dorder;
+    const T* data_hint;
+    T* r;
+    int64_t rhint;
+    void* cell;
+    InterpolationCallback<T> callback[kSiteGroups];
+    void* parameters[kSiteGroups];
+    SearchCallback<T> search;
+    void* search_parameters;
+    const Threaders* threaders;
+};
+
+constexpr bool stores_cells(int64_t job) { return (job & NAX_DF_JOB_STORE_CELLS) != 0; }
+constexpr bool gives_cells(int64_t job) { return job == NAX_DF_JOB_GIVEN_CELLS; }
+
+// What every function needs before it can be evaluated: coefficients, or data for the splines that read them.
+template <class T>
+int32_t check_functions(const Task& task, int32_t evaluator) {
+    const bool reads_data = evaluator == kEvalStepLeft || evaluator == kEvalStepRight || evaluator == kEvalLookUp;
+    if (!reads_data && task.s_order == 0) return DfStatusOk;
+    for (int64_t j = 0; j < task.ny; ++j) {
+        if (reads_data && function_data<T>(task, j).base == nullptr) return DfStatusBadY;
+        if (!reads_data && coefficients<T>(task, j) == nullptr) return DfStatusBadCoeff;
+    }
+    return DfStatusOk;
+}
+
+// Elements of the transposition buffers of all threads; negative when the number doesn't fit.
+int64_t buffer_elements(const ResultLayout& layout, int threads) {
+    int64_t planes = layout.nder;
+    if (layout.direct()) return 0;
+    if (layout.buffers_all() && __builtin_mul_overflow(layout.ny, layout.nder, &planes)) return -1;
+    int64_t elements = 0;
+    return __builtin_mul_overflow(planes, kBlockSites * threads, &elements) ? -1 : elements;
+}
+
+template <class T>
+Evaluation<T> plan_evaluation(const Arguments<T>& a, int32_t evaluator, int32_t algorithm) {
+    const Task& task = *a.task;
+    const bool uniform_sites = (a.sitehint & kUniformSites) != 0;
+    const bool caller_cells = stores_cells(a.job) || gives_cells(a.job);
+    const ResultHint hint = a.rhint == 0 || a.rhint == 128 ? kResultFunctions : static_cast<ResultHint>(a.rhint);
+    Evaluation<T> evaluation{};
+    evaluation.task = a.task;
+    evaluation.evaluator = evaluator;
+    evaluation.search = {task.nx, partition<T>(task), a.search, a.search_parameters, task.bin_table, T(0), algorithm};
+    if (algorithm != kSearchNone) evaluation.search.scale = search_scale<T>(task, algorithm, a.data_hint);
+    evaluation.flags = (task.int_width != 0 ? int64_t{kCells64} : 0) | (caller_cells ? int64_t{kCallerCells} : 0);
+    evaluation.orders = read_orders(a.dorder, a.ndorder, task.int_width != 0);
+    evaluation.nsite = a.nsite;
+    evaluation.site = a.site;
+    evaluation.uniform_sites = uniform_sites;
+    evaluation.site_step = uniform_sites ? site_step(a.site, a.nsite) : T(0);
+    evaluation.grid_step = has_uniform_grid(task) ? uniform_step<T>(task) : T(0);
+    evaluation.r = a.r;
+    evaluation.layout = {hint, a.nsite, task.ny, evaluation.orders.nder};
+    evaluation.cell = a.cell;
+    for (int g = 0; g < kSiteGroups; ++g) {
+        evaluation.callback[g] = a.callback[g];
+        evaluation.parameters[g] = a.parameters[g];
+    }
+    return evaluation;
+}
+
+template <class T>
+int32_t interpolate(const Arguments<T>& a) {
+    if (a.task == nullptr) return DfStatusNullTask;
+    const Task& task = *a.task;
+    if (task.x == nullptr) return DfStatusBadX;
+    const bool all_callbacks = a.callback[kLeftGroup] && a.callback[kRightGroup] && a.callback[kInteriorGroup];
+    const int32_t evaluator = evaluation_index(task.s_order, task.s_type, all_callbacks);
+    if (evaluator < 0) return evaluator;
+    const int32_t algorithm =
+        gives_cells(a.job) ? kSearchNone : choose_search(task, a.sitehint, a.data_hint, a.search != nullptr);
+    if (algorithm < 0) return algorithm;
+    if (!is_result_hint(a.rhint)) return DfStatusBadResultHint;
+    if (a.nsite <= 0) return DfStatusOk;
+    if (a.site == nullptr) return DfStatusBadSite;
+    if (task.ny > 0 && a.r == nullptr) return DfStatusNullOutput;
+    if ((stores_cells(a.job) || gives_cells(a.job)) && a.cell == nullptr) return DfStatusNullOutput;
+    if (const int32_t status = check_functions<T>(task, evaluator)) return status;
+
+    Evaluation<T> evaluation = plan_evaluation(a, evaluator, algorithm);
+    const service::Block<unsigned char> work(kWorkBytes<T>);
+    if (!work) return DfStatusMemory;
+    service::Block<T> large_buffer;
+    const int64_t elements = buffer_elements(evaluation.layout, thread_limit(a.threaders));
+    if (elements < 0) return DfStatusMemory;
+    evaluation.buffer = reinterpret_cast<T*>(work.get());
+    if (elements > kBufferElements) {
+        if (!large_buffer.allocate(static_cast<std::size_t>(elements))) return DfStatusMemory;
+        evaluation.buffer = large_buffer.get();
+    }
+    return evaluate_all(evaluation, a.threaders);
+}
+
+}  // namespace
+}  // namespace nax::fit
+
+extern "C" int32_t nax_df_kernel_dDFInterpolate1D(
+    const nax_df_task* task, int64_t job, int64_t, int64_t nsite, const double* site, int64_t sitehint, int64_t ndorder,
+    const void* dorder, const double* data_hint, double* r, int64_t rhint, void* cell, nax_df_interpolation_callback_d left,
+    void* left_parameters, nax_df_interpolation_callback_d right, void* right_parameters,
+    nax_df_interpolation_callback_d interior, void* interior_parameters, nax_df_search_callback_d search,
+    void* search_parameters, const nax_threaders* threaders) {
+    return nax::fit::interpolate<double>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell,
+                                          {left, right, interior}, {left_parameters, right_parameters, interior_parameters},
+                                          search, search_parameters, threaders});
+}
+extern "C" int32_t nax_df_kernel_sDFInterpolate1D(
+    const nax_df_task* task, int64_t job, int64_t, int64_t nsite, const float* site, int64_t sitehint, int64_t ndorder,
+    const void* dorder, const float* data_hint, float* r, int64_t rhint, void* cell, nax_df_interpolation_callback_s left,
+    void* left_parameters, nax_df_interpolation_callback_s right, void* right_parameters,
+    nax_df_interpolation_callback_s interior, void* interior_parameters, nax_df_search_callback_s search,
+    void* search_parameters, const nax_threaders* threaders) {
+    return nax::fit::interpolate<float>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell,
+                                         {left, right, interior}, {left_parameters, right_parameters, interior_parameters},
+                                         search, search_parameters, threaders});
+}

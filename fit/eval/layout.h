@@ -1,0 +1,51 @@
+// Where results go. An evaluator writes planes: for one function and one order, consecutive sites side by side. Layouts in
+// which planes lie so in the caller's array take them directly, the others get them through a block buffer that is then
+// transposed.
+#pragma once
+
+#include <cstdint>
+
+#include "fit/eval/evaluator.h"
+
+namespace nax::fit {
+
+enum ResultHint : int64_t { kResultFunctions = 16, kResultPlanes = 32, kResultSites = 256, kResultSiteOrders = 512 };
+
+constexpr bool is_result_hint(int64_t v) {
+    return v == 0 || v == 16 || v == 128 || v == kResultPlanes || v == kResultSites || v == kResultSiteOrders;
+}
+
+struct ResultLayout {
+    ResultHint hint;  // 0 and 128 are already kResultFunctions
+    int64_t nsite, ny, nder;
+
+    constexpr bool direct() const { return hint == kResultPlanes || (hint == kResultFunctions && nder == 1); }
+    // Whether the buffer holds all functions of a block, or one after the other.
+    constexpr bool buffers_all() const { return hint == kResultSites || hint == kResultSiteOrders; }
+    constexpr int64_t buffer_planes() const { return direct() ? 0 : (buffers_all() ? ny * nder : nder); }
+
+    // Distance between the planes of a function, and the first of function j, for the block of sites from `first` on.
+    constexpr int64_t plane_stride() const {
+        if (direct()) return nsite;
+        return hint == kResultSiteOrders ? ny * kBlockSites : kBlockSites;
+    }
+    template <class T>
+    constexpr T* plane(T* r, T* buffer, int64_t j, int64_t first) const {
+        if (direct()) return r + j * nder * nsite + first;
+        if (hint == kResultSites) return buffer + j * nder * kBlockSites;
+        return hint == kResultSiteOrders ? buffer + j * kBlockSites : buffer;
+    }
+};
+
+// out[i * planes + k] = plane k, site i, for n sites.
+template <class T>
+void interleave(const T* buffer, int64_t planes, int64_t n, T* out) {
+    constexpr int64_t kTile = 8;
+    for (int64_t i0 = 0; i0 < n; i0 += kTile) {
+        const int64_t count = n - i0 < kTile ? n - i0 : kTile;
+        for (int64_t k = 0; k < planes; ++k)
+            for (int64_t i = i0; i < i0 + count; ++i) out[i * planes + k] = buffer[k * kBlockSites + i];
+    }
+}
+
+}  // namespace nax::fit

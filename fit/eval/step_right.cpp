@@ -1,0 +1,23 @@
+// Step function continuous from the right: the value of the cell's left point. Beyond the right end the last cell extends,
+// on it stands the last point's value.
+#include "fit/eval/data_points.h"
+
+namespace nax::fit {
+namespace {
+
+template <class T, bool kWideCells>
+int32_t evaluate(EvalBlock<T>& block, int64_t function) {
+    const int64_t nx = block.task->nx;
+    const T right = right_end<T>(*block.task);
+    if (!block.located)
+        for (int64_t i = 0; i < block.n; ++i)
+            block.index[i] = block.site[i] == right ? nx - 1 : polynomial_index(cell_at(block, kWideCells, i), nx);
+    block.located = true;
+    gather_values(block, function);
+    return DfStatusOk;
+}
+
+}  // namespace
+}  // namespace nax::fit
+
+NAX_DF_EVAL_FAMILY(StepRight)

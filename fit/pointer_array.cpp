@@ -1,0 +1,70 @@
+#include "fit/pointer_array.h"
+
+#include <cstring>
+
+#include "service/service.h"
+
+namespace nax::fit {
+namespace {
+
+// `entries` null pointers and one more, so that the index ny, which a query accepts, reads a null.
+void** new_array(int64_t entries) {
+    // Functions are counted by a 32-bit number.
+    if (entries < 0 || entries > INT32_MAX) return nullptr;
+    const std::size_t count = static_cast<std::size_t>(entries) + 1;
+    void* const block = nax_serv_allocate(count * sizeof(void*), 128);
+    if (block != nullptr) std::memset(block, 0, count * sizeof(void*));
+    return static_cast<void**>(block);
+}
+
+// Moves an array of `old_entries` to one of `entries`.
+bool grow(void**& array, int64_t& old_entries, int64_t entries) {
+    if (entries <= old_entries) return true;
+    void** const larger = new_array(entries);
+    if (larger == nullptr) return false;
+    std::memcpy(larger, array, static_cast<std::size_t>(old_entries) * sizeof(void*));
+    nax_serv_deallocate(array);
+    array = larger;
+    old_entries = entries;
+    return true;
+}
+
+}  // namespace
+
+template <class T>
+bool set_functions(Task& task, const T* base) {
+    if (task.y != nullptr) nax_serv_deallocate(task.y);
+    task.y_entries = 0;
+    const int64_t entries = task.yhint == kColumns ? 1 : task.ny;
+    task.y = const_cast<const void**>(new_array(entries));
+    if (task.y == nullptr) return false;
+    task.y_entries = entries;
+    const bool derive_all = task.yhint == kDefaultStorage || task.yhint == kRows;
+    const int64_t derived = derive_all || entries == 0 ? entries : 1;
+    for (int64_t j = 0; j < derived; ++j) task.y[j] = base + j * task.nx;
+    return true;
+}
+
+template <class T>
+bool set_coefficients(Task& task, T* base, int64_t hint) {
+    if (task.scoeff != nullptr) nax_serv_deallocate(task.scoeff);
+    task.scoeff_entries = 0;
+    task.scoeff = new_array(task.ny);
+    if (task.scoeff == nullptr) return false;
+    task.scoeff_entries = task.ny;
+    // A Subbotin spline has a piece around every point, the others one between two points.
+    const int64_t cells = task.s_type == kSubbotin ? task.nx : task.nx - 1;
+    const int64_t derived = (hint & kFirstOnly) != 0 ? 1 : task.ny;
+    for (int64_t j = 0; j < derived; ++j) task.scoeff[j] = base + j * cells * task.s_order;
+    return true;
+}
+
+bool grow_functions(Task& task) { return grow(const_cast<void**&>(task.y), task.y_entries, task.ny); }
+bool grow_coefficients(Task& task) { return grow(task.scoeff, task.scoeff_entries, task.ny); }
+
+template bool set_functions(Task&, const double*);
+template bool set_functions(Task&, const float*);
+template bool set_coefficients(Task&, double*, int64_t);
+template bool set_coefficients(Task&, float*, int64_t);
+
+}  // namespace nax::fit
