@@ -58,7 +58,7 @@ TYPED_TEST(EvalOf, PolynomialsMatchDirectEvaluation) {
                             const long double scale = 120 * std::pow(1 + std::fabs(static_cast<long double>(t)), order);
                             ASSERT_LE(std::fabs(static_cast<long double>(got) - want), 4 * kEps * scale)
                                 << "order " << order << " derivative " << d << " site " << site;
-                            if (d == order) ASSERT_EQ(got, T(0));
+                            ASSERT_TRUE(d < order || got == T(0));
                         }
                     }
             }
@@ -340,7 +340,7 @@ TYPED_TEST(EvalOf, MemoryFailuresComputeNothing) {
         std::vector<T> r(static_cast<std::size_t>(3 * ny), T(-7));
         const auto run = [&] {
             const int32_t status = spline.interpolate(sites.data(), 3, {1}, r.data());
-            if (status != 0) EXPECT_EQ(r, std::vector<T>(r.size(), T(-7)));
+            EXPECT_TRUE(status == 0 || r == std::vector<T>(r.size(), T(-7)));
             return status;
         };
         EXPECT_EQ(for_each_failing_allocation(run, int32_t{DfStatusMemory}, int32_t{0}), allocations);
