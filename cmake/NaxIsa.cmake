@@ -5,7 +5,7 @@
 #                 compiler vectors so that both exist
 #   the rest      AVX2 and FMA: scalar control code
 set(NAX_FLAGS_AVX512 -march=x86-64-v4 -mprefer-vector-width=512 -mvaes -maes -mvpclmulqdq -mpclmul -mrdrnd)
-set(NAX_FLAGS_AVX2 -march=x86-64-v3 -maes -mvaes -mpclmul -mrdrnd)
+set(NAX_FLAGS_AVX2 -march=x86-64-v3 -maes -mvaes -mpclmul -mvpclmulqdq -mrdrnd)
 set(NAX_FLAGS_AVX -march=x86-64 -mavx)
 set(NAX_FLAGS_SCALAR -march=x86-64)
 if(NAX_SIMD STREQUAL "avx2")

@@ -23,28 +23,58 @@ int clamp_threads(int wanted, int64_t work) {
     return work < threads ? static_cast<int>(work) : threads;
 }
 
-void chunk_loop(int chunks, int, void* context, nax_serv_chunk_body body) {
-    if (chunks < 1) return;
-    const ControlWords callers = ControlWords::current();
-#pragma omp parallel num_threads(clamp_threads(0, chunks))
-    {
-        const ControlWords own = ControlWords::current();
-        callers.load();
-#pragma omp for schedule(dynamic)
-        for (int chunk = 0; chunk < chunks; ++chunk) body(chunk, 0, 0, context);
-        own.load();
+// One parallel region. The runtime orders what the threads do with what stands before and after the region; the two
+// counters say so once more, to tools that watch memory accesses without knowing the runtime.
+struct Team {
+    const ControlWords callers_words = ControlWords::current();
+    void* context;
+    nax_region_body body;
+    int ready = 0;
+    int done = 0;
+
+    Team(void* body_context, nax_region_body region_body) : context(body_context), body(region_body) {
+        __atomic_store_n(&ready, 1, __ATOMIC_RELEASE);
     }
+    void run_on_this_thread() {
+        while (__atomic_load_n(&ready, __ATOMIC_ACQUIRE) == 0) {}
+        const ControlWords own_words = ControlWords::current();
+        callers_words.load();
+        body(omp_get_thread_num(), omp_get_num_threads(), context);
+        own_words.load();
+        __atomic_fetch_add(&done, 1, __ATOMIC_RELEASE);
+    }
+    int finished_threads() const { return __atomic_load_n(&done, __ATOMIC_ACQUIRE); }
+};
+
+// The hand-over of `team` itself is the runtime's, out of sight of such tools.
+[[gnu::no_sanitize("thread")]] void run_team(int threads, Team* team) {
+#pragma omp parallel num_threads(threads) default(none) firstprivate(team)
+    team->run_on_this_thread();
 }
 
 void region(int threads, void* context, nax_region_body body) {
-    const ControlWords callers = ControlWords::current();
-#pragma omp parallel num_threads(clamp_threads(threads, INT32_MAX))
-    {
-        const ControlWords own = ControlWords::current();
-        callers.load();
-        body(omp_get_thread_num(), omp_get_num_threads(), context);
-        own.load();
-    }
+    Team team(context, body);
+    run_team(clamp_threads(threads, INT32_MAX), &team);
+    (void)team.finished_threads();
+}
+
+struct ChunkLoop {
+    int chunks;
+    void* context;
+    nax_serv_chunk_body body;
+    int next = 0;
+};
+
+void run_free_chunks(int, int, void* loop_context) {
+    ChunkLoop& loop = *static_cast<ChunkLoop*>(loop_context);
+    for (int chunk; (chunk = __atomic_fetch_add(&loop.next, 1, __ATOMIC_RELAXED)) < loop.chunks;)
+        loop.body(chunk, 0, 0, loop.context);
+}
+
+void chunk_loop(int chunks, int, void* context, nax_serv_chunk_body body) {
+    if (chunks < 1) return;
+    ChunkLoop loop = {chunks, context, body};
+    region(clamp_threads(0, chunks), &loop, run_free_chunks);
 }
 
 // Range of items of one thread: the first count % threads threads have one item more.

@@ -1,0 +1,27 @@
+// Output of MCG59.
+#include "rng/generators/lanes_simd.h"
+
+using namespace nax::rng;
+
+extern "C" {
+
+int __stodBRngMCG59(nax_stream* stream, int n, double* r, double a, double b) {
+    return generate_real<Mcg59>(stream, n, DoubleOutput<Mcg59>(a, b), r);
+}
+
+int __stosBRngMCG59(nax_stream* stream, int n, float* r, float a, float b) {
+    return generate_real<Mcg59>(stream, n, SingleOutput<Mcg59>(a, b), r);
+}
+
+int __stoiBRngMCG59(nax_stream* stream, int n, void* r) {
+    return generate_words<Mcg59>(stream, n, static_cast<uint64_t*>(r));
+}
+
+}  // extern "C"
+
+NAX_ENGINE(mcg59, Mcg59, 1)
+NAX_ENGINE(mcg59, Mcg59, 2)
+NAX_ENGINE(mcg59, Mcg59, 4)
+NAX_ENGINE(mcg59, Mcg59, 8)
+NAX_ENGINE(mcg59, Mcg59, 16)
+NAX_ENGINE(mcg59, Mcg59, 32)

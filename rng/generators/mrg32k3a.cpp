@@ -1,0 +1,72 @@
+// MRG32K3A: x(n) = 1403580 x(n-2) - 810728 x(n-3) mod 2^32 - 209, y(n) = 527612 y(n-1) - 1370589 y(n-3) mod 2^32 - 22853.
+// Output words are z(n) = x(n) - y(n) modulo 2^32 - 209, taken in 1 ... 2^32 - 209. Period about 2^191.
+// L'Ecuyer, Good parameters and implementations for combined multiple recursive random number generators, Operations
+// Research 47 (1999).
+//
+// Skips of any length are powers of the companion matrices, so 2^64 streams of 2^127 numbers are at hand (L'Ecuyer, Simard,
+// Chen, Kelton, Operations Research 50 (2002)).
+#include "rng/generators/mrg32k3a.h"
+
+#include <algorithm>
+
+using namespace nax::rng;
+
+namespace {
+
+void seed(Mrg32k3aState& state, int n, const uint32_t* seeds) {
+    uint32_t words[6] = {1, 1, 1, 1, 1, 1};
+    for (int i = 0; i < std::min(n, 6); ++i) {
+        const uint32_t modulus = i < 3 ? kMrgX.modulus : kMrgY.modulus;
+        words[i] = seeds[i] >= modulus ? seeds[i] - modulus : seeds[i];
+    }
+    std::copy(words, words + 3, state.x);
+    std::copy(words + 3, words + 6, state.y);
+    if ((state.x[0] | state.x[1] | state.x[2]) == 0) state.x[0] = 1;
+    if ((state.y[0] | state.y[1] | state.y[2]) == 0) state.y[0] = 1;
+}
+
+constexpr uint32_t kRowX[3] = {kMrgX.row(0), kMrgX.row(1), kMrgX.row(2)};
+constexpr uint32_t kRowY[3] = {kMrgY.row(0), kMrgY.row(1), kMrgY.row(2)};
+
+void skip(Mrg32k3aState& state, uint64_t count) {
+    __stoiVect3PowMod(state.x, kRowX, kMrgX.modulus, count);
+    __stoiVect3PowMod(state.y, kRowY, kMrgY.modulus, count);
+}
+
+// Bits that the table of matrices covers.
+bool fits_table(int words, const uint64_t* count) {
+    constexpr int kWhole = kMrgMatrices / 64, kRest = kMrgMatrices % 64;
+    for (int i = kWhole; i < words; ++i) {
+        const uint64_t beyond = i == kWhole ? count[i] >> kRest : count[i];
+        if (beyond != 0) return false;
+    }
+    return true;
+}
+
+int skip_long(Mrg32k3aState& state, int words, const uint64_t* count) {
+    if (words <= 0) return STO_STATUS_OK;
+    if (fits_table(words, count)) {
+        const int used = std::min(words, (kMrgMatrices + 63) / 64);
+        __stoiVect3PowArrayMod_M1(state.x, used, count, _sto_mrg32k3a_skipahead_table);
+        __stoiVect3PowArrayMod_M2(state.y, used, count, _sto_mrg32k3a_skipahead_table + 9 * kMrgMatrices);
+        return STO_STATUS_OK;
+    }
+    Mrg32k3aState moved = state;
+    int status = __stoiVect3PowArrayMod(moved.x, kRowX, kMrgX.modulus, words, count);
+    if (status == STO_STATUS_OK) status = __stoiVect3PowArrayMod(moved.y, kRowY, kMrgY.modulus, words, count);
+    if (status == STO_STATUS_OK) state = moved;
+    return status;
+}
+
+}  // namespace
+
+extern "C" int __stoBRngMRG32K3AInitStream(int method, nax_stream* stream, int n, const void* params) {
+    Mrg32k3aState& state = payload<Mrg32k3aState>(stream);
+    switch (method) {
+        case NAX_INIT_STANDARD: seed(state, n, static_cast<const uint32_t*>(params)); return STO_STATUS_OK;
+        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
+        case NAX_INIT_SKIPAHEAD: skip(state, *static_cast<const uint64_t*>(params)); return STO_STATUS_OK;
+        case NAX_INIT_SKIPAHEADEX: return skip_long(state, n, static_cast<const uint64_t*>(params));
+        default: return STO_STATUS_BAD_METHOD;
+    }
+}

@@ -1,0 +1,21 @@
+// Ownership of a chunk's data: by its node, or by the process-wide table of read-only data.
+#pragma once
+
+#include "rng/stream.h"
+
+namespace nax::rng {
+
+inline constexpr int kSharedDataCapacity = 128;
+// Chunks leave the last entry to __stoCreateGlobRODataTableEntry.
+inline constexpr int kSharedDataLimitForChunks = 127;
+
+inline bool has_identity(const uint64_t* glob_id) { return glob_id[0] != 0 || glob_id[1] != 0; }
+
+// Gives a node with an identity its place in the table: takes a reference to the entry of that identity and points the
+// node at the entry's data, or makes the entry from the node's own data. With a full table the node becomes private.
+void share_node_data(Chunk* node);
+
+// Releases a node, and its data unless the table owns them.
+void release_node(Chunk* node);
+
+}  // namespace nax::rng

@@ -1,0 +1,24 @@
+// r = the largest integer not above x.
+#include "vmath/frame/kernel_exports.h"
+
+namespace nax::vmath::avx512 {
+namespace {
+
+template <class E>
+struct Floor {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 64 / E::lanes;
+
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0x1>(x); }
+};
+
+constexpr Floor<Single> vsfloor_data{};
+constexpr Floor<Double> vdfloor_data{};
+
+}  // namespace
+
+NAX_UNARY_KERNEL(s, Floor, Z0HAynn, vsfloor_data)
+NAX_UNARY_KERNEL(d, Floor, Z0HAynn, vdfloor_data)
+
+}  // namespace nax::vmath::avx512

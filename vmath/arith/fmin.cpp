@@ -1,0 +1,32 @@
+// r = the smaller of a and b; a single NaN is ignored. Of two zeros the second is taken, whatever the signs.
+// NaN lanes are rare.
+#include "vmath/arith/arith_rare.h"
+#include "vmath/frame/kernel_exports.h"
+
+namespace nax::vmath::avx512 {
+namespace {
+
+template <class E>
+struct Fmin {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    using Mask = typename E::Mask;
+    static constexpr int unroll = 4;
+    static constexpr auto rare = by_precision<E>(vsfmin_cout_rare, vdfmin_cout_rare);
+    static constexpr const char* name = by_precision<E>("vsFmin", "vdFmin");
+
+    NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
+        r = min(a, b);
+        return unordered(a, b);
+    }
+};
+
+constexpr Fmin<Single> vsfmin_data{};
+constexpr Fmin<Double> vdfmin_data{};
+
+}  // namespace
+
+NAX_BINARY_KERNEL(s, Fmin, Z0HAynn, vsfmin_data)
+NAX_BINARY_KERNEL(d, Fmin, Z0HAynn, vdfmin_data)
+
+}  // namespace nax::vmath::avx512

@@ -1,0 +1,41 @@
+// Exact reduction of large quotients, shared by Fmod and Remainder.
+#pragma once
+
+#include "vmath/frame/vec.h"
+
+namespace nax::vmath::avx512 {
+
+// With q = rest/divisor rounded to nearest and at least 2^p (p bits of mantissa), q is an even integer and its error at
+// most half its last place. So rest - q divisor in one fused step is at most half of (last place of q) divisor in size
+// and a multiple of (last place of q)(last place of divisor): it has no more than p bits, hence is exact. It leaves a
+// quotient smaller by 2^p; the new rest may be negative.
+template <class E>
+struct QuotientStep {
+    using Vector = typename E::Vector;
+    using Mask = typename E::Mask;
+
+    Vector sign = E::row_of_bits(E::sign_bit);
+    Vector largest = E::row_of_bits(E::exponent_field - 1);
+    Vector limit = E::row(typename E::Element(uint64_t{2} << E::mantissa_bits));
+
+    struct Result {
+        Vector quotient;
+        Mask rare;
+    };
+
+    // Brings rest >= 0 to where |rest/divisor| is below 2^p. Lanes whose quotient is Inf or NaN, and infinite divisors,
+    // are rare.
+    NAX_VEC Result reduce(Vector& rest, Vector divisor) const {
+        Vector quotient = div(rest, divisor);
+        const Mask rare = Mask(not_less_equal(quotient, largest) | not_less_equal(divisor, largest));
+        Mask large = Mask(greater_equal(quotient, limit) & ~rare);
+        while (large != 0) [[unlikely]] {
+            rest = choose(large, fnma(quotient, divisor, rest), rest);
+            quotient = choose(large, div(rest, divisor), quotient);
+            large = Mask(large & greater_equal(and_not(sign, quotient), limit));
+        }
+        return {quotient, rare};
+    }
+};
+
+}  // namespace nax::vmath::avx512

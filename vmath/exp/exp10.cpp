@@ -1,0 +1,79 @@
+// Exp10:  10^x = 2^N 10^r,  N = x log2(10) rounded down to a multiple of 2^-b,  r = x - N log10(2).
+//
+// The polynomial works in base 10, so the reduction is as exact as that of Exp. One kernel serves all levels.
+#include "vmath/exp/exp10_coefficients.inc"
+#include "vmath/exp/exp_rare.h"
+#include "vmath/exp/exp_tables.inc"
+#include "vmath/exp/split.h"
+#include "vmath/frame/kernel_exports.h"
+#include "vmath/frame/polynomial.h"
+#include "vmath/frame/table.h"
+
+namespace nax::vmath::avx512 {
+namespace {
+
+template <class E, int Terms>
+struct Exp10 {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 2;
+    static constexpr char name[] = {'v', by_precision<E>('s', 'd'), 'E', 'x', 'p', '1', '0', '\0'};
+    static constexpr auto rare = by_precision<E>(vsexp10_cout_rare, vdexp10_cout_rare);
+
+    Table<E, 2> high, low;
+    Vector log2_10;
+    Vector shifter;
+    Vector log10_2_high, log10_2_low;
+    Vector step;
+    Coefficients<E, Terms> polynomial;
+    Vector magnitude;
+    Vector limit;
+
+    NAX_VEC auto eval(Vector x, Vector& y) const {
+        // N, and j in the low bits of z
+        const Vector z = fma<kTowardZero>(x, log2_10, shifter);
+        const Vector n = sub(z, shifter);
+        // r, small also for Inf and NaN
+        const Vector r = min_magnitude(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), step);
+        // 2^(j/2^b) 10^r = T (1 + t) (1 + r q)
+        const Vector q = polynomial(r, mul(r, r));
+        const Vector t = high[bits(z)];
+        const Vector u = fma(r, q, low[bits(z)]);
+        y = scale(fma(u, t, t), n);
+        return greater_equal(bit_and(x, magnitude), limit);
+    }
+};
+
+alignas(64) constexpr Exp10<Double, 6> exp10_double = {
+    exp2_16,
+    exp2_16_relative_low,
+    Double::row(3.321928094887362),                // log2(10)
+    Double::row(kSixteenthsShifter),              // leaves N in sixteenths
+    Double::row(0.3010299956639812),               // log10(2); N has few bits, so the fused difference is exact
+    Double::row(-2.8037281277851704e-18),          // log10(2) less the former
+    Double::row(0x1p-4),                           // above every r
+    {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
+      0.2115324552507909}},                        // least error on [0, log10(2)/16)
+    Double::row_of_bits(~Double::sign_bit),        // magnitude
+    Double::row(307.6526555685887),                // 1022 log10(2)
+};
+
+alignas(64) constexpr Exp10<Single, 3> exp10_single = {
+    exp2_32f,
+    exp2_32f_relative_low,
+    Single::row(0x1.a934fp+1f),                    // log2(10)
+    Single::row(393216.0f),                        // 1.5 2^18: leaves N in 1/32
+    Single::row(0x1.344136p-2f),                   // log10(2)
+    Single::row(-0x1.ec10cp-27f),                  // log10(2) less the former
+    Single::row(0x1p-4f),                          // above every r
+    exp10_single_coefficients,
+    Single::row_of_bits(~Single::sign_bit),        // magnitude
+    Single::row(37.929779052734375f),              // 126 log10(2)
+};
+
+}  // namespace
+}  // namespace nax::vmath::avx512
+
+using namespace nax::vmath::avx512;
+NAX_UNARY_KERNEL(d, Exp10, Z0HAynn, exp10_double)
+NAX_UNARY_KERNEL(s, Exp10, Z0HAynn, exp10_single)

@@ -1,0 +1,67 @@
+// The floating-point control words during a kernel call. Everything here is inlined, so that each kernel keeps to its
+// own instruction set.
+#pragma once
+
+#include <cstdint>
+
+#include "vmath/frame/runtime_calls.h"
+
+namespace nax::vmath {
+
+// Fields of the mode word that kernels read.
+inline constexpr uint32_t kErrorModeField = 0xFF00, kErrorModeNone = 0x2000;
+inline constexpr uint32_t kDenormalField = 0x3C0000, kDenormalsAreZero = 0x280000;
+
+// Puts MXCSR in order for a call: round to nearest, all exceptions masked, denormals as the mode word says. At the end
+// the caller's control bits come back, with the exception flags raised in between added. The memory clobbers keep
+// arithmetic, loads and stores on their side of the change.
+class MxcsrScope {
+public:
+    [[gnu::always_inline]] explicit MxcsrScope(uint32_t mode) {
+        const uint32_t wanted = (mode & kDenormalField) == kDenormalsAreZero ? 0x9FC0 : 0x1F80;
+        saved_ = read();
+        changed_ = (saved_ & 0xFFC0) != wanted;
+        if (changed_) [[unlikely]] load((saved_ & 0xFFFF003F) | wanted);
+    }
+    [[gnu::always_inline]] ~MxcsrScope() {
+        if (changed_) [[unlikely]] load(saved_ | (read() & 0x3F));
+    }
+    MxcsrScope(const MxcsrScope&) = delete;
+    MxcsrScope& operator=(const MxcsrScope&) = delete;
+
+private:
+    [[gnu::always_inline]] static uint32_t read() {
+        uint32_t word;
+        asm volatile("stmxcsr %0" : "=m"(word) : : "memory");
+        return word;
+    }
+    [[gnu::always_inline]] static void load(uint32_t word) { asm volatile("ldmxcsr %0" : : "m"(word) : "memory"); }
+
+    uint32_t saved_;
+    bool changed_;
+};
+
+// Masks the x87 exceptions from the first rare lanes of a call to its end.
+class X87Scope {
+public:
+    [[gnu::always_inline]] X87Scope() {}
+    [[gnu::always_inline]] ~X87Scope() {
+        if (changed_) [[unlikely]] {
+            asm volatile("fldcw %0" : : "m"(saved_));
+        }
+    }
+    X87Scope(const X87Scope&) = delete;
+    X87Scope& operator=(const X87Scope&) = delete;
+
+    void mask_exceptions() {
+        if (done_) return;
+        done_ = true;
+        changed_ = nax_arq_kernel_modify_fpucw_mask_exceptions(&saved_, &built_) != 0;
+    }
+
+private:
+    uint16_t saved_, built_;
+    bool done_ = false, changed_ = false;
+};
+
+}  // namespace nax::vmath

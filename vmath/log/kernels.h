@@ -1,0 +1,151 @@
+// The kernels of Ln, Log2 and Log10, once for base, precision and level.
+//
+//     log(x) = e log(2) + log(1/c) + log(1 + r)
+//
+// HA adds e log(2) and the table's entry in high parts that make the sum exact, then the leading term of log(1 + r) with
+// its rounding error; the low parts, that error and the rest of the series make up the low sum. LA and EP know single
+// constants only and differ in the length of the series.
+#pragma once
+
+#include "vmath/frame/kernel_exports.h"
+#include "vmath/frame/polynomial.h"
+#include "vmath/log/log_coefficients.inc"
+#include "vmath/log/log_rare.h"
+#include "vmath/log/log_tables.inc"
+#include "vmath/log/reduction.h"
+
+namespace nax::vmath::avx512 {
+
+enum class Base { E, Two, Ten };
+
+template <class E, Base B>
+struct LogNames;  // user-visible name and scalar path
+template <>
+struct LogNames<Double, Base::E> {
+    static constexpr char name[] = "vdLn";
+    static constexpr auto rare = vdln_cout_rare;
+};
+template <>
+struct LogNames<Single, Base::E> {
+    static constexpr char name[] = "vsLn";
+    static constexpr auto rare = vsln_cout_rare;
+};
+template <>
+struct LogNames<Double, Base::Two> {
+    static constexpr char name[] = "vdLog2";
+    static constexpr auto rare = vdlog2_cout_rare;
+};
+template <>
+struct LogNames<Single, Base::Two> {
+    static constexpr char name[] = "vsLog2";
+    static constexpr auto rare = vslog2_cout_rare;
+};
+template <>
+struct LogNames<Double, Base::Ten> {
+    static constexpr char name[] = "vdLog10";
+    static constexpr auto rare = vdlog10_cout_rare;
+};
+template <>
+struct LogNames<Single, Base::Ten> {
+    static constexpr char name[] = "vsLog10";
+    static constexpr auto rare = vslog10_cout_rare;
+};
+
+// Stands for a row that a base has no need of.
+struct None {
+    template <class V>
+    constexpr None(const V&) {}
+    constexpr None() = default;
+};
+template <bool Present, class Vector>
+using RowIf = std::conditional_t<Present, Vector, None>;
+
+// log(1 + r) = factor r + r^2 P(r); factor is 1 for base e, else 1/ln(base) in two parts. e needs no factor in base 2.
+template <class E, Base B, int IndexBits, int Terms>
+struct LogHigh {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 4;
+    static constexpr int rows = (1 << IndexBits) / E::lanes;
+    static constexpr bool has_log_2 = B != Base::Two, has_factor = B != Base::E;
+    static constexpr auto& name = LogNames<E, B>::name;
+    static constexpr auto rare = LogNames<E, B>::rare;
+
+    Table<E, rows> high, low;
+    Coefficients<E, Terms> polynomial;
+    [[no_unique_address]] RowIf<has_factor, Vector> factor_high, factor_low;
+    [[no_unique_address]] RowIf<has_log_2, Vector> log_2_high, log_2_low;
+    Reduction<E, IndexBits> reduction = {};
+
+    NAX_VEC auto eval(Vector x, Vector& y) const {
+        const auto outside = outside_domain(x);
+        y = sum_up(reduction(x), outside);
+        return outside;
+    }
+
+    // `r_low`, if given, is added to r.
+    template <class... Low>
+    NAX_VEC Vector sum_up(const Reduced<E>& a, typename E::Mask outside, Low... r_low) const {
+        const Vector r = a.r, r2 = mul(r, r);
+        // e log(2) + log(1/c) in high parts, exact; the low parts
+        Vector sum = high[a.index], rest = low[a.index];
+        if constexpr (has_log_2) {
+            sum = fma(a.exponent, log_2_high, sum);
+            rest = fma(a.exponent, log_2_low, rest);
+        } else {
+            sum = add(a.exponent, sum);
+        }
+        // the leading term, a product with its error unless the factor is 1
+        Vector lead = r;
+        if constexpr (has_factor) {
+            lead = mul(r, factor_high);
+            rest = add(rest, fma(r, factor_low, fms(r, factor_high, lead)));
+        }
+        const Vector total = add(sum, lead);
+        const Vector error = sub(lead, sub(total, sum));
+        rest = add(rest, error);
+        ((rest = add(rest, r_low)), ...);
+        rest = fma(r2, polynomial(r, r2), rest);
+        // beside an infinite total the rest is NaN
+        return add_where(static_cast<typename E::Mask>(~outside), total, rest);
+    }
+};
+
+// log(1 + r) = r + r^2 P(r) in base e, r P(r) in the others.
+template <class E, Base B, int Terms>
+struct LogLow {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 4;
+    static constexpr int rows = 16 / E::lanes;
+    static constexpr bool has_log_2 = B != Base::Two;
+    static constexpr auto& name = LogNames<E, B>::name;
+    static constexpr auto rare = LogNames<E, B>::rare;
+
+    Table<E, rows> table;
+    Coefficients<E, Terms> polynomial;
+    [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
+    Reduction<E, 4> reduction = {};
+
+    NAX_VEC auto eval(Vector x, Vector& y) const {
+        y = sum_up(reduction(x));
+        return outside_domain(x);
+    }
+
+    NAX_VEC Vector sum_up(const Reduced<E>& a) const {
+        const Vector r = a.r, r2 = mul(r, r);
+        const Vector p = polynomial(r, r2);
+        // e log(2) + log(1/c)
+        Vector sum = table[a.index];
+        if constexpr (has_log_2)
+            sum = fma(a.exponent, log_2, sum);
+        else
+            sum = add(a.exponent, sum);
+        if constexpr (B == Base::E)
+            return add(sum, fma(r2, p, r));
+        else
+            return fma(r, p, sum);
+    }
+};
+
+}  // namespace nax::vmath::avx512

@@ -1,0 +1,43 @@
+// What the logarithms share: x = 2^e m, a short reciprocal c of m, and the remainder r = m c - 1.
+#pragma once
+
+#include "vmath/frame/table.h"
+#include "vmath/frame/vec.h"
+
+namespace nax::vmath::avx512 {
+
+template <class E>
+struct Reduced {
+    typename E::Vector raw_exponent;  // of m in [1, 2)
+    typename E::Vector exponent;      // the same, or 1 more
+    typename E::Vector reciprocal;
+    typename E::Vector r;
+    typename E::Bits index;
+};
+
+// c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact. The top mantissa bits of c
+// index the table. Where c < 3/4 the exponent is raised by 1 and the table holds log(1/(2c)): arguments just below 1
+// then have exponent 0 and nothing cancels.
+template <class E, int IndexBits>
+struct Reduction {
+    using Vector = typename E::Vector;
+    Vector three_quarters = E::row(typename E::Element(0.75));
+    Vector one = E::row(1);
+
+    NAX_VEC Reduced<E> operator()(Vector x) const {
+        // A denormal needs no care; a negative argument becomes NaN.
+        const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
+        const Vector e = get_exponent(x);
+        const Vector c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
+        return {e, add_where(less(c, three_quarters), e, one), c, fms(m, c, one),
+                shift_right<E::mantissa_bits - IndexBits>(bits(c))};
+    }
+};
+
+// Arguments without a logarithm among the numbers, and NaN. Denormals are ordinary, unless taken as zero.
+template <class Vector>
+NAX_VEC auto outside_domain(Vector x) {
+    return is_class<kNan | kZero | kInf | kNegativeFinite>(x);
+}
+
+}  // namespace nax::vmath::avx512
