@@ -47,8 +47,12 @@ void check_powers(const T (&table)[N], int size, const T* relative_low, const T*
                                          : static_cast<T>(mpfr_get_flt(power.v, MPFR_RNDN));
         EXPECT_EQ(table[j], nearest) << j;
         const auto head = static_cast<double>(nearest);
-        if (relative_low) EXPECT_EQ(relative_low[j], static_cast<T>(power.relative_to(head))) << j;
-        if (absolute_low) EXPECT_EQ(absolute_low[j], static_cast<T>(power.less(head))) << j;
+        if (relative_low) {
+            EXPECT_EQ(relative_low[j], static_cast<T>(power.relative_to(head))) << j;
+        }
+        if (absolute_low) {
+            EXPECT_EQ(absolute_low[j], static_cast<T>(power.less(head))) << j;
+        }
     }
 }
 

@@ -2,7 +2,6 @@
 // limit, vector results where reports are off, flags, exact results.
 #include <gtest/gtest.h>
 
-#include <cfenv>
 #include <cfloat>
 #include <cmath>
 #include <limits>
@@ -158,9 +157,10 @@ void check_flags() {
         x.push_back(L::quiet_NaN());
         std::erase_if(x, [&](T v) { return denormals_rare && std::fpclassify(v) == FP_SUBNORMAL; });
         std::vector<T> y(x.size());
-        std::feclearexcept(FE_ALL_EXCEPT);
+        constexpr unsigned all_flags = 0x3F;  // with that of denormal operands, which <cfenv> doesn't know
+        __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() & ~all_flags);
         reinterpret_cast<Kernel<T>>(r.ttab[slot])(static_cast<int32_t>(x.size()), x.data(), y.data());
-        const unsigned flags = __builtin_ia32_stmxcsr() & 0x3F;
+        const unsigned flags = __builtin_ia32_stmxcsr() & all_flags;
         EXPECT_EQ(flags, 0u);
     });
 }
