@@ -5,8 +5,8 @@
 
 namespace nax::fit {
 
-constexpr double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
-constexpr float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); }
+inline double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
+inline float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); }
 
 // How construction, evaluation and integration read the same knots from a task.
 template <class T>
@@ -18,11 +18,11 @@ struct Subgrid {
     T first, pitch;  // of a uniform sub-grid
     bool uniform_partition, uniform_knots;
 
-    constexpr T point(int64_t i) const {
+    T point(int64_t i) const {
         if (!uniform_partition) return x[i];
         return i == nx - 1 ? x[1] : fused(static_cast<T>(i), step, origin);
     }
-    constexpr T operator[](int64_t k) const {
+    T operator[](int64_t k) const {
         if (k <= 0) return point(0);
         if (k >= nx) return point(nx - 1);
         if (ic == nullptr) return (point(k - 1) + point(k)) / 2;

@@ -30,18 +30,31 @@ using U32 = uint32_t __attribute__((vector_size(kVectorBytes)));
 using U64 = uint64_t __attribute__((vector_size(kVectorBytes)));
 using F32 = float __attribute__((vector_size(kVectorBytes)));
 using F64 = double __attribute__((vector_size(kVectorBytes)));
+using Quad = double __attribute__((vector_size(32)));      // four doubles, whatever the vectors' size
 using HalfU32 = uint32_t __attribute__((vector_size(kVectorBytes / 2)));
 using HalfF32 = float __attribute__((vector_size(kVectorBytes / 2)));
 
+// Vectors go through the intrinsics: as copies of bytes the compiler may move them in pieces of 16.
 template <class V>
 inline V load(const void* from) {
-    V v;
-    std::memcpy(&v, from, sizeof(V));
-    return v;
+#ifdef __AVX512F__
+    if constexpr (sizeof(V) == 64) return reinterpret_cast<V>(_mm512_loadu_si512(from));
+#endif
+    if constexpr (sizeof(V) == 32) {
+        return reinterpret_cast<V>(_mm256_loadu_si256(static_cast<const __m256i*>(from)));
+    } else if constexpr (sizeof(V) < 32) {
+        V v;
+        std::memcpy(&v, from, sizeof(V));
+        return v;
+    }
 }
 template <class V>
 inline void store(void* to, V v) {
-    std::memcpy(to, &v, sizeof(V));
+#ifdef __AVX512F__
+    if constexpr (sizeof(V) == 64) _mm512_storeu_si512(to, reinterpret_cast<__m512i>(v));
+#endif
+    if constexpr (sizeof(V) == 32) _mm256_storeu_si256(static_cast<__m256i*>(to), reinterpret_cast<__m256i>(v));
+    else if constexpr (sizeof(V) < 32) std::memcpy(to, &v, sizeof(V));
 }
 inline U64 broadcast(uint64_t x) { return U64{} + x; }
 inline HalfF32 broadcast_half(float x) { return HalfF32{} + x; }
@@ -63,6 +76,8 @@ inline F64 fma(F64 a, F64 b, F64 c) { return _mm512_fmadd_pd(a, b, c); }
 inline F32 fma(F32 a, F32 b, F32 c) { return _mm512_fmadd_ps(a, b, c); }
 inline HalfF32 fma(HalfF32 a, HalfF32 b, HalfF32 c) { return _mm256_fmadd_ps(a, b, c); }
 inline F64 fnma(F64 a, F64 b, F64 c) { return _mm512_fnmadd_pd(a, b, c); }  // c - a b
+inline Quad fnma(Quad a, Quad b, Quad c) { return _mm256_fnmadd_pd(a, b, c); }
+inline Quad truncate(Quad a) { return _mm256_round_pd(a, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC); }
 inline F64 truncate(F64 a) { return _mm512_maskz_roundscale_pd(kAll8, a, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC); }
 
 // Product of the low 32 bits of each lane.

@@ -40,14 +40,17 @@ struct Linear {
         });
     }
     void build(int64_t j, int64_t functions_here, int64_t first, int64_t count) const {
-        alignas(64) T row[kTileCells + 1], inverse[kTileCells];
+        alignas(64) T rows[kTileFunctions][kTileCells + 1];
+        const T* y[kTileFunctions];
+        collect_rows(functions, j, functions_here, first, count + 1, rows, y);
         if (functions_here == 1) {
-            store_single(functions.row(j, first, count + 1, row), first, count, functions.coefficients(j) + 2 * first);
+            store_single(y[0], first, count, functions.coefficients(j) + 2 * first);
             return;
         }
-        for (int64_t i = 0; i < count; ++i) inverse[i] = intervals.inverse(first + i);
+        alignas(64) T length[kTileCells], inverse[kTileCells];
+        fill_lengths(intervals, first, count, length, inverse);
         for (int64_t k = 0; k < functions_here; ++k)
-            store_cells(functions.row(j + k, first, count + 1, row), inverse, count, functions.coefficients(j + k) + 2 * first);
+            store_cells(y[k], inverse, count, functions.coefficients(j + k) + 2 * first);
     }
     void build_tile(int64_t tile) const {
         const int64_t across = ceil_divide(cells, kTileCells);

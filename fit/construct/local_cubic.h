@@ -92,11 +92,12 @@ struct LocalCubic {
         const int64_t left = smaller(first, kOverlap), right = smaller(cells - first - count, kOverlap);
         const int64_t window = left + count + right;
         fill_lengths(intervals, first - left, window, scratch.length, scratch.inverse);
+        const T* y[kTileFunctions];
+        collect_rows(functions, j, functions_here, first - left, window + 1, scratch.rows, y);
         for (int64_t k = 0; k < functions_here; ++k) {
-            const T* const y = functions.row(j + k, first - left, window + 1, scratch.rows[k]);
-            fill_slopes(intervals, y, scratch.length, window, scratch.slope);
+            fill_slopes(intervals, y[k], scratch.length, scratch.inverse, window, scratch.slope);
             estimate(j + k, first, count, scratch.length + left, scratch.slope + left, scratch.derivative);
-            store_hermite_cells(y + left, scratch.slope + left, scratch.derivative, scratch.inverse + left, count,
+            store_hermite_cells(y[k] + left, scratch.slope + left, scratch.derivative, scratch.inverse + left, count,
                                 functions.coefficients(j + k) + 4 * first);
         }
     }

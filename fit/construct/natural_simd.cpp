@@ -20,6 +20,7 @@ constexpr int64_t kGroup = 4, kChunk = 256;
 template <class T>
 struct SplineMatrix {
     T *sub, *diagonal, *super, *seam;
+    T *length, *inverse;  // of all intervals when several functions share them, else null
     T seam_pivot;
 };
 
@@ -82,20 +83,38 @@ struct Natural {
         return 3 * slope(j, outer) + (right ? bend : -bend);
     }
 
-    // Right-hand sides of points first .. first + count - 1, all of them interior.
-    void fill_rhs(int64_t j, int64_t first, int64_t count, T* rhs) const {
-        alignas(64) T row[kChunk + 2], length[kChunk + 1], inverse[kChunk + 1], slopes[kChunk + 1];
-        const T* const y = functions.row(j, first - 1, count + 2, row);
-        fill_lengths(intervals, first - 1, count + 1, length, inverse);
-        fill_slopes(intervals, y, length, count + 1, slopes);
+    // Lengths of the intervals of one chunk.
+    struct Chunk {
+        const T *length, *inverse;
+        alignas(64) T buffer[2][kChunk + 1];
+
+        Chunk(const Natural& spline, const SplineMatrix<T>& a, int64_t first, int64_t count) {
+            length = buffer[0], inverse = buffer[1];
+            if (a.length == nullptr)
+                fill_lengths(spline.intervals, first, count, buffer[0], buffer[1]);
+            else
+                length = a.length + first, inverse = a.inverse + first;
+        }
+    };
+
+    // Right-hand sides of `count` interior points; y, the chunk and its lengths start one point before the first.
+    void fill_rhs(const T* y, const Chunk& chunk, int64_t count, T* rhs) const {
+        alignas(64) T slopes[kChunk + 1];
+        fill_slopes(intervals, y, chunk.length, chunk.inverse, count + 1, slopes);
         for_lanes<T>(count, [&]<class E>(int64_t i) {
             const E left = load<E>(slopes + i), right = load<E>(slopes + i + 1);
             if constexpr (G == Grid::UniformGrid)
                 store(rhs + i, (E{} + 3) * (left + right));
             else
-                store(rhs + i, (E{} + 3) * fma(load<E>(length + i + 1), left, load<E>(length + i) * right));
+                store(rhs + i, (E{} + 3) * fma(load<E>(chunk.length + i + 1), left, load<E>(chunk.length + i) * right));
         });
     }
+    void store_cells(int64_t j, const T* y, const Chunk& chunk, int64_t first, int64_t count, const T* derivative) const {
+        alignas(64) T slopes[kChunk];
+        fill_slopes(intervals, y, chunk.length, chunk.inverse, count, slopes);
+        store_hermite_cells(y, slopes, derivative, chunk.inverse, count, functions.coefficients(j) + 4 * first);
+    }
+
     // Adds the slope at the seam: its row is the one equation left.
     template <class E>
     void close_seam(const SplineMatrix<T>& a, E* d, E rhs) const {
@@ -105,14 +124,6 @@ struct Natural {
     }
     T seam_rhs(int64_t j) const {
         return 3 * fma(weight(0), slope(j, n - 2), weight(n - 2) * slope(j, 0));
-    }
-
-    void store_cells(int64_t j, int64_t first, int64_t count, const T* derivative) const {
-        alignas(64) T row[kChunk + 1], length[kChunk], inverse[kChunk], slopes[kChunk];
-        const T* const y = functions.row(j, first, count + 1, row);
-        fill_lengths(intervals, first, count, length, inverse);
-        fill_slopes(intervals, y, length, count, slopes);
-        store_hermite_cells(y, slopes, derivative, inverse, count, functions.coefficients(j) + 4 * first);
     }
 
     int32_t factor(SplineMatrix<T>& a) const {
@@ -128,31 +139,32 @@ struct Natural {
     }
 
     void build_one(int64_t j, const SplineMatrix<T>& a, T* rhs) const {
-        fill_row(j, rhs);
+        fill_row(j, a, rhs);
         solve_factored(n, a.sub, a.diagonal, a.super, rhs);
         if constexpr (kPeriodic) close_seam(a, rhs, seam_rhs(j));
-        store_row(j, rhs);
+        store_row(j, a, rhs);
     }
-    void fill_row(int64_t j, T* rhs) const {
+    void fill_row(int64_t j, const SplineMatrix<T>& a, T* rhs) const {
+        alignas(64) T row[kChunk + 2];
         rhs[0] = end_value(j, false);
         rhs[n - 1] = end_value(j, true);
-        for (int64_t i = 1; i < n - 1; i += kChunk) fill_rhs(j, i, smaller(kChunk, n - 1 - i), rhs + i);
+        for (int64_t i = 1; i < n - 1; i += kChunk) {
+            const int64_t points = smaller(kChunk, n - 1 - i);
+            fill_rhs(functions.row(j, i - 1, points + 2, row), Chunk(*this, a, i - 1, points + 1), points, rhs + i);
+        }
     }
-    void store_row(int64_t j, const T* derivative) const {
-        for (int64_t i = 0; i < n - 1; i += kChunk) store_cells(j, i, smaller(kChunk, n - 1 - i), derivative + i);
+    void store_row(int64_t j, const SplineMatrix<T>& a, const T* derivative) const {
+        alignas(64) T row[kChunk + 1];
+        for (int64_t i = 0; i < n - 1; i += kChunk) {
+            const int64_t cells = smaller(kChunk, n - 1 - i);
+            store_cells(j, functions.row(j, i, cells + 1, row), Chunk(*this, a, i, cells), i, cells, derivative + i);
+        }
     }
 
     // Four functions in the lanes of one solve; a last group of two or three repeats its last function.
     void build_group(int64_t j, int64_t count, const SplineMatrix<T>& a, T* storage) const {
         using E = Quad<T>;
         E* const rhs = reinterpret_cast<E*>(storage);
-        alignas(64) T rows[kGroup][kChunk + 1];
-        const auto gather = [&](int64_t first, int64_t points) {
-            for_lanes<T>(points, [&]<class V>(int64_t i) {
-                store_interleaved(storage + kGroup * (first + i), load<V>(rows[0] + i), load<V>(rows[1] + i),
-                                  load<V>(rows[2] + i), load<V>(rows[3] + i));
-            });
-        };
         const auto lane_function = [&](int64_t lane) { return j + smaller(lane, count - 1); };
         E seam{};
         for (int64_t lane = 0; lane < kGroup; ++lane) {
@@ -160,19 +172,32 @@ struct Natural {
             rhs[n - 1][lane] = end_value(lane_function(lane), true);
             if constexpr (kPeriodic) seam[lane] = seam_rhs(lane_function(lane));
         }
+        alignas(64) T rows[kGroup][kChunk + 2], copies[kGroup][kChunk + 2];
+        const T* y[kGroup];
         for (int64_t i = 1; i < n - 1; i += kChunk) {
             const int64_t points = smaller(kChunk, n - 1 - i);
-            for (int64_t lane = 0; lane < kGroup; ++lane) fill_rhs(lane_function(lane), i, points, rows[lane]);
-            gather(i, points);
+            const Chunk chunk(*this, a, i - 1, points + 1);
+            collect_rows(functions, j, count, i - 1, points + 2, copies, y);
+            for (int64_t lane = 0; lane < count; ++lane) fill_rhs(y[lane], chunk, points, rows[lane]);
+            join_rows(rows, points, count, storage + kGroup * i);
         }
         solve_factored(n, a.sub, a.diagonal, a.super, rhs);
         if constexpr (kPeriodic) close_seam(a, rhs, seam);
         for (int64_t i = 0; i < n - 1; i += kChunk) {
             const int64_t cells = smaller(kChunk, n - 1 - i);
-            for (int64_t k = 0; k <= cells; ++k)
-                for (int64_t lane = 0; lane < kGroup; ++lane) rows[lane][k] = storage[kGroup * (i + k) + lane];
-            for (int64_t lane = 0; lane < count; ++lane) store_cells(j + lane, i, cells, rows[lane]);
+            const Chunk chunk(*this, a, i, cells);
+            collect_rows(functions, j, count, i, cells + 1, copies, y);
+            split_rows(storage + kGroup * i, kGroup, cells + 1, rows);
+            for (int64_t lane = 0; lane < count; ++lane) store_cells(j + lane, y[lane], chunk, i, cells, rows[lane]);
         }
+    }
+    // to[i * 4 + lane] = rows[lane][i].
+    static void join_rows(const T (*rows)[kChunk + 2], int64_t points, int64_t count, T* to) {
+        const T* const last = rows[count - 1];
+        const T *const a = rows[0], *const b = rows[1], *const c = count > 2 ? rows[2] : last, *const d = last;
+        for_lanes<T>(points, [&]<class V>(int64_t i) {
+            store_interleaved(to + kGroup * i, load<V>(a + i), load<V>(b + i), load<V>(c + i), load<V>(d + i));
+        });
     }
 
     void build(int64_t group, const SplineMatrix<T>& a, T* rhs) const {
@@ -186,10 +211,10 @@ struct Natural {
     // One function: its right-hand side rides along with the elimination.
     int32_t run_single(SplineMatrix<T>& a, T* rhs) const {
         fill_matrix(a);
-        fill_row(0, rhs);
+        fill_row(0, a, rhs);
         if (eliminate<T, true>(n, a.sub, a.diagonal, a.super, rhs) != 0) return DfStatusSolverFailure;
         backward(n, a.sub, a.diagonal, a.super, rhs);
-        store_row(0, rhs);
+        store_row(0, a, rhs);
         return DfStatusOk;
     }
 
@@ -198,7 +223,7 @@ struct Natural {
         for (int64_t j = 0; j < function_count(task); ++j) {
             const T h0 = weight(0), h1 = weight(1), m0 = slope(j, 0), m1 = slope(j, 1), bend = (m1 - m0) / (h0 + h1);
             const T derivative[] = {m0 - h0 * bend, (h0 * m1 + h1 * m0) / (h0 + h1), m1 + h1 * bend};
-            store_cells(j, 0, 2, derivative);
+            store_row(j, SplineMatrix<T>{}, derivative);
         }
     }
 
@@ -216,12 +241,17 @@ struct Natural {
             return DfStatusOk;
         }
         const int64_t groups = ceil_divide(function_count(task), kGroup), threads = thread_count(groups, threaders);
-        const int64_t per_thread = function_count(task) == 1 ? n : kGroup * n;
-        service::Block<T> scratch(static_cast<size_t>(4 * padded(n) + threads * padded(per_thread)));
+        const bool shared = function_count(task) > 1;
+        const int64_t per_thread = shared ? kGroup * n : n, arrays = shared ? 6 : 4;
+        service::Block<T> scratch(static_cast<size_t>(arrays * padded(n) + threads * padded(per_thread)));
         if (!scratch) return DfStatusMemory;
-        T* const base = scratch.get();
-        SplineMatrix<T> matrix{base, base + padded(n), base + 2 * padded(n), base + 3 * padded(n), T(0)};
-        T* const rhs = base + 4 * padded(n);
+        const auto array = [&](int64_t k) { return scratch.get() + k * padded(n); };
+        SplineMatrix<T> matrix{array(0), array(1), array(2), array(3), nullptr, nullptr, T(0)};
+        T* const rhs = array(arrays);
+        if (shared) {
+            matrix.length = array(4), matrix.inverse = array(5);
+            fill_lengths(intervals, 0, n - 1, matrix.length, matrix.inverse);
+        }
         if (function_count(task) == 1 && !kPeriodic) return run_single(matrix, rhs);
         const int32_t status = factor(matrix);
         if (status != DfStatusOk) return status;

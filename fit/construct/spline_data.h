@@ -71,6 +71,8 @@ struct Functions {
         if constexpr (L == Layout::YCols) return static_cast<const T*>(task.y[0])[i * function_count(task) + j];
         return static_cast<const T*>(task.y[j])[i];
     }
+    // Where point i of function j stands among columns.
+    const T* column(int64_t j, int64_t i) const { return static_cast<const T*>(task.y[0]) + i * function_count(task) + j; }
     // Points first .. first + count - 1 of a function as a row: its own memory, or a copy in `buffer`.
     const T* row(int64_t j, int64_t first, int64_t count, T* buffer) const {
         if constexpr (L == Layout::YRows) return static_cast<const T*>(task.y[j]) + first;

@@ -24,6 +24,8 @@ struct WholeArraySearch {
     using Routine = int32_t (*)(const SearchRequest<T>&);
     static const Routine _SearchDispatch[kSearchAlgorithms];
 };
+extern template struct WholeArraySearch<double>;
+extern template struct WholeArraySearch<float>;
 
 // Searches sites first .. first + count - 1 of the request on the calling thread.
 template <class T>

@@ -6,6 +6,11 @@
 // of them computes an element.
 #pragma once
 
+// GCC 12 takes the ignored operand of its own unmasked AVX-512 intrinsics for an uninitialised variable.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#endif
 #include <immintrin.h>
 
 #include <cstdint>

@@ -145,8 +145,14 @@ int generate_words(Stream* stream, int n, typename Mcg::Word* r) {
     }
     Lanes lanes = load_lanes(powers->first);
     for (U64& part : lanes.part) part = multiply_lanes(Mcg{}, part, broadcast(uint64_t{state.x}));
+    // In short calls the state moves on by itself, so that the next call need not wait for the lanes.
+    uint64_t next = 0;
+    if (n < 32) {
+        const uint64_t whole = n < 8 ? 1 : powers->steps[n / 8 - 1];
+        next = Mcg::reduce(Mcg::multiply(state.x, Mcg::multiply(whole, powers->first[n & 7])));
+    }
     generate<Mcg>(lanes, powers->steps, n, WordOutput<Mcg>{}, r);
-    state.x = static_cast<typename Mcg::Word>(lanes.part[0][0]);
+    state.x = static_cast<typename Mcg::Word>(n < 32 ? next : lanes.part[0][0]);
     return STO_STATUS_OK;
 }
 

@@ -13,166 +13,175 @@ using namespace nax::rng;
 namespace {
 
 constexpr int kBlock = 16;
+constexpr int kSequential = 5;      // up to here single steps are faster than a block
 
-double step(double x, double a, double m, double reciprocal) {
-    const double product = a * x;
-    return __builtin_fma(-m, __builtin_trunc(product * reciprocal), product);
-}
-
-F64 step(F64 x, F64 a, F64 m, F64 reciprocal) {
-    const F64 product = a * x;
+// One step of four components (Quad), or of one component in all lanes (F64).
+template <class V>
+V step(V x, V a, V m, V reciprocal) {
+    const V product = a * x;
     return fnma(m, truncate(product * reciprocal), product);
 }
 
-// One call: the state in doubles, with the row's constants.
-struct Components {
-    double x[kWhComponents], a[kWhComponents];
-    const uint32_t* moduli;
-    const double* reciprocals;
+Quad from_words(const uint32_t* words) {
+    // All below 2^31.
+    return _mm256_cvtepi32_pd(load<__m128i_u>(words));
+}
+void put_words(uint32_t* to, Quad x) { _mm_storeu_si128(reinterpret_cast<__m128i_u*>(to), _mm256_cvttpd_epi32(x)); }
 
-    explicit Components(const Stream* stream) {
-        const WhState& state = payload<WhState>(stream);
+// One call: the state in doubles, with the row's constants.
+struct Row {
+    Quad a, m, reciprocal;
+
+    explicit Row(const Stream* stream) {
         const int row = substream_of(stream);
-        moduli = _sto_WH_M[row];
-        reciprocals = _stodWH_IM_Tab[row];
-        for (int j = 0; j < kWhComponents; ++j) {
-            x[j] = static_cast<double>(state.x[j]);
-            a[j] = static_cast<double>(state.a[j]);
+        a = from_words(payload<WhState>(stream).a);
+        m = from_words(_sto_WH_M[row]);
+        reciprocal = load<Quad>(_stodWH_IM_Tab[row]);
+    }
+};
+
+// The sum of fractions modulo 1, in the order of the components.
+double fraction(Quad x, Quad reciprocal) {
+    const Quad term = x * reciprocal;
+    const double sum = term[0] + term[1] + term[2] + term[3];
+    return sum - __builtin_trunc(sum);
+}
+
+// Sixteen consecutive outputs, and a^16.
+struct Block {
+    Quad x[kBlock];
+    Quad stride;
+
+    Block(Quad first, const Row& row) {
+        x[0] = first;
+        stride = row.a;
+        for (int have = 1; have < kBlock; have *= 2) {
+            for (int i = 0; i < have; ++i) x[have + i] = step(x[i], stride, row.m, row.reciprocal);
+            stride = step(stride, stride, row.m, row.reciprocal);
         }
     }
-    double modulus(int j) const { return static_cast<double>(moduli[j]); }
-    void advance() {
-        for (int j = 0; j < kWhComponents; ++j) x[j] = step(x[j], a[j], modulus(j), reciprocals[j]);
-    }
-    // The sum of fractions modulo 1.
-    double fraction() const {
-        double sum = x[0] * reciprocals[0];
-        for (int j = 1; j < kWhComponents; ++j) sum += x[j] * reciprocals[j];
-        return sum - __builtin_trunc(sum);
-    }
-    void keep(Stream* stream) const {
-        WhState& state = payload<WhState>(stream);
-        for (int j = 0; j < kWhComponents; ++j) state.x[j] = static_cast<uint32_t>(x[j]);
-    }
 };
 
-// Sixteen consecutive values of component j, and a^16.
-double first_block(const Components& components, int j, double* values) {
-    const double m = components.modulus(j), reciprocal = components.reciprocals[j];
-    double power = components.a[j];
-    values[0] = components.x[j];
-    for (int have = 1; have < kBlock; have *= 2) {
-        for (int i = 0; i < have; ++i) values[have + i] = step(values[i], power, m, reciprocal);
-        power = step(power, power, m, reciprocal);
-    }
-    return power;
-}
-
-// Component by component, lanes along the sequence.
-struct BlockByComponent {
+// The same component by component, lanes along the sequence.
+struct Lanes {
     static constexpr int kParts = kBlock / kLanes64;
     alignas(64) double x[kWhComponents][kBlock];
-    double stride[kWhComponents];
+    F64 stride[kWhComponents], m[kWhComponents], reciprocal[kWhComponents];
+
+    Lanes(const Block& block, const Row& row) {
+        for (int j = 0; j < kWhComponents; ++j) {
+            stride[j] = broadcast(block.stride[j]);
+            m[j] = broadcast(row.m[j]);
+            reciprocal[j] = broadcast(row.reciprocal[j]);
+        }
+        for (int i = 0; i < kBlock; i += 4) transpose(block.x + i, i);
+    }
+    void transpose(const Quad* from, int column) {
+        const Quad low02 = __builtin_shufflevector(from[0], from[1], 0, 4, 2, 6), low13 = __builtin_shufflevector(from[0], from[1], 1, 5, 3, 7);
+        const Quad high02 = __builtin_shufflevector(from[2], from[3], 0, 4, 2, 6), high13 = __builtin_shufflevector(from[2], from[3], 1, 5, 3, 7);
+        store(x[0] + column, __builtin_shufflevector(low02, high02, 0, 1, 4, 5));
+        store(x[1] + column, __builtin_shufflevector(low13, high13, 0, 1, 4, 5));
+        store(x[2] + column, __builtin_shufflevector(low02, high02, 2, 3, 6, 7));
+        store(x[3] + column, __builtin_shufflevector(low13, high13, 2, 3, 6, 7));
+    }
+    Quad output(int i) const { return Quad{x[0][i], x[1][i], x[2][i], x[3][i]}; }
+};
+
+// a + (b - a) u, computed in double.
+template <class T>
+struct Interval {
+    double origin, width;
+    Interval(T a, T b) : origin(static_cast<double>(a)), width(static_cast<double>(b) - origin) {}
+    T operator()(double u) const { return static_cast<T>(__builtin_fma(width, u, origin)); }
+    void store_lanes(T* r, F64 sum) const {
+        const F64 value = fma(broadcast(width), sum - truncate(sum), broadcast(origin));
+        if constexpr (sizeof(T) == sizeof(float)) store(r, narrow(value));
+        else store(r, value);
+    }
 };
 
 template <class T>
-void put_fractions(T* r, F64 sum, T a, T b) {
-    const F64 u = sum - truncate(sum);
-    const double width = static_cast<double>(b) - static_cast<double>(a);
-    const F64 value = fma(broadcast(width), u, broadcast(static_cast<double>(a)));
-    if constexpr (sizeof(T) == sizeof(float)) store(r, narrow(value));
-    else store(r, value);
+void put_block(const Lanes& lanes, const Interval<T>& interval, T* r) {
+    for (int part = 0; part < Lanes::kParts; ++part) {
+        F64 sum = load<F64>(lanes.x[0] + part * kLanes64) * lanes.reciprocal[0];
+        for (int j = 1; j < kWhComponents; ++j) sum += load<F64>(lanes.x[j] + part * kLanes64) * lanes.reciprocal[j];
+        interval.store_lanes(r + part * kLanes64, sum);
+    }
 }
 
+// `blocks` times sixteen outputs, two vectors of each component at a time to hide the steps' latency; the lanes move on.
 template <class T>
-void generate_blocks(BlockByComponent& block, const Components& components, int blocks, T* r, T a, T b) {
-    constexpr int kParts = BlockByComponent::kParts;
-    for (int part = 0; part < kParts; ++part) {
-        F64 x[kWhComponents], m[kWhComponents], reciprocal[kWhComponents], stride[kWhComponents];
-        for (int j = 0; j < kWhComponents; ++j) {
-            x[j] = load<F64>(block.x[j] + part * kLanes64);
-            m[j] = broadcast(components.modulus(j));
-            reciprocal[j] = broadcast(components.reciprocals[j]);
-            stride[j] = broadcast(block.stride[j]);
+void generate_blocks(Lanes& lanes, int blocks, const Interval<T>& interval, T* r) {
+    constexpr int kTogether = 2;
+    for (int part = 0; part < Lanes::kParts; part += kTogether) {
+        F64 x[kTogether][kWhComponents];
+        for (int p = 0; p < kTogether; ++p) {
+            for (int j = 0; j < kWhComponents; ++j) x[p][j] = load<F64>(lanes.x[j] + (part + p) * kLanes64);
         }
         T* to = r + part * kLanes64;
         for (int i = 0; i < blocks; ++i, to += kBlock) {
-            F64 sum = x[0] * reciprocal[0];
-            for (int j = 1; j < kWhComponents; ++j) sum += x[j] * reciprocal[j];
-            put_fractions(to, sum, a, b);
-            for (int j = 0; j < kWhComponents; ++j) x[j] = step(x[j], stride[j], m[j], reciprocal[j]);
+            for (int p = 0; p < kTogether; ++p) {
+                F64 sum = x[p][0] * lanes.reciprocal[0];
+                for (int j = 1; j < kWhComponents; ++j) sum += x[p][j] * lanes.reciprocal[j];
+                interval.store_lanes(to + p * kLanes64, sum);
+                for (int j = 0; j < kWhComponents; ++j) x[p][j] = step(x[p][j], lanes.stride[j], lanes.m[j], lanes.reciprocal[j]);
+            }
         }
-        for (int j = 0; j < kWhComponents; ++j) store(block.x[j] + part * kLanes64, x[j]);
+        for (int p = 0; p < kTogether; ++p) {
+            for (int j = 0; j < kWhComponents; ++j) store(lanes.x[j] + (part + p) * kLanes64, x[p][j]);
+        }
     }
 }
 
 template <class T>
 int generate_real(Stream* stream, int n, T* r, T a, T b) {
-    if (n <= 0) return STO_STATUS_OK;
-    Components components(stream);
-    const int blocks = n / kBlock;
-    if (blocks > 0) {
-        BlockByComponent block;
-        for (int j = 0; j < kWhComponents; ++j) block.stride[j] = first_block(components, j, block.x[j]);
-        generate_blocks(block, components, blocks, r, a, b);
-        for (int j = 0; j < kWhComponents; ++j) components.x[j] = block.x[j][0];
+    const Row row(stream);
+    const Interval<T> interval(a, b);
+    uint32_t* const state = payload<WhState>(stream).x;
+    Quad x = from_words(state);
+    if (n <= kSequential) {
+        for (int i = 0; i < n; ++i, x = step(x, row.a, row.m, row.reciprocal)) r[i] = interval(fraction(x, row.reciprocal));
+    } else {
+        Lanes lanes(Block(x, row), row);
+        const int tail = n % kBlock;
+        generate_blocks(lanes, n / kBlock, interval, r);
+        if (tail > 0) {
+            T last[kBlock];
+            put_block(lanes, interval, last);
+            std::memcpy(r + n - tail, last, static_cast<unsigned>(tail) * sizeof(T));
+        }
+        x = lanes.output(tail);
     }
-    const double width = static_cast<double>(b) - static_cast<double>(a);
-    for (int i = blocks * kBlock; i < n; ++i) {
-        r[i] = static_cast<T>(__builtin_fma(width, components.fraction(), static_cast<double>(a)));
-        components.advance();
-    }
-    components.keep(stream);
+    put_words(state, x);
     return STO_STATUS_OK;
 }
 
 // For words the four components of an output stand side by side, as they are written.
-struct BlockByOutput {
-    alignas(64) double x[kBlock * kWhComponents];
-    alignas(64) double stride[kLanes64], m[kLanes64], reciprocal[kLanes64];
-
-    explicit BlockByOutput(const Components& components) {
-        for (int j = 0; j < kWhComponents; ++j) {
-            double values[kBlock];
-            const double power = first_block(components, j, values);
-            for (int i = 0; i < kBlock; ++i) x[i * kWhComponents + j] = values[i];
-            for (int lane = j; lane < kLanes64; lane += kWhComponents) {
-                stride[lane] = power;
-                m[lane] = components.modulus(j);
-                reciprocal[lane] = components.reciprocals[j];
-            }
-        }
-    }
-};
-
-void generate_word_blocks(BlockByOutput& block, int blocks, uint32_t* r) {
-    constexpr int kVectors = kBlock * kWhComponents / kLanes64;
-    const F64 stride = load<F64>(block.stride), m = load<F64>(block.m), reciprocal = load<F64>(block.reciprocal);
+void generate_word_blocks(Block& block, const Row& row, int blocks, uint32_t* r) {
     for (int i = 0; i < blocks; ++i) {
-        for (int v = 0; v < kVectors; ++v, r += kLanes64) {
-            double* const at = block.x + v * kLanes64;
-            const F64 x = load<F64>(at);
-            store(r, to_words(x));
-            store(at, step(x, stride, m, reciprocal));
+        for (Quad& x : block.x) {
+            put_words(r, x);
+            r += kWhComponents;
+            x = step(x, block.stride, row.m, row.reciprocal);
         }
     }
 }
 
 int generate_words(Stream* stream, int n, uint32_t* r) {
-    if (n <= 0) return STO_STATUS_OK;
-    Components components(stream);
-    const int blocks = n / kBlock;
-    if (blocks > 0) {
-        BlockByOutput block(components);
-        generate_word_blocks(block, blocks, r);
-        for (int j = 0; j < kWhComponents; ++j) components.x[j] = block.x[j];
+    const Row row(stream);
+    uint32_t* const state = payload<WhState>(stream).x;
+    Quad x = from_words(state);
+    if (n <= kSequential) {
+        for (int i = 0; i < n; ++i, r += kWhComponents, x = step(x, row.a, row.m, row.reciprocal)) put_words(r, x);
+    } else {
+        Block block(x, row);
+        const int blocks = n / kBlock, tail = n % kBlock;
+        generate_word_blocks(block, row, blocks, r);
+        r += static_cast<long>(blocks) * kBlock * kWhComponents;
+        for (int i = 0; i < tail; ++i, r += kWhComponents) put_words(r, block.x[i]);
+        x = block.x[tail];
     }
-    r += static_cast<long>(blocks) * kBlock * kWhComponents;
-    for (int i = blocks * kBlock; i < n; ++i, r += kWhComponents) {
-        for (int j = 0; j < kWhComponents; ++j) r[j] = static_cast<uint32_t>(components.x[j]);
-        components.advance();
-    }
-    components.keep(stream);
+    put_words(state, x);
     return STO_STATUS_OK;
 }
 

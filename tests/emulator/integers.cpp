@@ -63,7 +63,7 @@ struct PopulationCount { template <class T> T operator()(T a) const { return sta
 template <class T>
 void conflict(State& s, const Op& o) {
     Zmm buffer, r{};
-    const Zmm& a = source<T>(s, o, buffer);
+    const Zmm& a = whole_source<T>(s, o, buffer);
     for (unsigned i = 0; i < o.vl / sizeof(T); ++i) {
         for (unsigned j = 0; j < i; ++j) if (lanes<T>(a)[i] == lanes<T>(a)[j]) lanes<T>(r)[i] |= T{1} << j;
     }

@@ -99,7 +99,10 @@ void store_quad(State& s, const Op& o) {
 template <class T, unsigned Odd>
 void duplicate(State& s, const Op& o) {
     Zmm buffer, r;
-    const Zmm& a = sizeof(T) == 8 && o.vl == 16 ? source<T>(s, o, buffer, 8, active<T>(s, o) & 1) : source<T>(s, o, buffer);
+    const Zmm* from = &buffer;
+    if (sizeof(T) == 8 && o.vl == 16 && o.mem) load_bytes(buffer, pointer(s, o), 8);
+    else from = &whole_source<T>(s, o, buffer);
+    const Zmm& a = *from;
     for (unsigned i = 0; i < kLanes<T>; ++i) lanes<T>(r)[i] = lanes<T>(a)[(i & ~1u) + Odd];
     write<T>(s, o, r);
 }

@@ -1,0 +1,115 @@
+// The entries of integration: checks and the plan of a call.
+#include "fit/integrate/integral.h"
+#include "nax/fitting_integration.h"
+
+namespace nax::fit {
+namespace {
+
+constexpr bool is_integrable_cubic(int64_t type) {
+    return type == kDefaultType || (type >= kNatural && type <= kAkima) || type == kHyman;
+}
+// A look-up has no integral.
+constexpr int32_t integral_evaluator(int64_t order, int64_t type, bool all_callbacks) {
+    if (order == 2) return kIntegrateLinear;
+    if (order == 3 && type == kDefaultType) return kIntegrateQuadratic;
+    if (order == 3 && type == kSubbotin) return kIntegrateSubbotin;
+    if (order == 4 && is_integrable_cubic(type)) return kIntegrateCubic;
+    if (order > 4) return kIntegrateArbitrary;
+    if (order == 0 && type == kStepLeft) return kIntegrateStepLeft;
+    if (order == 0 && type == kStepRight) return kIntegrateStepRight;
+    if (order == 0 && type != kLookUp && all_callbacks) return kIntegrateArbitrary;
+    return DfStatusBadType;
+}
+
+int32_t check_data(const Task& task, int32_t evaluator) {
+    if (task.x == nullptr) return DfStatusBadX;
+    if (reads_functions(evaluator)) {
+        if (task.y == nullptr) return DfStatusBadY;
+        const int64_t pointers = has_columns(task) ? 1 : task.ny;
+        for (int64_t j = 0; j < pointers; ++j)
+            if (task.y[j] == nullptr) return DfStatusBadY;
+    } else if (task.s_order > 0) {
+        if (task.scoeff == nullptr) return DfStatusBadCoeff;
+        for (int64_t j = 0; j < task.ny; ++j)
+            if (task.scoeff[j] == nullptr) return DfStatusBadCoeff;
+    }
+    return DfStatusOk;
+}
+
+// One side of a call as its arguments give it.
+template <class T>
+struct Side {
+    const T* values;
+    int64_t hint;
+    const T* data_hint;
+};
+template <class T>
+Limits<T> plan_side(const Task& task, const Side<T>& side, int64_t nlim, int32_t algorithm, SearchCallback<T> search,
+                    void* parameters) {
+    const bool uniform = side.hint == kUniformSites;
+    return {side.values, uniform ? site_step(side.values, nlim) : T(0), uniform,
+            plan_block_search(task, algorithm, side.data_hint, search, parameters)};
+}
+
+template <class T>
+int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, const Side<T>& right, T* r, int64_t rhint,
+                        Integration<T>& call, SearchCallback<T> search, void* search_parameters, const Threaders* threaders) {
+    if (task == nullptr) return DfStatusNullTask;
+    const bool all_callbacks = call.callbacks[0] != nullptr && call.callbacks[1] != nullptr && call.callbacks[2] != nullptr;
+    const int32_t evaluator = integral_evaluator(task->s_order, task->s_type, all_callbacks);
+    if (evaluator < 0) return evaluator;
+    const int32_t left_search = choose_search(*task, left.hint, left.data_hint, search != nullptr);
+    if (left_search < 0) return left_search;
+    const int32_t right_search = choose_search(*task, right.hint, right.data_hint, search != nullptr);
+    if (right_search < 0) return right_search;
+    const bool by_function = rhint == kRows || rhint == kFirstOnly;
+    if (!by_function && rhint != kColumns && rhint != kDefaultStorage) return DfStatusBadIntegralHint;
+    const int32_t status = check_data(*task, evaluator);
+    if (status != DfStatusOk) return status;
+    if (nlim <= 0 || task->ny <= 0) return DfStatusOk;
+    if (left.values == nullptr || right.values == nullptr) return DfStatusBadSite;
+    if (r == nullptr) return DfStatusNullOutput;
+
+    call.task = task;
+    call.evaluator = evaluator;
+    call.nlim = nlim;
+    call.ny = task->ny;
+    call.left = plan_side(*task, left, nlim, left_search, search, search_parameters);
+    call.right = plan_side(*task, right, nlim, right_search, search, search_parameters);
+    call.r = r;
+    call.limit_stride = by_function ? 1 : task->ny;
+    call.function_stride = by_function ? nlim : 1;
+    return _Integr1DKernel(call, threaders);
+}
+
+}  // namespace
+}  // namespace nax::fit
+
+int32_t nax_df_kernel_dDFIntegrate1D(const nax_df_task* task, int64_t, int64_t nlim, const double* llim, int64_t llimhint,
+                                     const double* rlim, int64_t rlimhint, const double* left_hint,
+                                     const double* right_hint, double* r, int64_t rhint, nax_df_integration_callback_d left,
+                                     void* left_parameters, nax_df_integration_callback_d right, void* right_parameters,
+                                     nax_df_integration_callback_d interior, void* interior_parameters,
+                                     nax_df_search_callback_d search, void* search_parameters,
+                                     const nax_threaders* threaders) {
+    nax::fit::Integration<double> call{};
+    call.callbacks[nax::fit::kLeftPart] = left, call.parameters[nax::fit::kLeftPart] = left_parameters;
+    call.callbacks[nax::fit::kRightPart] = right, call.parameters[nax::fit::kRightPart] = right_parameters;
+    call.callbacks[nax::fit::kInteriorPart] = interior, call.parameters[nax::fit::kInteriorPart] = interior_parameters;
+    return nax::fit::integrate_entry<double>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, rhint,
+                                             call, search, search_parameters, threaders);
+}
+int32_t nax_df_kernel_sDFIntegrate1D(const nax_df_task* task, int64_t, int64_t nlim, const float* llim, int64_t llimhint,
+                                     const float* rlim, int64_t rlimhint, const float* left_hint, const float* right_hint,
+                                     float* r, int64_t rhint, nax_df_integration_callback_s left, void* left_parameters,
+                                     nax_df_integration_callback_s right, void* right_parameters,
+                                     nax_df_integration_callback_s interior, void* interior_parameters,
+                                     nax_df_search_callback_s search, void* search_parameters,
+                                     const nax_threaders* threaders) {
+    nax::fit::Integration<float> call{};
+    call.callbacks[nax::fit::kLeftPart] = left, call.parameters[nax::fit::kLeftPart] = left_parameters;
+    call.callbacks[nax::fit::kRightPart] = right, call.parameters[nax::fit::kRightPart] = right_parameters;
+    call.callbacks[nax::fit::kInteriorPart] = interior, call.parameters[nax::fit::kInteriorPart] = interior_parameters;
+    return nax::fit::integrate_entry<float>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, rhint,
+                                            call, search, search_parameters, threaders);
+}

@@ -1,0 +1,16 @@
+/* All services of the library. Each header also stands alone. */
+#ifndef NAX_NAX_H
+#define NAX_NAX_H
+
+#include "nax/error.h"
+#include "nax/fitting.h"
+#include "nax/fitting_construction.h"
+#include "nax/mode.h"
+#include "nax/primitives.h"
+#include "nax/processor.h"
+#include "nax/service.h"
+#include "nax/streams.h"
+#include "nax/threaders.h"
+#include "nax/tridiagonal.h"
+
+#endif

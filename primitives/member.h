@@ -1,0 +1,29 @@
+// What all public members of the primitives begin with.
+#pragma once
+
+#include <cstdint>
+
+#include "nax/primitives.h"
+
+namespace nax::primitives {
+
+// The rows of a member by type: MEMBER(suffix, C type, elements in a pair).
+#define NAX_PRIMITIVE_TYPES(MEMBER) \
+    MEMBER(8u, uint8_t, 1)          \
+    MEMBER(16s, int16_t, 1)         \
+    MEMBER(16sc, int16_t, 2)        \
+    MEMBER(32s, int32_t, 1)         \
+    MEMBER(32sc, int32_t, 2)        \
+    MEMBER(32f, float, 1)           \
+    MEMBER(32fc, float, 2)          \
+    MEMBER(64s, int64_t, 1)         \
+    MEMBER(64sc, int64_t, 2)        \
+    MEMBER(64f, double, 1)          \
+    MEMBER(64fc, double, 2)
+
+inline int check_array(const void* array, int32_t length) {
+    if (array == nullptr) return NAX_PRIMITIVES_NULL;
+    return length < 1 ? NAX_PRIMITIVES_SIZE : 0;
+}
+
+}  // namespace nax::primitives

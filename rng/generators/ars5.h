@@ -1,0 +1,31 @@
+// ARS5: state and block function.
+#pragma once
+
+#include "rng/generators/counter128.h"
+#include "rng/stream.h"
+
+namespace nax::rng {
+
+struct Ars5State {
+    uint32_t key[4];
+    uint32_t counter[4];  // least significant word first; one past the block below
+    uint32_t left;        // unread words of the last block
+    uint32_t block[4];
+    uint32_t unused;
+};
+static_assert(kStreamStateSize<Ars5State> == 72 && offsetof(Ars5State, counter) == 16 && offsetof(Ars5State, left) == 32 &&
+              offsetof(Ars5State, block) == 36);
+
+inline constexpr int kArs5Rounds = 5;
+inline constexpr uint64_t kArs5KeyStepLow = 0x9E3779B97F4A7C15u;
+inline constexpr uint64_t kArs5KeyStepHigh = 0xBB67AE8584CAA73Bu;
+
+// The output block of state.counter.
+void ars5_block(const Ars5State& state, uint32_t (&out)[4]);
+
+// The next n numbers, n at least 1.
+void ars5_draw(Ars5State& state, int n, uint32_t* r);
+void ars5_draw(Ars5State& state, int n, double* r, double a, double b);
+void ars5_draw(Ars5State& state, int n, float* r, float a, float b);
+
+}  // namespace nax::rng
