@@ -3,7 +3,6 @@
 namespace nax::emulator_check {
 namespace {
 
-inline __m256d pd4(const Vector& v) { return _mm256_load_pd(reinterpret_cast<const double*>(v.bytes)); }
 inline __m256 ps8(const Vector& v) { return _mm256_load_ps(reinterpret_cast<const float*>(v.bytes)); }
 inline __m256i si4(const Vector& v) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(v.bytes)); }
 inline __m128i si2(const Vector& v) { return _mm_load_si128(reinterpret_cast<const __m128i*>(v.bytes)); }

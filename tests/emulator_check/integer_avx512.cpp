@@ -27,6 +27,7 @@ constexpr Instruction integers[] = {
     BINARY(max_epu8, si, __mmask64), BINARY(max_epu16, si, __mmask32), BINARY(max_epu32, si, __mmask16), BINARY(max_epu64, si, __mmask8),
     UNARY(abs_epi8, si, __mmask64), UNARY(abs_epi16, si, __mmask32), UNARY(abs_epi32, si, __mmask16), UNARY(abs_epi64, si, __mmask8),
     UNARY(lzcnt_epi32, si, __mmask16), UNARY(lzcnt_epi64, si, __mmask8), UNARY(conflict_epi32, si, __mmask16), UNARY(conflict_epi64, si, __mmask8),
+    FORMS("dbsad_epu8 0x6c", dbsad_epu8, si, __mmask32, si(io.a), si(io.b), 0x6C),
     LOGIC(and_epi32, __mmask16, and_si512), LOGIC(and_epi64, __mmask8, and_si512), LOGIC(or_epi32, __mmask16, or_si512),
     LOGIC(xor_epi64, __mmask8, xor_si512), LOGIC(andnot_epi32, __mmask16, andnot_si512), LOGIC(andnot_epi64, __mmask8, andnot_si512),
     SHIFT("slli_epi16 5", slli_epi16, __mmask32, 5), SHIFT("slli_epi32 31", slli_epi32, __mmask16, 31), SHIFT("slli_epi64 33", slli_epi64, __mmask8, 33),

@@ -100,6 +100,23 @@ TEST(EmulatorInteger, Logic) {
     lanes_agree<U64>("andnot_epi64", [](U64 a, U64 b, U64) { return ~a & b; });
 }
 
+// Per 128-bit lane: the second source's dwords are shuffled, then two quadruplets slide over each of the first's.
+TEST(EmulatorInteger, SumsOfShuffledDifferences) {
+    const Definition d{"dbsad_epu8 0x6c", 2, [](const Io& io, std::uint64_t active, Vector& r) {
+        constexpr unsigned first_of[] = {0, 0, 4, 4, 8, 8, 12, 12}, second_of[] = {0, 1, 2, 3, 8, 9, 10, 11}, shuffle[] = {0, 3, 2, 1};
+        for (unsigned i = 0; i < 32; ++i) {
+            if (!(active >> i & 1)) continue;
+            int sum = 0;
+            for (unsigned j = 0; j < 4; ++j) {
+                const unsigned at = second_of[i % 8] + j;
+                sum += std::abs(io.a.bytes[i / 8 * 16 + first_of[i % 8] + j] - io.b.bytes[i / 8 * 16 + shuffle[at / 4] * 4 + at % 4]);
+            }
+            r.set<std::uint16_t>(i, static_cast<std::uint16_t>(sum));
+        }
+    }};
+    check<std::uint16_t>(integer_instructions(), d, kDefault);
+}
+
 // The merging form keeps the first operand, which is the destination.
 template <class T, class F>
 void check_ternary(const std::string& name, F f) {
