@@ -172,6 +172,26 @@ TEST_F(Arith, ModfSplitsIntoWholeAndFraction) {
     }
 }
 
+// With reports off the scalar path is never asked: the vector code alone ignores a NaN and keeps a dividend below Inf.
+TEST_F(Arith, NanAndInfinityAreSettledWithReportsOff) {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
+    const double a[4] = {nan, -5, -5, inf}, b[4] = {-5, nan, inf, -5};
+    const struct {
+        const char* name;
+        double r[4];
+    } cases[] = {{"dFmax", {-5, -5, inf, inf}}, {"dFmin", {-5, -5, -5, -5}},  {"dMaxMag", {-5, -5, inf, inf}},
+                 {"dMinMag", {-5, -5, -5, -5}}, {"dFmod", {nan, nan, -5, nan}}, {"dRemainder", {nan, nan, -5, nan}},
+                 {"dFdim", {nan, nan, 0, inf}}};
+    _arqSetMode(ARQ_ERRMODE_NOERR);
+    for (const auto& expected : cases) {
+        double r[4];
+        Arguments arguments{4, {a, b}, {r, nullptr}, {1, 1}, {1, 1}, {}, {}};
+        const Record* const record = find_record(expected.name);
+        call(*record, record->stubs[0], arguments);
+        for (int i = 0; i < 4; ++i) EXPECT_TRUE(same_or_nan(r[i], expected.r[i], a[i], b[i])) << expected.name;
+    }
+}
+
 // Vector code raises no exception flag; only the scalar path of rare elements does.
 TEST_F(Arith, VectorCodeRaisesNoFlag) {
     std::vector<double> a, b, r(64);
