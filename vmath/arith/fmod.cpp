@@ -3,7 +3,7 @@
 // With q = a/b rounded to nearest and below 2^p (p bits of mantissa), t = q without its fraction is n or n + 1, so
 // a - t b in one fused step is exact: a multiple of the last place of the smaller number and not above |b|. Where it
 // comes out negative, |b| is added back. Larger quotients are brought down first (quotient.h).
-// Rare: b zero, Inf or NaN, a Inf or NaN, and quotients that overflow.
+// Rare: b zero or NaN, a Inf or NaN, and quotients that overflow.
 #include "vmath/arith/arith_rare.h"
 #include "vmath/arith/quotient.h"
 #include "vmath/frame/kernel_exports.h"
@@ -30,7 +30,7 @@ struct Fmod {
         const auto [quotient, rare_lanes] = step.reduce(rest, divisor);
         rest = fnma(round_scale<0xB>(quotient), divisor, rest);
         rest = add_where(less(rest, zero), rest, divisor);
-        r = bit_choose(sign, a, rest);
+        r = step.dividend_if_infinite(divisor, a, bit_choose(sign, a, rest));
         return rare_lanes;
     }
 };

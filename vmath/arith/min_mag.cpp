@@ -1,5 +1,5 @@
 // r = the argument of smaller magnitude; of two with equal magnitude the smaller one. A single NaN is ignored.
-// NaN lanes are rare.
+// NaN lanes are rare, for the sake of signalling NaNs; others are settled here too, which counts when reports are off.
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
@@ -19,7 +19,7 @@ struct MinMag {
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         const Vector magnitude_a = and_not(sign, a), magnitude_b = and_not(sign, b);
-        r = choose(less(magnitude_a, magnitude_b), a, min(a, b));
+        r = choose(Mask(less(magnitude_a, magnitude_b) | unordered(b, b)), a, min(a, b));
         r = choose(greater(magnitude_a, magnitude_b), b, r);
         return unordered(a, b);
     }

@@ -18,16 +18,20 @@ struct QuotientStep {
     Vector largest = E::row_of_bits(E::exponent_field - 1);
     Vector limit = E::row(typename E::Element(uint64_t{2} << E::mantissa_bits));
 
+    NAX_VEC Vector dividend_if_infinite(Vector divisor, Vector dividend, Vector result) const {
+        return choose(greater(divisor, largest), dividend, result);
+    }
+
     struct Result {
         Vector quotient;
         Mask rare;
     };
 
-    // Brings rest >= 0 to where |rest/divisor| is below 2^p. Lanes whose quotient is Inf or NaN, and infinite divisors,
-    // are rare.
+    // Brings rest >= 0 to where |rest/divisor| is below 2^p. Lanes whose quotient is Inf or NaN are rare. An infinite
+    // divisor leaves a quotient of zero, and the caller to put the dividend in place of 0 times Inf.
     NAX_VEC Result reduce(Vector& rest, Vector divisor) const {
         Vector quotient = div(rest, divisor);
-        const Mask rare = Mask(not_less_equal(quotient, largest) | not_less_equal(divisor, largest));
+        const Mask rare = not_less_equal(quotient, largest);
         Mask large = Mask(greater_equal(quotient, limit) & ~rare);
         while (large != 0) [[unlikely]] {
             rest = choose(large, fnma(quotient, divisor, rest), rest);

@@ -3,7 +3,7 @@
 // With q = a/b rounded to nearest and below 2^p (p bits of mantissa), t = q rounded to nearest even is n or a neighbour,
 // and a - t b in one fused step is exact. Then one |b| more or less brings it to |r| <= |b|/2; in a tie the odd quotient
 // gives way, which turns the sign. Larger quotients are brought down first (quotient.h), by even multiples of b.
-// Rare: b zero, Inf or NaN, a Inf or NaN, and quotients that overflow.
+// Rare: b zero or NaN, a Inf or NaN, and quotients that overflow.
 #include "vmath/arith/arith_rare.h"
 #include "vmath/arith/quotient.h"
 #include "vmath/frame/kernel_exports.h"
@@ -36,7 +36,7 @@ struct Remainder {
         const Mask tie = equal(twice_magnitude, divisor) & test(to_integer(nearest), one);
         const Mask beyond = greater(twice_magnitude, divisor);
         rest = sub_where(Mask(beyond | tie), rest, towards_zero);
-        r = bit_xor(rest, bit_and(sign, a));
+        r = step.dividend_if_infinite(divisor, a, bit_xor(rest, bit_and(sign, a)));
         return rare_lanes;
     }
 };
