@@ -142,11 +142,11 @@ void bench_quasi_random() {
             if (!stream.usable()) continue;
             nax_brng_properties row;
             __stoGetBrngProperties(kind.brng, &row);
-            report(kind.name + suffix, [&](int n) { row.dBRng(stream.get(), n / dimension * dimension, buffer_doubles, 0.0, 1.0); });
+            report(kind.name + suffix, [&](int n) { row.dBRng(stream.get(), n, buffer_doubles, 0.0, 1.0); });
         }
         gsl_qrng* const peer = gsl_qrng_alloc(gsl_qrng_sobol, static_cast<unsigned>(dimension));
         report("  peer GSL sobol" + suffix, [&](int n) {
-            for (int i = 0; i + dimension <= n; i += dimension) gsl_qrng_get(peer, buffer_doubles + i);
+            for (int i = 0; i < n; i += dimension) gsl_qrng_get(peer, buffer_doubles + i);
         });
         gsl_qrng_free(peer);
     }

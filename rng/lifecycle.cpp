@@ -74,6 +74,7 @@ int __stoCopyStreamState(nax_stream* destination, const nax_stream* source) {
 }
 
 int __stoDeleteStream(nax_stream** stream) {
+    if (*stream == nullptr) return STO_STATUS_OK;
     __stoDeleteChunks(*stream);
     nax_serv_deallocate(*stream);
     *stream = nullptr;

@@ -156,7 +156,7 @@ int __stoiNewAbstractStream(nax_stream** stream, int n, uint32_t* buffer, nax_in
 int __stodNewAbstractStream(nax_stream** stream, int n, double* buffer, double a, double b, nax_double_callback callback);
 int __stosNewAbstractStream(nax_stream** stream, int n, float* buffer, float a, float b, nax_single_callback callback);
 
-/* Releases a stream with all its chunks and stores null in *stream. Returns 0. */
+/* Releases a stream with all its chunks and stores null in *stream; a null one is left alone. Returns 0. */
 int __stoDeleteStream(nax_stream** stream);
 
 /* Makes a second stream in the same state. Shared chunks stay shared, the others are duplicated.

@@ -1,9 +1,8 @@
 // Delivery of quasi-random points, for one vector width. Coordinates are words x; reals are a + s (x >> 1),
 // s = (b - a) 2^-31, one fused multiply-add.
 //
-// Below 16 dimensions a block of 16 points is laid out as it is delivered: its words are a fixed pattern of the four lowest
-// direction numbers, exclusive-or the block's first point repeated. From 16 dimensions on coordinates are lanes, and 32 of
-// them at a time go through all points.
+// Below 16 dimensions a block of 16 points is laid out as it is delivered, and moves as a whole: all its points change by the
+// same direction numbers. From 16 dimensions on coordinates are lanes, and 32 of them at a time go through all points.
 #pragma once
 
 #include <algorithm>
@@ -92,37 +91,66 @@ inline void step_point(const PointSet& points, int dimension, uint32_t counter) 
 inline constexpr int kBlockPoints = 16;
 inline constexpr int kLowDimensions = kBlockPoints;  // from here on lanes are coordinates
 
-// `words` repeated with period `dimension`, to be read from any phase.
-template <int dimension>
-struct Repeated {
-    static constexpr int kVectors = (dimension - 1 + kLanes32 + kLanes32 - 1) / kLanes32;
-    // Copies overlap: each one overwrites what the one before wrote beyond its own words.
-    alignas(64) uint32_t words[(kVectors + 2) * kLanes32];
+constexpr int greatest_common_divisor(int a, int b) { return b == 0 ? a : greatest_common_divisor(b, a % b); }
 
-    void set(const uint32_t* source) {
-        if constexpr (dimension == 1) {
-            store(words, broadcast(source[0]));
-        } else if constexpr (dimension == 2) {
-            store(words, broadcast(uint64_t{source[1]} << 32 | source[0]));
-            store(words + kLanes32, broadcast(uint64_t{source[1]} << 32 | source[0]));
-        } else {
-            const U32 low = load<U32>(source);
-            const U32 high = load<U32>(source + (kLanes32 < kBlockPoints ? kLanes32 : 0));
-            for (int place = 0; place < kVectors * kLanes32; place += dimension) {
-                store(words + place, low);
-                if constexpr (dimension > kLanes32) store(words + place + kLanes32, high);
-            }
+// The layout of a block: vector v holds words v kLanes32 ..., so it begins with coordinate v kLanes32 mod dimension and
+// after kPhases vectors the coordinates come round.
+template <int dimension>
+struct BlockLayout {
+    static constexpr int kVectors = kBlockPoints * dimension / kLanes32;
+    static constexpr int kPhases = dimension / greatest_common_divisor(dimension, kLanes32);
+    static constexpr int kRepeated = (dimension + kPhases * kLanes32 + 2 * kBlockPoints) / kLanes32 * kLanes32;
+
+    // kPhases vectors of `source`, a word for each coordinate and readable up to 16, repeated without end.
+    static void repeat(const uint32_t* source, U32* to) {
+        alignas(64) uint32_t words[kRepeated];
+        const U32 low = load<U32>(source);
+        const U32 high = load<U32>(source + (kLanes32 < kBlockPoints ? kLanes32 : 0));
+        // Each copy overwrites what the one before wrote beyond its own words.
+        for (int place = 0; place < kPhases * kLanes32; place += dimension) {
+            store(words + place, low);
+            if constexpr (dimension > kLanes32) store(words + place + kLanes32, high);
         }
+        for (int v = 0; v < kPhases; ++v) to[v] = load<U32>(words + v * kLanes32);
     }
+};
+
+// What a block changes by to become the next one: from c to c + 16 the Gray code changes in bit 3 and in the bit of the step
+// from c + 15. Vectors are made when their bit first occurs.
+template <int dimension>
+class BlockSteps {
+    using Layout = BlockLayout<dimension>;
+    static constexpr int kFirstBit = 4;
+
+public:
+    explicit BlockSteps(const PointSet& points) : points_(points) {}
+
+    const U32* of(int bit) {
+        U32* const step = steps_[bit - kFirstBit];
+        if ((made_ >> bit & 1) == 0) {
+            made_ |= 1u << bit;
+            uint32_t change[kBlockPoints] = {};
+            for (int d = 0; d < dimension; ++d) {
+                change[d] = points_.direction(kFirstBit - 1, d) ^ points_.direction(bit, d);
+            }
+            Layout::repeat(change, step);
+        }
+        return step;
+    }
+
+private:
+    PointSet points_;
+    uint32_t made_ = 0;
+    U32 steps_[kDirectionBits - kFirstBit][Layout::kPhases];
 };
 
 // Point c + j differs from point c, a multiple of 16, by the direction numbers at the Gray code of j.
 template <int dimension>
-inline void fill_pattern(const PointSet& points, uint32_t* pattern) {
+inline void fill_block(const PointSet& points, uint32_t* block) {
     for (int d = 0; d < dimension; ++d) {
-        uint32_t x = 0;
+        uint32_t x = points.coordinate(d);
         for (uint32_t j = 0; j < kBlockPoints; ++j) {
-            pattern[static_cast<int>(j) * dimension + d] = x;
+            block[static_cast<int>(j) * dimension + d] = x;
             x ^= points.direction(gray_step(j), d);
         }
     }
@@ -131,29 +159,22 @@ inline void fill_pattern(const PointSet& points, uint32_t* pattern) {
 // Blocks of 16 points from a counter that is a multiple of 16; x is left at the point after them.
 template <int dimension, class Map, class T>
 inline void put_blocks(const PointSet& points, uint32_t counter, int64_t blocks, T* r, const Map& map) {
-    constexpr int kVectors = kBlockPoints * dimension / kLanes32;
-    alignas(64) uint32_t pattern[kBlockPoints * dimension];
-    fill_pattern<dimension>(points, pattern);
-    alignas(64) uint32_t base[kBlockPoints] = {}, change[kBlockPoints] = {};
-    for (int d = 0; d < dimension; ++d) base[d] = points.coordinate(d);
-    Repeated<dimension> first, step;
-    first.set(base);
+    using Layout = BlockLayout<dimension>;
+    alignas(64) uint32_t block[kBlockPoints * dimension];
+    fill_block<dimension>(points, block);
+    U32 x[Layout::kVectors];
+    for (int v = 0; v < Layout::kVectors; ++v) x[v] = load<U32>(block + v * kLanes32);
+    BlockSteps<dimension> steps(points);
     for (; blocks > 0; --blocks, counter += kBlockPoints, r += kBlockPoints * dimension) {
+        const U32* const step = steps.of(gray_step(counter + kBlockPoints - 1));
 #pragma GCC unroll 32
-        for (int v = 0; v < kVectors; ++v) {
-            const U32 x = load<U32>(first.words + v * kLanes32 % dimension);
-            map.store_block(r + v * kLanes32, x ^ load<U32>(pattern + v * kLanes32));
-        }
-        // From c to c + 16 the code changes in bit 3 and in the bit of the step from c + 15.
-        const int bit = gray_step(counter + kBlockPoints - 1);
-        for (int d = 0; d < dimension; ++d) change[d] = points.direction(3, d) ^ points.direction(bit, d);
-        step.set(change);
-        for (int v = 0; v < Repeated<dimension>::kVectors; ++v) {
-            uint32_t* const words = first.words + v * kLanes32;
-            store(words, load<U32>(words) ^ load<U32>(step.words + v * kLanes32));
+        for (int v = 0; v < Layout::kVectors; ++v) {
+            map.store_block(r + v * kLanes32, x[v]);
+            x[v] ^= step[v % Layout::kPhases];
         }
     }
-    for (int d = 0; d < dimension; ++d) points.coordinate(d) = first.words[d];
+    for (int v = 0; v < Layout::kVectors; ++v) store(block + v * kLanes32, x[v]);
+    for (int d = 0; d < dimension; ++d) points.coordinate(d) = block[d];
 }
 
 // Whole points by blocks where there are enough of them, one by one before and after.

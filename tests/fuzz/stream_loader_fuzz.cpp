@@ -28,7 +28,7 @@ void use(nax_stream* stream) {
         row.dBRng(stream, n, reals.data(), 0.0, 1.0);
         row.iBRng(stream, n, words.data());
     }
-    __stoSkipAheadStream(stream, 12345);
+    __stoSkipAheadStream(stream, 100);
     nax_stream* copied = nullptr;
     if (__stoCopyStream(&copied, stream) != STO_STATUS_OK) std::abort();
     __stoDeleteStream(&copied);

@@ -180,6 +180,7 @@ TEST_F(Registration, AStreamWhoseInitialisationFailsIsTheCallersToDelete) {
     ASSERT_NE(stream, nullptr);
     EXPECT_EQ(__stoDeleteStream(&stream), STO_STATUS_OK);
     EXPECT_EQ(stream, nullptr);
+    EXPECT_EQ(__stoDeleteStream(&stream), STO_STATUS_OK);      // once more does no harm
     EXPECT_EQ(live_blocks(), before);
 }
 

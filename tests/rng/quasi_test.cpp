@@ -2,10 +2,15 @@
 #include <gsl/gsl_qrng.h>
 #endif
 
+#include <dlfcn.h>
+
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <memory>
+#include <thread>
 
 #include "nax/threaders.h"
 #include "rng/quasi/quasi_state.h"
@@ -404,21 +409,77 @@ TEST(Quasi, ThreadingLadder) {
     EXPECT_TRUE(worth_threading(1, 32000));
 }
 
-// The bodies of the parallel loop, chunk by chunk in any order, write what the serial path writes; the loader's pair decides
-// how many run at a time.
-TEST(Quasi, ThreadedPathGivesTheSameBits) {
-    constexpr int kDimension = 1024;
-    const auto rows = some_directions(kDimension);
-    for (const int brng : kBoth) {
-        Quasi serial(brng, direction_parameters(rows)), threaded(serial);
-        std::vector<double> one, many;
-        for (int i = 0; i < 3; ++i) {
-            for (const double x : serial.doubles(50 * kDimension)) one.push_back(x);  // below the ladder's step
-        }
-        many = threaded.doubles(150 * kDimension);
-        EXPECT_EQ(one, many);
-        EXPECT_EQ(serial.words(10), threaded.words(10));
+// Stands in for the threading pair: `threads` of them take the chunks in turn, from the last one down.
+int threads = 0;  // 0: the service layer's own pair
+int parallel_calls = 0;
+
+int limit_under_test() { return threads; }
+
+void for_under_test(int chunks, int, void* context, nax_serv_chunk_body body) {
+    ++parallel_calls;
+    std::atomic<int> next{chunks};
+    std::vector<std::thread> crew;
+    for (int i = 0; i < threads; ++i) {
+        crew.emplace_back([&] {
+            for (int chunk = --next; chunk >= 0; chunk = --next) body(chunk, 0, 0, context);
+        });
     }
+    for (std::thread& member : crew) member.join();
+}
+
+}  // namespace
+
+extern "C" void* nax_serv_load_thread_fun(const char* name) {
+    if (threads == 0) {
+        return reinterpret_cast<void* (*)(const char*)>(dlsym(RTLD_NEXT, "nax_serv_load_thread_fun"))(name);
+    }
+    if (std::strcmp(name, "nax_sto_serv_threader_for") == 0) return reinterpret_cast<void*>(for_under_test);
+    return reinterpret_cast<void*>(limit_under_test);
+}
+
+namespace {
+
+// Aligned and unaligned outputs, dimensions in the payload and in chunks, full and partial last blocks of dimensions.
+TEST(Quasi, AnyNumberOfThreadsGivesTheSameBits) {
+    const std::vector<std::pair<int, int>> sequences = {{NAX_BRNG_SOBOL, 1024}, {NAX_BRNG_SOBOL, 1003},
+                                                        {NAX_BRNG_NIEDERREITER, 1001}, {NAX_BRNG_NIEDERREITER, 318}};
+    for (const auto& [brng, dimension] : sequences) {
+        const int points = dimension < 500 ? 8192 : 300;
+        const Quasi start(brng, direction_parameters(some_directions(dimension)));
+        std::vector<double> doubles[3];
+        std::vector<float> singles[3];
+        Words words[3], after[3];
+        int i = 0;
+        for (const int crew : {1, 2, 4}) {
+            Quasi stream(start);
+            threads = crew;
+            parallel_calls = 0;
+            const int n = points * dimension;
+            doubles[i] = stream.doubles(n + 1);
+            singles[i] = stream.singles(n + dimension - 1);
+            words[i] = stream.words(n);
+            threads = 1;
+            after[i] = stream.words(2 * dimension);
+            EXPECT_EQ(parallel_calls, crew == 1 ? 0 : 3) << dimension;
+            threads = 0;
+            ++i;
+        }
+        for (const int j : {1, 2}) {
+            EXPECT_EQ(doubles[0], doubles[j]) << dimension;
+            EXPECT_EQ(singles[0], singles[j]) << dimension;
+            EXPECT_EQ(words[0], words[j]) << dimension;
+            EXPECT_EQ(after[0], after[j]) << dimension;
+        }
+    }
+}
+
+TEST(Quasi, TheLayersOwnThreadsGiveTheSameBits) {
+    const Quasi start(NAX_BRNG_SOBOL, direction_parameters(some_directions(1024)));
+    Quasi serial(start), threaded(start);
+    threads = 1;
+    const std::vector<double> one = serial.doubles(150 * 1024);
+    threads = 0;
+    EXPECT_EQ(one, threaded.doubles(150 * 1024));
 }
 
 }  // namespace
