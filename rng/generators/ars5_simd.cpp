@@ -54,7 +54,7 @@ inline Vector last_round(Vector s, Vector key) { return _mm256_aesenclast_epi128
 // Several blocks to a vector.
 struct WideAes {
     static constexpr int kManyRows = 64 / kLanes32;  // 64 words a round hide the latency of the AES rounds
-    static constexpr int kFewRows = 1;
+    static constexpr int kFewRows = 16 / kLanes32;
 
     const RoundKeys& round;
 

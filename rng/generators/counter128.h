@@ -1,5 +1,5 @@
 // Counters of 128 bits in four 32-bit words, least significant first, and the skip-ahead that the counter-based generators
-// share.
+// share. In the namespace of the instruction set that it is compiled for, like all bodies of files of both kinds.
 #pragma once
 
 #include <algorithm>
@@ -7,8 +7,10 @@
 #include <cstring>
 
 #include "nax/streams.h"
+#include "rng/simd.h"
 
 namespace nax::rng {
+inline namespace NAX_RNG_ISA {
 
 inline constexpr int kCounterBlockWords = 4;
 
@@ -68,4 +70,5 @@ void take_seeds(uint32_t (&words)[n], const uint32_t* seeds, int first, int coun
     for (int i = 0; i < n; ++i) words[i] = first + i < count ? seeds[first + i] : 0;
 }
 
+}  // namespace NAX_RNG_ISA
 }  // namespace nax::rng

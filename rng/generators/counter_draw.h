@@ -43,7 +43,11 @@ inline void draw_counter(State& state, int n, T* r, const Map& map, const Genera
         U32 rows[Generator::kFewRows];
         generator.blocks(counter, rows);
         const int take = std::min(n, kFew);
-        convert_words(map, rows, r, take);
+        if (take == kFew) {
+            for (int i = 0; i < Generator::kFewRows; ++i) map.store_block(r + i * kLanes32, rows[i]);
+        } else {
+            convert_words(map, rows, r, take);
+        }
         n -= take;
         r += take;
         const int used = (take + kCounterBlockWords - 1) / kCounterBlockWords;

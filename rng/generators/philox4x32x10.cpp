@@ -21,6 +21,25 @@ void seed(PhiloxState& state, const uint32_t* seeds, int n) {
 
 }  // namespace
 
+void philox_block(const PhiloxState& state, uint32_t (&out)[4]) {
+    uint32_t c0 = state.counter[0], c1 = state.counter[1], c2 = state.counter[2], c3 = state.counter[3];
+    uint32_t k0 = state.key[0], k1 = state.key[1];
+    for (int round = 0; round < kPhiloxRounds; ++round) {
+        const uint64_t p0 = uint64_t{kPhiloxMultiplier0} * c0;
+        const uint64_t p1 = uint64_t{kPhiloxMultiplier1} * c2;
+        c0 = static_cast<uint32_t>(p1 >> 32) ^ c1 ^ k0;
+        c1 = static_cast<uint32_t>(p1);
+        c2 = static_cast<uint32_t>(p0 >> 32) ^ c3 ^ k1;
+        c3 = static_cast<uint32_t>(p0);
+        k0 += kPhiloxKeyStep0;
+        k1 += kPhiloxKeyStep1;
+    }
+    out[0] = c0;
+    out[1] = c1;
+    out[2] = c2;
+    out[3] = c3;
+}
+
 }  // namespace nax::rng
 
 using namespace nax::rng;

@@ -14,9 +14,11 @@ inline __m128i load_block(const uint32_t* x) { return _mm_loadu_si128(reinterpre
 
 inline __m128i step(__m128i a, __m128i b, __m128i c, __m128i d) {
     const __m128i mask = load_block(kSfmtMask);
-    const __m128i early = _mm_xor_si128(_mm_xor_si128(a, _mm_slli_si128(a, 1)),
-                                        _mm_and_si128(_mm_srli_epi32(b, 11), mask));
-    return _mm_xor_si128(_mm_xor_si128(early, _mm_srli_si128(c, 1)), _mm_slli_epi32(d, 18));
+    __m128i early = _mm_xor_si128(_mm_xor_si128(a, _mm_slli_si128(a, 1)), _mm_and_si128(_mm_srli_epi32(b, 11), mask));
+    early = _mm_xor_si128(early, _mm_srli_si128(c, 1));
+    // The compiler would regroup the sum and put more of it behind d, which is ready last.
+    __asm__("" : "+x"(early));
+    return _mm_xor_si128(early, _mm_slli_epi32(d, 18));
 }
 
 // Replaces blocks first ... last - 1; block k takes its partner b from k + distance.

@@ -216,22 +216,34 @@ struct ManyDimensions {
 // Direction numbers of 32 dimensions by bit: in place, or gathered from rows by dimension as they come into use.
 class BlockRows {
 public:
-    BlockRows(const PointSet& points, int width) : points_(points), width_(width) {}
+    BlockRows(const PointSet& points, int width) : points_(points), width_(width) {
+        if (points.by_bit()) {
+            base_ = points.directions;
+            stride_ = points.bit_stride;
+        } else {
+            missing_ = ~0u;
+        }
+    }
+    BlockRows(const BlockRows&) = delete;
+    BlockRows& operator=(const BlockRows&) = delete;
 
     const uint32_t* row(int bit) {
-        if (points_.by_bit()) return points_.directions + static_cast<long>(bit) * points_.bit_stride;
-        if ((filled_ >> bit & 1) == 0) {
-            filled_ |= 1u << bit;
-            for (int d = 0; d < width_; ++d) rows_[bit][d] = points_.direction(bit, d);
-        }
-        return rows_[bit];
+        if ((missing_ >> bit & 1) != 0) [[unlikely]] gather(bit);
+        return base_ + bit * stride_;
     }
 
 private:
+    [[gnu::noinline]] void gather(int bit) {
+        missing_ &= ~(1u << bit);
+        for (int d = 0; d < width_; ++d) rows_[bit][d] = points_.direction(bit, d);
+    }
+
     PointSet points_;
     int width_;
-    uint32_t filled_ = 0;
+    uint32_t missing_ = 0;
     alignas(64) uint32_t rows_[kDirectionBits][kBlockDimensions];
+    const uint32_t* base_ = rows_[0];
+    long stride_ = kBlockDimensions;
 };
 
 // All points of up to 32 coordinates, in `vectors` vectors of which the last one has `part` coordinates (0: all).

@@ -5,6 +5,7 @@
 #include "rng/generators/gf2_polynomial.h"
 #include "rng/generators/mt2203.h"
 #include "tests/rng/generator_fixture.h"
+#include "tools/gen/mt2203_tempering.h"
 
 using namespace nax::rng;
 
@@ -216,6 +217,56 @@ TEST(Mt2203Table, SampledRowsArePrimitive) {
         EXPECT_TRUE(is_primitive_of_degree_2203(mt2203_polynomial(_sto_mt2203_table[offset][0]))) << offset;
     }
     EXPECT_FALSE(is_primitive_of_degree_2203(mt2203_polynomial(_sto_mt2203_table[0][0] ^ 4)));
+}
+
+// k(v) by lattice reduction against Gaussian elimination on the outputs of the unit states, for resolutions at which that is
+// quick, and the bounds that the rows were chosen by.
+int dimension_by_elimination(int v, const uint32_t* row) {
+    std::vector<std::vector<uint64_t>> columns;  // of each state bit, the v upper bits of successive outputs
+    const int outputs = 2203 / v + 1;
+    for (int bit = 0; bit < 2203; ++bit) {
+        Mt2203State state{};
+        const int position = bit + 5;  // the lower five bits of the oldest word have no part
+        state.x[position / 32] = 1u << (position % 32);
+        state.next = kMt2203Words;
+        state.matrix_a = row[0], state.temper_b = row[1], state.temper_c = row[2];
+        nax::test::Words words(static_cast<size_t>(outputs));
+        mt2203_draw(state, outputs, words.data());
+        std::vector<uint64_t> column((static_cast<size_t>(outputs * v) + 63) / 64);
+        for (int i = 0; i < outputs * v; ++i) {
+            const uint64_t value = words[static_cast<size_t>(i / v)] >> (31 - i % v) & 1;
+            column[static_cast<size_t>(i) / 64] |= value << i % 64;
+        }
+        columns.push_back(column);
+    }
+    // All values are taken as long as every output bit adds to the rank.
+    size_t used = 0;
+    for (int i = 0; i < outputs * v; ++i) {
+        const auto has_bit = [i](const std::vector<uint64_t>& c) { return (c[static_cast<size_t>(i) / 64] >> i % 64 & 1) != 0; };
+        const auto pivot = std::find_if(columns.begin() + static_cast<long>(used), columns.end(), has_bit);
+        if (pivot == columns.end()) return i / v;
+        std::swap(columns[used], *pivot);
+        for (size_t j = used + 1; j < columns.size(); ++j) {
+            if (!has_bit(columns[j])) continue;
+            for (size_t w = static_cast<size_t>(i) / 64; w < columns[j].size(); ++w) columns[j][w] ^= columns[used][w];
+        }
+        ++used;
+    }
+    return outputs;
+}
+
+TEST(Mt2203Table, SampledRowsAreWellTempered) {
+    const auto& first = _sto_mt2203_table[0];
+    for (const int v : {3, 17, 32}) {
+        EXPECT_EQ(nax::gen::Lattice(first[0], first[1], first[2], v).shortest(), dimension_by_elimination(v, first)) << v;
+    }
+    for (const int offset : {0, 1, 2, 500, 2500, 4321, 6022, 6023}) {
+        const auto& row = _sto_mt2203_table[offset];
+        nax::gen::Tempering t{row[1], row[2]};
+        for (int v = 1; v <= 32; ++v) t = nax::gen::extended(row[0], t, v);
+        EXPECT_LE(t.defect, 772) << offset;
+        EXPECT_LE(t.largest_term, 68) << offset;
+    }
 }
 
 TEST(Mt2203Table, AllRowsArePrimitiveFull) {

@@ -228,6 +228,31 @@ TEST(Quasi, CopiesShareDirectionsAndGoTheirOwnWay) {
     EXPECT_EQ(second.words(40), Words(expected.begin() + 60, expected.begin() + 100));
 }
 
+// Streams of all generators of words, stopped inside a block or a point, go on from an image as they would have.
+TEST(Images, ContinueInTheMiddle) {
+    std::vector<std::pair<int, Words>> kinds = {{NAX_BRNG_MT19937, {3}}, {NAX_BRNG_MT2203 + 9, {3}},
+                                                {NAX_BRNG_SFMT19937, {3}}, {NAX_BRNG_PHILOX4X32X10, {3}},
+                                                {NAX_BRNG_ARS5, {3}}, {NAX_BRNG_SOBOL, {7}},
+                                                {NAX_BRNG_NIEDERREITER, {300}}};
+    kinds.emplace_back(NAX_BRNG_SOBOL, direction_parameters(some_directions(50)));
+    kinds.emplace_back(NAX_BRNG_NIEDERREITER, direction_parameters(some_directions(320)));
+    for (const auto& [brng, params] : kinds) {
+        Quasi stream(brng, params);
+        for (const int n : {0, 1, 5, 623, 2}) {
+            stream.words(n);
+            std::vector<unsigned char> image(static_cast<size_t>(__stoGetStreamSize(stream.stream)));
+            __stoSaveStreamM(stream.stream, image.data());
+            nax_stream* loaded = nullptr;
+            ASSERT_EQ(__stoLoadStreamM(&loaded, image.data()), 0) << brng;
+            Words expected = Quasi(stream).words(700), r(700);
+            ASSERT_EQ(stream.row.iBRng(loaded, 700, r.data()), 0);
+            EXPECT_EQ(r, expected) << brng << " " << n;
+            EXPECT_EQ(find_chunk(loaded, ChunkId::kSobolDirections), find_chunk(stream.stream, ChunkId::kSobolDirections));
+            __stoDeleteStream(&loaded);
+        }
+    }
+}
+
 TEST(Quasi, RealsAreMapsOfTheWords) {
     for (const int brng : kBoth) {
         for (const uint32_t dimension : {1u, 7u, 15u, 16u, 21u, 40u}) {
