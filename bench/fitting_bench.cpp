@@ -1,7 +1,7 @@
 // Cell search and spline evaluation against std::upper_bound, GSL, ALGLIB and Boost: nanoseconds per site, the minimum over
 // the repetitions of half a second. One thread, except for the last lines.
 //
-//   fitting_bench [sites]
+//   fitting_bench [sites [threads]]      with "threads": only the comparison of one thread with two
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -188,7 +188,12 @@ void two_threads(const Case& c) {
 
 int main(int argc, char** argv) {
     const size_t sites = argc > 1 ? size_t(std::atoll(argv[1])) : 1000000;
+    const bool only_threads = argc > 2;
     for (const size_t cells : {size_t{1000}, size_t{100000}}) {
+        if (only_threads) {
+            two_threads(Case(cells, sites, false));
+            continue;
+        }
         const Case general(cells, sites, false), uniform(cells, sites, true);
         search_alone(general, general.random, 0, "search, random sites");
         search_alone(general, general.sorted, NAX_DF_SITES_SORTED, "search, sorted sites");
