@@ -5,6 +5,7 @@
 #include "nax/error.h"
 #include "nax/fitting.h"
 #include "nax/fitting_construction.h"
+#include "nax/fitting_integration.h"
 #include "nax/mode.h"
 #include "nax/primitives.h"
 #include "nax/processor.h"
@@ -12,5 +13,6 @@
 #include "nax/streams.h"
 #include "nax/threaders.h"
 #include "nax/tridiagonal.h"
+#include "nax/vmath.h"
 
 #endif

