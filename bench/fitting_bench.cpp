@@ -1,7 +1,7 @@
-// Cell search and spline evaluation against std::upper_bound, GSL, ALGLIB and Boost: nanoseconds per site, the minimum over
-// the repetitions of half a second. One thread, except for the last lines.
+// Cell search and spline evaluation against std::upper_bound, GSL, ALGLIB and Boost: nanoseconds per site, the minimum
+// over the repetitions of half a second. One thread, except for the last lines.
 //
-//   fitting_bench [sites]
+//   fitting_bench [sites [threads]]      with "threads": only the comparison of one thread with two
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -69,8 +69,10 @@ struct Case {
         for (const double v : x) y.push_back(std::sin(20 * v) + v);
         ends = {x.front(), x.back()};
         coefficients.resize(4 * cells);
-        nax_df_kernel_dNewTask1D(&task, int64_t(n), uniform ? ends.data() : x.data(), uniform ? 4 : 0, 1, y.data(), 16, 1);
-        nax_df_kernel_dEditPPSpline1D(task, 4, NAX_DF_TYPE_NATURAL, NAX_DF_BC_FREE_END, nullptr, 0, nullptr, coefficients.data(), 16);
+        nax_df_kernel_dNewTask1D(&task, int64_t(n), uniform ? ends.data() : x.data(), uniform ? 4 : 0, 1, y.data(), 16,
+                                 1);
+        nax_df_kernel_dEditPPSpline1D(task, 4, NAX_DF_TYPE_NATURAL, NAX_DF_BC_FREE_END, nullptr, 0, nullptr,
+                                      coefficients.data(), 16);
         if (nax_df_kernel_dDFNaturalCubicSpline1D(task, 0, 0, nullptr) != 0) std::abort();
         std::uniform_real_distribution<double> within(x.front(), x.back());
         for (size_t i = 0; i < sites; ++i) random.push_back(within(engine));
@@ -81,10 +83,12 @@ struct Case {
     Case& operator=(const Case&) = delete;
     ~Case() { nax_df_kernel_DeleteTask(&task); }
 
-    void evaluate(const std::vector<double>& sites, int64_t hint, int64_t orders, double* r, const nax_threaders* threads = nullptr) const {
+    void evaluate(const std::vector<double>& sites, int64_t hint, int64_t orders, double* r,
+                  const nax_threaders* threads = nullptr) const {
         const int64_t flags[] = {1, 1, 1};
-        nax_df_kernel_dDFInterpolate1D(task, 1, 0, int64_t(sites.size()), sites.data(), hint, orders, flags, nullptr, r, 16, nullptr, nullptr,
-                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, threads);
+        nax_df_kernel_dDFInterpolate1D(task, 1, 0, int64_t(sites.size()), sites.data(), hint, orders, flags, nullptr, r,
+                                       16, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                       nullptr, threads);
     }
 };
 
@@ -92,21 +96,26 @@ void search_alone(const Case& c, const std::vector<double>& sites, int64_t hint,
     const size_t cells = c.x.size() - 1;
     std::vector<int64_t> found(sites.size());
     report_own(name, cells, measure(double(sites.size()), [&] {
-                   nax_df_kernel_dDFSearch1D(c.task, 0, int64_t(sites.size()), sites.data(), hint, nullptr, found.data(), nullptr, nullptr,
-                                             nullptr, nullptr);
+                   nax_df_kernel_dDFSearch1D(c.task, 0, int64_t(sites.size()), sites.data(), hint, nullptr,
+                                             found.data(), nullptr, nullptr, nullptr, nullptr);
                }));
     std::vector<int64_t> peer(sites.size());
     const double ns = measure(double(sites.size()), [&] {
-        for (size_t i = 0; i < sites.size(); ++i) peer[i] = std::upper_bound(c.x.begin(), c.x.end(), sites[i]) - c.x.begin();
+        for (size_t i = 0; i < sites.size(); ++i)
+            peer[i] = std::upper_bound(c.x.begin(), c.x.end(), sites[i]) - c.x.begin();
     });
     size_t different = 0;
     for (size_t i = 0; i < sites.size(); ++i) different += found[i] != std::min(peer[i], int64_t(cells));
     report_peer("std::upper_bound", ns, double(different));
 #ifdef NAX_HAVE_GSL
     gsl_interp_accel* const accel = gsl_interp_accel_alloc();
-    report_peer("GSL accelerator", measure(double(sites.size()), [&] {
-                    for (size_t i = 0; i < sites.size(); ++i) peer[i] = int64_t(gsl_interp_accel_find(accel, c.x.data(), c.x.size(), sites[i])) + 1;
-                }), 0);
+    report_peer("GSL accelerator",
+                measure(double(sites.size()),
+                        [&] {
+                            for (size_t i = 0; i < sites.size(); ++i)
+                                peer[i] = int64_t(gsl_interp_accel_find(accel, c.x.data(), c.x.size(), sites[i])) + 1;
+                        }),
+                0);
     gsl_interp_accel_free(accel);
 #endif
 }
@@ -138,7 +147,8 @@ void peers_value(const Case& c, const std::vector<double>& sites, const std::vec
 #endif
 #ifdef NAX_HAVE_BOOST
     if (uniform) {
-        const boost::math::interpolators::cardinal_cubic_b_spline<double> peer_spline(c.y.begin(), c.y.end(), c.x.front(), 1.0 / double(c.x.size() - 1));
+        const boost::math::interpolators::cardinal_cubic_b_spline<double> peer_spline(
+            c.y.begin(), c.y.end(), c.x.front(), 1.0 / double(c.x.size() - 1));
         const double ns = measure(n, [&] {
             for (size_t i = 0; i < sites.size(); ++i) r[i] = peer_spline(sites[i]);
         });
@@ -179,7 +189,8 @@ void two_threads(const Case& c) {
     nax_serv_fill_threaders(&table);
     table.max_threads = [] { return 2; };
     std::vector<double> r(c.random.size());
-    report_own("value, random sites, one thread", c.x.size() - 1, measure(double(r.size()), [&] { c.evaluate(c.random, 0, 1, r.data()); }));
+    report_own("value, random sites, one thread", c.x.size() - 1,
+               measure(double(r.size()), [&] { c.evaluate(c.random, 0, 1, r.data()); }));
     const double two = measure(double(r.size()), [&] { c.evaluate(c.random, 0, 1, r.data(), &table); });
     std::printf("%62s %8.2f   %6.2f times as fast\n", "two threads", two, own / two);
 }
@@ -188,7 +199,12 @@ void two_threads(const Case& c) {
 
 int main(int argc, char** argv) {
     const size_t sites = argc > 1 ? size_t(std::atoll(argv[1])) : 1000000;
+    const bool only_threads = argc > 2;
     for (const size_t cells : {size_t{1000}, size_t{100000}}) {
+        if (only_threads) {
+            two_threads(Case(cells, sites, false));
+            continue;
+        }
         const Case general(cells, sites, false), uniform(cells, sites, true);
         search_alone(general, general.random, 0, "search, random sites");
         search_alone(general, general.sorted, NAX_DF_SITES_SORTED, "search, sorted sites");

@@ -19,8 +19,8 @@ int32_t edit_coefficients(Task& task, T* scoeff, int64_t hint) {
 
 // Doesn't look at `dimension`, unlike the other editors.
 template <class T>
-int32_t edit_spline(Task* task, int64_t s_order, int64_t s_type, int64_t bc_type, const T* bc, int64_t ic_type, const T* ic,
-                    T* scoeff, int64_t scoeffhint) {
+int32_t edit_spline(Task* task, int64_t s_order, int64_t s_type, int64_t bc_type, const T* bc, int64_t ic_type,
+                    const T* ic, T* scoeff, int64_t scoeffhint) {
     if (task == nullptr) return DfStatusNullTask;
     if (s_order < 0) return DfStatusBadOrder;
     if (s_type < 0) return DfStatusBadType;
@@ -42,12 +42,20 @@ int32_t edit_spline(Task* task, int64_t s_order, int64_t s_type, int64_t bc_type
 template <class T>
 int32_t store_pointer(Task& task, int64_t attribute, const T* pointer) {
     switch (attribute) {
-        case NAX_DF_ATTRIBUTE_X: task.x = pointer; return DfStatusOk;
-        case NAX_DF_ATTRIBUTE_IC: task.ic = pointer; return DfStatusOk;
-        case NAX_DF_ATTRIBUTE_BC: task.bc = pointer; return DfStatusOk;
-        case NAX_DF_ATTRIBUTE_Y: return set_functions<T>(task, pointer) ? DfStatusOk : DfStatusMemory;
+        case NAX_DF_ATTRIBUTE_X:
+            task.x = pointer;
+            return DfStatusOk;
+        case NAX_DF_ATTRIBUTE_IC:
+            task.ic = pointer;
+            return DfStatusOk;
+        case NAX_DF_ATTRIBUTE_BC:
+            task.bc = pointer;
+            return DfStatusOk;
+        case NAX_DF_ATTRIBUTE_Y:
+            return set_functions<T>(task, pointer) ? DfStatusOk : DfStatusMemory;
         // The caller's coefficients are written by construction; the editor's one pointer type is const for inputs.
-        default: return edit_coefficients<T>(task, const_cast<T*>(pointer), task.scoeffhint);
+        default:
+            return edit_coefficients<T>(task, const_cast<T*>(pointer), task.scoeffhint);
     }
 }
 
@@ -57,10 +65,12 @@ int32_t edit_pointer(Task* task, int64_t attribute, const T* pointer) {
     if (task->dimension != 1) return DfStatusOk;
     switch (attribute) {
 #define NAX_DF_POINTER(id, field, refused) \
-    case id: return pointer == nullptr ? refused : store_pointer<T>(*task, attribute, pointer);
+    case id:                               \
+        return pointer == nullptr ? refused : store_pointer<T>(*task, attribute, pointer);
 #include "fit/attributes.def"
 #undef NAX_DF_POINTER
-        default: return DfStatusBadAttribute;
+        default:
+            return DfStatusBadAttribute;
     }
 }
 
@@ -83,7 +93,8 @@ int32_t edit_indexed_pointer(Task* task, int64_t attribute, int64_t index, const
     return DfStatusOk;
 }
 
-// Editing to 1 is the one way to index a new partition; the other hints leave the index as it is, even when there is none.
+// Editing to 1 is the one way to index a new partition; the other hints leave the index as it is, even when there is
+// none.
 int32_t rebuild_index(Task& task, int64_t attribute, int64_t value) {
     if (attribute != NAX_DF_ATTRIBUTE_XHINT || value != kNonUniform) return DfStatusOk;
     return build_partition_index(task) ? DfStatusOk : DfStatusMemory;
@@ -100,7 +111,8 @@ int32_t edit_value(Task* task, int64_t attribute, int64_t v) {
         return rebuild_index(*task, attribute, v);
 #include "fit/attributes.def"
 #undef NAX_DF_VALUE
-        default: return DfStatusBadAttribute;
+        default:
+            return DfStatusBadAttribute;
     }
 }
 

@@ -58,7 +58,8 @@ bool build(Task& task) {
     const int64_t fine_bins = fine_bins_for(task);
     const std::size_t pairs = static_cast<std::size_t>(2 * nbins + 4);
     const std::size_t counts = fine_bins == 0 ? 0 : static_cast<std::size_t>(fine_bins + 2);
-    void* const block = nax_serv_allocate(sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t), kAlignment);
+    void* const block =
+        nax_serv_allocate(sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t), kAlignment);
     if (block == nullptr) return false;
 
     const T range = x[task.nx - 1] - x[0];

@@ -5,8 +5,8 @@
 
 namespace nax::fit {
 
-// Replaces the task's function pointers, all derived from `base` by the stored ny and yhint. False when memory is short;
-// the task then has none.
+// Replaces the task's function pointers, all derived from `base` by the stored ny and yhint. False when memory is
+// short; the task then has none.
 template <class T>
 bool set_functions(Task& task, const T* base);
 

@@ -14,13 +14,14 @@ int32_t query_pointer(const Task* task, int64_t attribute, T** result) {
     if (result == nullptr) return DfStatusNullOutput;
     if (task->dimension != 1) return DfStatusOk;
     switch (attribute) {
-#define NAX_DF_POINTER(id, field, refused)                                        \
-    case id:                                                                      \
-        *result = const_cast<T*>(static_cast<const T*>(first(task->field)));      \
+#define NAX_DF_POINTER(id, field, refused)                                   \
+    case id:                                                                 \
+        *result = const_cast<T*>(static_cast<const T*>(first(task->field))); \
         return DfStatusOk;
 #include "fit/attributes.def"
 #undef NAX_DF_POINTER
-        default: return DfStatusBadAttribute;
+        default:
+            return DfStatusBadAttribute;
     }
 }
 
@@ -51,10 +52,13 @@ int32_t query_value(const Task* task, int64_t attribute, void* result) {
     int64_t value;
     switch (attribute) {
 #define NAX_DF_VALUE(id, field, accepted, refused) \
-    case id: value = task->field; break;
+    case id:                                       \
+        value = task->field;                       \
+        break;
 #include "fit/attributes.def"
 #undef NAX_DF_VALUE
-        default: return DfStatusBadAttribute;
+        default:
+            return DfStatusBadAttribute;
     }
     if (task->int_width == 0)
         *static_cast<int32_t*>(result) = static_cast<int32_t>(value);

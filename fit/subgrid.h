@@ -12,7 +12,7 @@ inline float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); 
 template <class T>
 struct Subgrid {
     const T* x;
-    const T* ic;     // nx + 1 knots, two ends of a uniform sub-grid, or null for the middles of the intervals
+    const T* ic;  // nx + 1 knots, two ends of a uniform sub-grid, or null for the middles of the intervals
     int64_t nx;
     T origin, step;  // of a uniform partition
     T first, pitch;  // of a uniform sub-grid
@@ -38,7 +38,15 @@ constexpr Subgrid<T> subgrid_of(const Task& task) {
     const bool uniform_knots = ic != nullptr && (task.ic_type & kUniformSubgrid) != 0;
     // With two points there is one interior knot, which ic[0] gives.
     const T pitch = uniform_knots && task.nx > 2 ? (ic[1] - ic[0]) / static_cast<T>(task.nx - 2) : T(0);
-    return {x, ic, task.nx, x[0], uniform_step<T>(task), uniform_knots ? ic[0] : T(0), pitch, has_uniform_grid(task), uniform_knots};
+    return {x,
+            ic,
+            task.nx,
+            x[0],
+            uniform_step<T>(task),
+            uniform_knots ? ic[0] : T(0),
+            pitch,
+            has_uniform_grid(task),
+            uniform_knots};
 }
 
 }  // namespace nax::fit

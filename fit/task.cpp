@@ -32,8 +32,8 @@ int32_t new_task(Task** result, int64_t nx, const T* x, int64_t xhint, int64_t n
     task.nx = nx;
     task.x = x;
     task.xhint = xhint;
-    // The remaining plain fields come before the first step that can fail, so that a task left behind by a failure still
-    // answers editors and queries.
+    // The remaining plain fields come before the first step that can fail, so that a task left behind by a failure
+    // still answers editors and queries.
     task.yhint = yhint;
     task.ny = ny;
     task.int_width = static_cast<int32_t>(int_width);

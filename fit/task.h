@@ -10,28 +10,28 @@
 // One record for both precisions: `T` of the element pointers is double when `precision` is 1, float when it is 0.
 // The record owns the two pointer arrays and the partition index; everything the pointers lead to is the caller's.
 struct nax_df_task {
-    int32_t int_width;      // 0: the caller's integers are 32 bits wide, else 64
-    int8_t component;       // always kComponentTag
-    int32_t precision;      // 1 double, 0 single
-    int32_t dimension;      // always 1
-    int64_t nx;             // partition points
-    const void* x;          // ascending; for a uniform partition the two ends only
-    int64_t xhint;          // PartitionHint
-    int64_t ny;             // functions
-    const void** y;         // one pointer per function, or the base alone for kColumns
-    int64_t yhint;          // StorageHint
-    int64_t s_order;        // coefficients of one cell
-    int64_t s_type;         // SplineType
-    int64_t ic_type;        // InternalCondition
+    int32_t int_width;  // 0: the caller's integers are 32 bits wide, else 64
+    int8_t component;   // always kComponentTag
+    int32_t precision;  // 1 double, 0 single
+    int32_t dimension;  // always 1
+    int64_t nx;         // partition points
+    const void* x;      // ascending; for a uniform partition the two ends only
+    int64_t xhint;      // PartitionHint
+    int64_t ny;         // functions
+    const void** y;     // one pointer per function, or the base alone for kColumns
+    int64_t yhint;      // StorageHint
+    int64_t s_order;    // coefficients of one cell
+    int64_t s_type;     // SplineType
+    int64_t ic_type;    // InternalCondition
     const void* ic;
-    int64_t bc_type;        // BoundaryCondition
+    int64_t bc_type;  // BoundaryCondition
     const void* bc;
-    void** scoeff;          // one pointer per function
-    int64_t scoeffhint;     // StorageHint
+    void** scoeff;       // one pointer per function
+    int64_t scoeffhint;  // StorageHint
     int64_t check_flag;
-    int64_t nbins;          // bins of the partition index
-    int64_t* bin_table;     // pairs (lo, hi), see partition_index.h
-    union {                 // bins per unit of x
+    int64_t nbins;       // bins of the partition index
+    int64_t* bin_table;  // pairs (lo, hi), see partition_index.h
+    union {              // bins per unit of x
         double bin_scale_d;
         float bin_scale_s;
     };
@@ -59,7 +59,13 @@ enum SplineType : int64_t {
     kStepLeft = 8,
     kHyman = 9
 };
-enum InternalCondition : int64_t { kNoInternal = 0, kInternalFirst = 1, kInternalSecond = 2, kUniformSubgrid = 4, kSubbotinKnots = 8 };
+enum InternalCondition : int64_t {
+    kNoInternal = 0,
+    kInternalFirst = 1,
+    kInternalSecond = 2,
+    kUniformSubgrid = 4,
+    kSubbotinKnots = 8
+};
 enum BoundaryCondition : int64_t {
     kBcNone = 0,
     kBcNotAKnot = 1,
@@ -72,8 +78,12 @@ enum BoundaryCondition : int64_t {
     kBcQuadraticValue = 128
 };
 
-constexpr bool is_partition_hint(int64_t v) { return v == kNoHint || v == kNonUniform || v == kQuasiUniform || v == kUniform; }
-constexpr bool is_storage_hint(int64_t v) { return v == kDefaultStorage || v == kRows || v == kColumns || v == kFirstOnly; }
+constexpr bool is_partition_hint(int64_t v) {
+    return v == kNoHint || v == kNonUniform || v == kQuasiUniform || v == kUniform;
+}
+constexpr bool is_storage_hint(int64_t v) {
+    return v == kDefaultStorage || v == kRows || v == kColumns || v == kFirstOnly;
+}
 // The types that construction knows. Steps and look-up are set only through the editor of a whole spline.
 constexpr bool is_constructed_type(int64_t v) { return (v >= kDefaultType && v <= kAkima) || v == kHyman; }
 

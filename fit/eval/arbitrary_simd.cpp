@@ -1,5 +1,5 @@
-// Polynomials of any order with coefficients of the caller, differentiated term by term. Order 0 stands for a spline that
-// callbacks compute: it has no terms.
+// Polynomials of any order with coefficients of the caller, differentiated term by term. Order 0 stands for a spline
+// that callbacks compute: it has no terms.
 #include "fit/eval/polynomial.h"
 
 namespace nax::fit {
@@ -15,7 +15,8 @@ T falling_factorial(int64_t m, int64_t k) {
 }
 
 template <class P, class T>
-[[gnu::always_inline]] inline void derivative_at(const EvalBlock<T>& block, const T* coeff, int64_t k, T* plane, int64_t i) {
+[[gnu::always_inline]] inline void derivative_at(const EvalBlock<T>& block, const T* coeff, int64_t k, T* plane,
+                                                 int64_t i) {
     const int64_t order = block.task->s_order;
     const auto first = P::times(P::load_cells(block.index + i), order);
     const auto t = P::load(block.local + i);

@@ -11,17 +11,18 @@ const T* block_sites(const Evaluation<T>& evaluation, int64_t first, int64_t n, 
 }
 
 template <class T>
-int32_t find_cells(const Evaluation<T>& evaluation, int64_t n, const T* site, int64_t& position, void* cell, int64_t flags) {
+int32_t find_cells(const Evaluation<T>& evaluation, int64_t n, const T* site, int64_t& position, void* cell,
+                   int64_t flags) {
     const BlockSearch<T>& search = evaluation.search;
     if (search.algorithm == kSearchSorted && position > 0 && site[0] < search.x[position - 1]) position = 0;
-    return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, n, site, &position, search.callback,
-                                                                search.parameters, search.bin_table, cell, flags,
-                                                                search.scale);
+    return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, n, site, &position,
+                                                                search.callback, search.parameters, search.bin_table,
+                                                                cell, flags, search.scale);
 }
 
 template <class T>
-int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction evaluator, EvalBlock<T>& block, int64_t first,
-                           int64_t n, int thread) {
+int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction evaluator, EvalBlock<T>& block,
+                           int64_t first, int64_t n, int thread) {
     const ResultLayout& layout = evaluation.layout;
     const int64_t planes = layout.buffer_planes();
     T* const buffer = evaluation.buffer == nullptr ? nullptr : evaluation.buffer + thread * planes * kBlockSites;
@@ -41,7 +42,8 @@ void copy_given_cells(const Evaluation<T>& evaluation, int64_t first, int64_t n,
     const void* const given = evaluation.cell_from(first);
     const int64_t nx = evaluation.task->nx;
     for (int64_t i = 0; i < n; ++i) {
-        const int64_t c = evaluation.wide_cells() ? static_cast<const int64_t*>(given)[i] : static_cast<const int32_t*>(given)[i];
+        const int64_t c =
+            evaluation.wide_cells() ? static_cast<const int64_t*>(given)[i] : static_cast<const int32_t*>(given)[i];
         cell[i] = c < 0 ? 0 : (c > nx ? nx : c);
     }
 }
@@ -70,7 +72,7 @@ int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n
     block.one_cell = false;
     block.try_one_cell = evaluation.search.algorithm == kSearchSorted;
     const auto* const table = given || evaluation.wide_cells() ? EvaluatorTables<T>::_Interpolate1D64Dispatch
-                                                      : EvaluatorTables<T>::_Interpolate1D32Dispatch;
+                                                               : EvaluatorTables<T>::_Interpolate1D32Dispatch;
     return evaluate_functions(evaluation, table[evaluation.evaluator], block, first, n, thread);
 }
 
@@ -78,8 +80,10 @@ template const double* block_sites(const Evaluation<double>&, int64_t, int64_t, 
 template const float* block_sites(const Evaluation<float>&, int64_t, int64_t, float*);
 template int32_t find_cells(const Evaluation<double>&, int64_t, const double*, int64_t&, void*, int64_t);
 template int32_t find_cells(const Evaluation<float>&, int64_t, const float*, int64_t&, void*, int64_t);
-template int32_t evaluate_functions(const Evaluation<double>&, EvaluatorFunction, EvalBlock<double>&, int64_t, int64_t, int);
-template int32_t evaluate_functions(const Evaluation<float>&, EvaluatorFunction, EvalBlock<float>&, int64_t, int64_t, int);
+template int32_t evaluate_functions(const Evaluation<double>&, EvaluatorFunction, EvalBlock<double>&, int64_t, int64_t,
+                                    int);
+template int32_t evaluate_functions(const Evaluation<float>&, EvaluatorFunction, EvalBlock<float>&, int64_t, int64_t,
+                                    int);
 template void copy_given_cells(const Evaluation<double>&, int64_t, int64_t, int64_t*);
 template void copy_given_cells(const Evaluation<float>&, int64_t, int64_t, int64_t*);
 template int32_t evaluate_block(const Evaluation<double>&, int64_t, int64_t, int, int64_t&);

@@ -1,5 +1,5 @@
-// Blocks with callbacks. The sites fall into three groups: left of the partition, right of it, and the rest. A group with a
-// callback goes to it as one batch for all functions; the sites of the others go through the plain evaluator.
+// Blocks with callbacks. The sites fall into three groups: left of the partition, right of it, and the rest. A group
+// with a callback goes to it as one batch for all functions; the sites of the others go through the plain evaluator.
 #include "fit/eval/evaluation.h"
 #include "service/block.h"
 
@@ -72,7 +72,8 @@ void collect_plain(const Evaluation<T>& evaluation, const Groups<T>& groups, Gro
         int from = -1;
         for (int g = 0; g < kSiteGroups; ++g) {
             const Group<T>& group = groups.group[g];
-            if (evaluation.callback[g] != nullptr || next[g] == group.count || group.target[next[g]] >= nearest) continue;
+            if (evaluation.callback[g] != nullptr || next[g] == group.count || group.target[next[g]] >= nearest)
+                continue;
             nearest = group.target[next[g]];
             from = g;
         }
@@ -125,7 +126,8 @@ int32_t merge_callbacks(EvalBlock<T>& block, int64_t function, EvaluatorFunction
 }
 
 template <class T>
-int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread, int64_t& position) {
+int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread,
+                                      int64_t& position) {
     alignas(64) T site_buffer[kBlockSites];
     Groups<T> groups;
     groups.split(evaluation, block_sites(evaluation, first, n, site_buffer), n);
@@ -159,8 +161,8 @@ int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t f
     block.target = plain.target;
     block.batches = batches;
     block.batch_count = kSiteGroups;
-    return evaluate_functions(evaluation, EvaluatorTables<T>::_Interpolate1D64DispatchCB[evaluation.evaluator], block, first,
-                              n, thread);
+    return evaluate_functions(evaluation, EvaluatorTables<T>::_Interpolate1D64DispatchCB[evaluation.evaluator], block,
+                              first, n, thread);
 }
 
 template int32_t merge_callbacks(EvalBlock<double>&, int64_t, EvaluatorFunction);

@@ -116,23 +116,53 @@ int32_t interpolate(const Arguments<T>& a) {
 }  // namespace
 }  // namespace nax::fit
 
-extern "C" int32_t nax_df_kernel_dDFInterpolate1D(
-    const nax_df_task* task, int64_t job, int64_t, int64_t nsite, const double* site, int64_t sitehint, int64_t ndorder,
-    const void* dorder, const double* data_hint, double* r, int64_t rhint, void* cell, nax_df_interpolation_callback_d left,
-    void* left_parameters, nax_df_interpolation_callback_d right, void* right_parameters,
-    nax_df_interpolation_callback_d interior, void* interior_parameters, nax_df_search_callback_d search,
-    void* search_parameters, const nax_threaders* threaders) {
-    return nax::fit::interpolate<double>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell,
-                                          {left, right, interior}, {left_parameters, right_parameters, interior_parameters},
-                                          search, search_parameters, threaders});
+extern "C" int32_t nax_df_kernel_dDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t, int64_t nsite,
+                                                  const double* site, int64_t sitehint, int64_t ndorder,
+                                                  const void* dorder, const double* data_hint, double* r, int64_t rhint,
+                                                  void* cell, nax_df_interpolation_callback_d left,
+                                                  void* left_parameters, nax_df_interpolation_callback_d right,
+                                                  void* right_parameters, nax_df_interpolation_callback_d interior,
+                                                  void* interior_parameters, nax_df_search_callback_d search,
+                                                  void* search_parameters, const nax_threaders* threaders) {
+    return nax::fit::interpolate<double>({task,
+                                          job,
+                                          nsite,
+                                          site,
+                                          sitehint,
+                                          ndorder,
+                                          dorder,
+                                          data_hint,
+                                          r,
+                                          rhint,
+                                          cell,
+                                          {left, right, interior},
+                                          {left_parameters, right_parameters, interior_parameters},
+                                          search,
+                                          search_parameters,
+                                          threaders});
 }
-extern "C" int32_t nax_df_kernel_sDFInterpolate1D(
-    const nax_df_task* task, int64_t job, int64_t, int64_t nsite, const float* site, int64_t sitehint, int64_t ndorder,
-    const void* dorder, const float* data_hint, float* r, int64_t rhint, void* cell, nax_df_interpolation_callback_s left,
-    void* left_parameters, nax_df_interpolation_callback_s right, void* right_parameters,
-    nax_df_interpolation_callback_s interior, void* interior_parameters, nax_df_search_callback_s search,
-    void* search_parameters, const nax_threaders* threaders) {
-    return nax::fit::interpolate<float>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell,
-                                         {left, right, interior}, {left_parameters, right_parameters, interior_parameters},
-                                         search, search_parameters, threaders});
+extern "C" int32_t nax_df_kernel_sDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t, int64_t nsite,
+                                                  const float* site, int64_t sitehint, int64_t ndorder,
+                                                  const void* dorder, const float* data_hint, float* r, int64_t rhint,
+                                                  void* cell, nax_df_interpolation_callback_s left,
+                                                  void* left_parameters, nax_df_interpolation_callback_s right,
+                                                  void* right_parameters, nax_df_interpolation_callback_s interior,
+                                                  void* interior_parameters, nax_df_search_callback_s search,
+                                                  void* search_parameters, const nax_threaders* threaders) {
+    return nax::fit::interpolate<float>({task,
+                                         job,
+                                         nsite,
+                                         site,
+                                         sitehint,
+                                         ndorder,
+                                         dorder,
+                                         data_hint,
+                                         r,
+                                         rhint,
+                                         cell,
+                                         {left, right, interior},
+                                         {left_parameters, right_parameters, interior_parameters},
+                                         search,
+                                         search_parameters,
+                                         threaders});
 }

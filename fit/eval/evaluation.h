@@ -8,8 +8,8 @@
 namespace nax::fit {
 
 template <class T>
-using InterpolationCallback = int32_t (*)(const int64_t* nsite, const int64_t* cell, const T* site, T* r, void* parameters,
-                                          void* reserved);
+using InterpolationCallback = int32_t (*)(const int64_t* nsite, const int64_t* cell, const T* site, T* r,
+                                          void* parameters, void* reserved);
 
 enum SiteGroup { kLeftGroup, kRightGroup, kInteriorGroup, kSiteGroups };
 
@@ -28,7 +28,7 @@ struct Evaluation {
     T* r;
     ResultLayout layout;
     void* cell;
-    T* buffer;            // one slice of layout.buffer_size() elements for each thread
+    T* buffer;  // one slice of layout.buffer_size() elements for each thread
     InterpolationCallback<T> callback[kSiteGroups];
     void* parameters[kSiteGroups];
     int32_t status;  // of the first thread that failed
@@ -53,18 +53,20 @@ void copy_given_cells(const Evaluation<T>& evaluation, int64_t first, int64_t n,
 template <class T>
 int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread, int64_t& position);
 template <class T>
-int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread, int64_t& position);
+int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread,
+                                      int64_t& position);
 
-// The cells of n sites. The walk of a sorted search restarts when the sites of a block lie left of its position, so that
-// a block's cells don't depend on the blocks before it.
+// The cells of n sites. The walk of a sorted search restarts when the sites of a block lie left of its position, so
+// that a block's cells don't depend on the blocks before it.
 template <class T>
-int32_t find_cells(const Evaluation<T>& evaluation, int64_t n, const T* site, int64_t& position, void* cell, int64_t flags);
+int32_t find_cells(const Evaluation<T>& evaluation, int64_t n, const T* site, int64_t& position, void* cell,
+                   int64_t flags);
 
 // Runs the evaluator for every function of a block of `n` sites from `first` on, and puts the results into the caller's
 // layout. block.n may be less than n, when callbacks did the rest.
 template <class T>
-int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction evaluator, EvalBlock<T>& block, int64_t first,
-                           int64_t n, int thread);
+int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction evaluator, EvalBlock<T>& block,
+                           int64_t first, int64_t n, int thread);
 
 // All blocks, on threads when there are enough sites.
 template <class T>

@@ -45,22 +45,22 @@ struct CallbackBatch {
     const T* result = nullptr;    // (j * count + i) * nder + d; null for a group without a callback
 };
 
-// One block of sites. Function j's results for slot d go to plane + d * plane_stride, one element per site. The first call
-// of an evaluator on a block makes the polynomial indices and local coordinates, which further functions reuse. The members
-// `CB` of a block find its n sites at `target` of the block, and the results for the others in `batches`.
+// One block of sites. Function j's results for slot d go to plane + d * plane_stride, one element per site. The first
+// call of an evaluator on a block makes the polynomial indices and local coordinates, which further functions reuse.
+// The members `CB` of a block find its n sites at `target` of the block, and the results for the others in `batches`.
 template <class T>
 struct EvalBlock {
     const Task* task;
     const Orders* orders;
-    T step;            // of a uniform partition
-    int64_t n;         // sites
+    T step;     // of a uniform partition
+    int64_t n;  // sites
     const T* site;
     const void* cell;  // 32-bit for the members `32`, else 64-bit
     T* plane;
     int64_t plane_stride;
     bool located;
-    bool one_cell;     // all sites lie in the cell of the first: found for sorted sites only
-    bool try_one_cell; // whether that is worth a test
+    bool one_cell;      // all sites lie in the cell of the first: found for sorted sites only
+    bool try_one_cell;  // whether that is worth a test
     alignas(64) int64_t index[kBlockSites];
     alignas(64) T local[kBlockSites];
     const int64_t* target;
@@ -79,14 +79,22 @@ struct EvaluatorTables {
     static const EvaluatorFunction _Interpolate1D32DispatchCB[kEvaluators];
     static const EvaluatorFunction _Interpolate1D64DispatchCB[kEvaluators];
 };
-template <> const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D32Dispatch[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D64Dispatch[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D32DispatchCB[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D64DispatchCB[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D32Dispatch[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D64Dispatch[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D32DispatchCB[kEvaluators];
-template <> const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D64DispatchCB[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D32Dispatch[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D64Dispatch[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D32DispatchCB[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<double>::_Interpolate1D64DispatchCB[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D32Dispatch[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D64Dispatch[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D32DispatchCB[kEvaluators];
+template <>
+const EvaluatorFunction EvaluatorTables<float>::_Interpolate1D64DispatchCB[kEvaluators];
 
 // Zeroes the slots that an evaluator of `limit` derivative orders leaves over, and says how many it fills.
 template <class T>
@@ -102,7 +110,8 @@ void locate_subbotin(EvalBlock<T>& block, bool wide_cells);
 // The cell of a site in range, whatever the caller's array holds.
 template <class T>
 inline int64_t cell_at(const EvalBlock<T>& block, bool wide_cells, int64_t i) {
-    const int64_t c = wide_cells ? static_cast<const int64_t*>(block.cell)[i] : static_cast<const int32_t*>(block.cell)[i];
+    const int64_t c =
+        wide_cells ? static_cast<const int64_t*>(block.cell)[i] : static_cast<const int32_t*>(block.cell)[i];
     return c < 0 ? 0 : (c > block.task->nx ? block.task->nx : c);
 }
 // Cell 0 and cell nx extend the end polynomials.
@@ -118,15 +127,15 @@ int32_t merge_callbacks(EvalBlock<T>& block, int64_t function, EvaluatorFunction
 }  // namespace nax::fit
 
 // The exported members of an evaluator, for a file that defines evaluate<T, wide cells>(block, function).
-#define NAX_DF_EVAL_MEMBER(name, T, wide)                                                             \
-    extern "C" int32_t name(void* block, int64_t function) {                                          \
-        return nax::fit::evaluate<T, wide>(*static_cast<nax::fit::EvalBlock<T>*>(block), function);   \
-    }                                                                                                 \
-    extern "C" int32_t name##CB(void* block, int64_t function) {                                      \
+#define NAX_DF_EVAL_MEMBER(name, T, wide)                                                               \
+    extern "C" int32_t name(void* block, int64_t function) {                                            \
+        return nax::fit::evaluate<T, wide>(*static_cast<nax::fit::EvalBlock<T>*>(block), function);     \
+    }                                                                                                   \
+    extern "C" int32_t name##CB(void* block, int64_t function) {                                        \
         return nax::fit::merge_callbacks(*static_cast<nax::fit::EvalBlock<T>*>(block), function, name); \
     }
-#define NAX_DF_EVAL_FAMILY(evaluator)                                                 \
-    NAX_DF_EVAL_MEMBER(nax_df_kernel_d_##evaluator##SplineEval32, double, false)      \
-    NAX_DF_EVAL_MEMBER(nax_df_kernel_d_##evaluator##SplineEval64, double, true)       \
-    NAX_DF_EVAL_MEMBER(nax_df_kernel_s_##evaluator##SplineEval32, float, false)       \
+#define NAX_DF_EVAL_FAMILY(evaluator)                                            \
+    NAX_DF_EVAL_MEMBER(nax_df_kernel_d_##evaluator##SplineEval32, double, false) \
+    NAX_DF_EVAL_MEMBER(nax_df_kernel_d_##evaluator##SplineEval64, double, true)  \
+    NAX_DF_EVAL_MEMBER(nax_df_kernel_s_##evaluator##SplineEval32, float, false)  \
     NAX_DF_EVAL_MEMBER(nax_df_kernel_s_##evaluator##SplineEval64, float, true)

@@ -1,6 +1,6 @@
-// Where results go. An evaluator writes planes: for one function and one order, consecutive sites side by side. Layouts in
-// which planes lie so in the caller's array take them directly, the others get them through a block buffer that is then
-// transposed.
+// Where results go. An evaluator writes planes: for one function and one order, consecutive sites side by side. Layouts
+// in which planes lie so in the caller's array take them directly, the others get them through a block buffer that is
+// then transposed.
 #pragma once
 
 #include <cstdint>

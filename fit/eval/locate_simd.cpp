@@ -11,7 +11,8 @@ template <class P, class T, class Cell>
     const Task& task = *block.task;
     const T* const x = partition<T>(task);
     const auto p = P::imin(P::imax(P::isub(P::load_cells(cell + i), P::iset(1)), P::iset(0)), P::iset(task.nx - 2));
-    const auto left = has_uniform_grid(task) ? P::fma(P::from_int(p), P::set(block.step), P::set(x[0])) : P::gather(x, p);
+    const auto left =
+        has_uniform_grid(task) ? P::fma(P::from_int(p), P::set(block.step), P::set(x[0])) : P::gather(x, p);
     P::store_cells(block.index + i, p);
     P::store(block.local + i, P::sub(P::load(block.site + i), left));
 }
@@ -79,8 +80,12 @@ void locate_cells(EvalBlock<T>& block, bool wide_cells) {
 }  // namespace
 
 template <>
-void locate(EvalBlock<double>& block, bool wide_cells) { locate_cells(block, wide_cells); }
+void locate(EvalBlock<double>& block, bool wide_cells) {
+    locate_cells(block, wide_cells);
+}
 template <>
-void locate(EvalBlock<float>& block, bool wide_cells) { locate_cells(block, wide_cells); }
+void locate(EvalBlock<float>& block, bool wide_cells) {
+    locate_cells(block, wide_cells);
+}
 
 }  // namespace nax::fit

@@ -1,5 +1,5 @@
-// The piece of a Subbotin spline: that of the cell's left point, or the next one when the knot between them is at or left of
-// the site. Pieces 0 and nx - 1 extend beyond the ends.
+// The piece of a Subbotin spline: that of the cell's left point, or the next one when the knot between them is at or
+// left of the site. Pieces 0 and nx - 1 extend beyond the ends.
 #include "fit/eval/evaluator.h"
 #include "fit/subgrid.h"
 

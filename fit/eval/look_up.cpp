@@ -11,7 +11,9 @@ inline constexpr T kTolerance = T(0x1p-40);
 constexpr int64_t kNoPoint = -1;
 
 template <class T>
-T distance(T a) { return a < 0 ? -a : a; }
+T distance(T a) {
+    return a < 0 ? -a : a;
+}
 
 // The point that a site of cell c stands on.
 template <class T>

@@ -11,10 +11,14 @@ int32_t evaluation_index(int64_t s_order, int64_t s_type, bool all_callbacks) {
     if (s_order > 4) return kEvalArbitr;
     if (s_order != 0) return DfStatusBadType;
     switch (s_type) {
-        case kStepLeft: return kEvalStepLeft;
-        case kStepRight: return kEvalStepRight;
-        case kLookUp: return kEvalLookUp;
-        default: return all_callbacks ? static_cast<int32_t>(kEvalArbitr) : static_cast<int32_t>(DfStatusBadType);
+        case kStepLeft:
+            return kEvalStepLeft;
+        case kStepRight:
+            return kEvalStepRight;
+        case kLookUp:
+            return kEvalLookUp;
+        default:
+            return all_callbacks ? static_cast<int32_t>(kEvalArbitr) : static_cast<int32_t>(DfStatusBadType);
     }
 }
 
@@ -34,8 +38,7 @@ int64_t zero_missing_orders(EvalBlock<T>& block, int64_t limit) {
     const Orders& orders = *block.orders;
     int64_t filled = 0;
     const int64_t flags = orders.only_value ? 1 : orders.count;
-    for (int64_t k = 0; k < limit && k < flags && filled < orders.nder; ++k)
-        filled += orders.requested(k) ? 1 : 0;
+    for (int64_t k = 0; k < limit && k < flags && filled < orders.nder; ++k) filled += orders.requested(k) ? 1 : 0;
     for (int64_t slot = filled; slot < orders.nder; ++slot)
         for (int64_t i = 0; i < block.n; ++i) block.plane[slot * block.plane_stride + i] = T(0);
     return filled;

@@ -1,4 +1,5 @@
-// Polynomial pieces of a known order: values and derivatives in the local coordinate. Included by *_simd.cpp files only.
+// Polynomial pieces of a known order: values and derivatives in the local coordinate. Included by *_simd.cpp files
+// only.
 #pragma once
 
 #include "fit/eval/evaluator.h"
@@ -55,8 +56,8 @@ struct SharedRow {
     [[gnu::always_inline]] const typename P::F* get(int64_t, typename P::F*) const { return row; }
 };
 
-// Evaluates full vectors from site i on and returns the site behind them. The value alone is the common case and gets a loop
-// without tests.
+// Evaluates full vectors from site i on and returns the site behind them. The value alone is the common case and gets a
+// loop without tests.
 template <class P, int kOrder, class RowSource, class T>
 [[gnu::always_inline]] static inline int64_t evaluate_from(int64_t i, int64_t n, const RowSource& rows, const T* local,
                                                            const Planes<T>& planes) {

@@ -1,5 +1,5 @@
-// Step function continuous from the right: the value of the cell's left point. Beyond the right end the last cell extends,
-// on it stands the last point's value.
+// Step function continuous from the right: the value of the cell's left point. Beyond the right end the last cell
+// extends, on it stands the last point's value.
 #include "fit/eval/data_points.h"
 
 namespace nax::fit {

@@ -34,12 +34,14 @@ void _v1DInterpThreader(int64_t item, int thread, int, void* context) {
     const int32_t status = evaluate_range(*stage.evaluation, stage.first + item * stage.size, stage.size, thread);
     int32_t none = DfStatusOk;
     if (status < 0)
-        __atomic_compare_exchange_n(&stage.evaluation->status, &none, status, false, __ATOMIC_RELAXED, __ATOMIC_RELAXED);
+        __atomic_compare_exchange_n(&stage.evaluation->status, &none, status, false, __ATOMIC_RELAXED,
+                                    __ATOMIC_RELAXED);
 }
 
 // Runs `tasks` tasks of `size` sites and returns the site behind them.
 template <class T>
-int64_t run_stage(Evaluation<T>& evaluation, const Threaders& threaders, int limit, int64_t first, int64_t tasks, int64_t size) {
+int64_t run_stage(Evaluation<T>& evaluation, const Threaders& threaders, int limit, int64_t first, int64_t tasks,
+                  int64_t size) {
     Stage<T> stage{&evaluation, first, size};
     const int threads = tasks < limit ? static_cast<int>(tasks) : limit;
     threaders.parallel_for(tasks, threads, &stage, _v1DInterpThreader<T>);

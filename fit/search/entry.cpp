@@ -29,8 +29,9 @@ int32_t search_entry(const Task* task, int64_t nsite, const T* site, int64_t sit
     if (count > 0 && cell == nullptr) return DfStatusNullOutput;
     const int64_t flags = kCallerCells | (task->int_width != 0 ? int64_t{kCells64} : int64_t{0});
     const bool uniform_sites = sitehint == kUniformSites && count > 0;
-    const SearchRequest<T> request{task,  count,     site,
-                                   uniform_sites, cell, plan_block_search<T>(*task, algorithm, data_hint, callback, parameters),
+    const SearchRequest<T> request{task,  count,
+                                   site,  uniform_sites,
+                                   cell,  plan_block_search<T>(*task, algorithm, data_hint, callback, parameters),
                                    flags, threaders};
     if (count < kInPlaceSites) return search_in_place(request);
     return WholeArraySearch<T>::_SearchDispatch[algorithm](request);

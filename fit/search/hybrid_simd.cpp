@@ -1,6 +1,6 @@
-// General partition: the partition index bounds the cell of a site, and bisection finds it, for a vector of sites at once.
-// With about one point to a bin two halvings settle almost every vector. Partitions of very uneven density take more of
-// them, at most the logarithm of nx.
+// General partition: the partition index bounds the cell of a site, and bisection finds it, for a vector of sites at
+// once. With about one point to a bin two halvings settle almost every vector. Partitions of very uneven density take
+// more of them, at most the logarithm of nx.
 #include "fit/partition_index.h"
 #include "fit/search/for_each_site.h"
 
@@ -21,14 +21,16 @@ template <class P, class T>
     low = P::select(above, P::iadd(middle, P::iset(1)), low);
 }
 
-// The number of points not above each site, known to be from `low` to `high`. The first halvings, which settle most vectors,
-// are taken without asking: a branch on each would be mispredicted too often.
+// The number of points not above each site, known to be from `low` to `high`. The first halvings, which settle most
+// vectors, are taken without asking: a branch on each would be mispredicted too often.
 template <class P, class T>
-[[gnu::always_inline]] inline typename P::I bisect(const T* x, typename P::F site, typename P::I low, typename P::I high,
-                                                   int64_t nx) {
+[[gnu::always_inline]] inline typename P::I bisect(const T* x, typename P::F site, typename P::I low,
+                                                   typename P::I high, int64_t nx) {
     const auto last = P::iset(nx - 1);
+#pragma GCC unroll 2
     for (int k = 0; k < kSureHalvings; ++k) halve<P>(x, site, P::ilt(low, high), last, low, high);
-    for (auto open = P::ilt(low, high); P::any(open); open = P::ilt(low, high)) halve<P>(x, site, open, last, low, high);
+    for (auto open = P::ilt(low, high); P::any(open); open = P::ilt(low, high))
+        halve<P>(x, site, open, last, low, high);
     return low;
 }
 

@@ -35,17 +35,17 @@ constexpr bool needs_wide_cells(int64_t nx) {
 }  // namespace nax::fit
 
 // The exported members of a family, for a file that defines search<T, width>(block).
-#define NAX_DF_SEARCH_MEMBER(name, T, width)                                                                            \
-    extern "C" int32_t name(int64_t nx, const T* x, int64_t nsite, const T* site, int64_t* position,                    \
-                            nax::fit::SearchCallback<T> callback, void* parameters, const int64_t* bin_table,           \
-                            void* cell, T scale) {                                                                      \
-        return nax::fit::search<T, nax::fit::width>(                                                                    \
-            {nx, x, nsite, site, position, callback, parameters, bin_table, cell, scale});                              \
+#define NAX_DF_SEARCH_MEMBER(name, T, width)                                                                  \
+    extern "C" int32_t name(int64_t nx, const T* x, int64_t nsite, const T* site, int64_t* position,          \
+                            nax::fit::SearchCallback<T> callback, void* parameters, const int64_t* bin_table, \
+                            void* cell, T scale) {                                                            \
+        return nax::fit::search<T, nax::fit::width>(                                                          \
+            {nx, x, nsite, site, position, callback, parameters, bin_table, cell, scale});                    \
     }
-#define NAX_DF_SEARCH_FAMILY(algorithm)                                                       \
-    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D32, double, kWidth32)          \
-    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D64Pack, double, kWidth64Pack)  \
-    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D64, double, kWidth64)          \
-    NAX_DF_SEARCH_MEMBER(nax_df_kernel_sDF##algorithm##Search1D32, float, kWidth32)           \
-    NAX_DF_SEARCH_MEMBER(nax_df_kernel_sDF##algorithm##Search1D64Pack, float, kWidth64Pack)   \
+#define NAX_DF_SEARCH_FAMILY(algorithm)                                                      \
+    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D32, double, kWidth32)         \
+    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D64Pack, double, kWidth64Pack) \
+    NAX_DF_SEARCH_MEMBER(nax_df_kernel_dDF##algorithm##Search1D64, double, kWidth64)         \
+    NAX_DF_SEARCH_MEMBER(nax_df_kernel_sDF##algorithm##Search1D32, float, kWidth32)          \
+    NAX_DF_SEARCH_MEMBER(nax_df_kernel_sDF##algorithm##Search1D64Pack, float, kWidth64Pack)  \
     NAX_DF_SEARCH_MEMBER(nax_df_kernel_sDF##algorithm##Search1D64, float, kWidth64)

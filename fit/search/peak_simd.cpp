@@ -1,4 +1,5 @@
-// Sites near a known cell k: a vector of sites that all lie in it is settled by one comparison, the others walk from it.
+// Sites near a known cell k: a vector of sites that all lie in it is settled by one comparison, the others walk from
+// it.
 #include "fit/search/for_each_site.h"
 #include "fit/search/walk.h"
 

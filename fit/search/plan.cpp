@@ -20,11 +20,16 @@ T search_scale(const Task& task, int32_t algorithm, const T* data_hint) {
     const T* const x = partition<T>(task);
     switch (algorithm) {
         case kSearchUniform:
-        case kSearchUniUserDef: return static_cast<T>(task.nx - 1) / (x[1] - x[0]);
-        case kSearchQuasiUniform: return static_cast<T>(task.nx - 1) / (x[task.nx - 1] - x[0]);
-        case kSearchHybrid: return bin_scale<T>(task);
-        case kSearchPeak: return data_hint[4];
-        default: return T(0);
+        case kSearchUniUserDef:
+            return static_cast<T>(task.nx - 1) / (x[1] - x[0]);
+        case kSearchQuasiUniform:
+            return static_cast<T>(task.nx - 1) / (x[task.nx - 1] - x[0]);
+        case kSearchHybrid:
+            return bin_scale<T>(task);
+        case kSearchPeak:
+            return data_hint[4];
+        default:
+            return T(0);
     }
 }
 

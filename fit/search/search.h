@@ -52,14 +52,22 @@ struct SearchTables {
     static const SearchMember<T> _Search1D64Dispatch[kSearchAlgorithms];
 };
 // Defined in dispatch.cpp for both precisions.
-template <> const SearchKernel<double> SearchTables<double>::_Search1DDispatch[kSearchAlgorithms];
-template <> const SearchMember<double> SearchTables<double>::_Search1D32Dispatch[kSearchAlgorithms];
-template <> const SearchMember<double> SearchTables<double>::_Search1D64PackDispatch[kSearchAlgorithms];
-template <> const SearchMember<double> SearchTables<double>::_Search1D64Dispatch[kSearchAlgorithms];
-template <> const SearchKernel<float> SearchTables<float>::_Search1DDispatch[kSearchAlgorithms];
-template <> const SearchMember<float> SearchTables<float>::_Search1D32Dispatch[kSearchAlgorithms];
-template <> const SearchMember<float> SearchTables<float>::_Search1D64PackDispatch[kSearchAlgorithms];
-template <> const SearchMember<float> SearchTables<float>::_Search1D64Dispatch[kSearchAlgorithms];
+template <>
+const SearchKernel<double> SearchTables<double>::_Search1DDispatch[kSearchAlgorithms];
+template <>
+const SearchMember<double> SearchTables<double>::_Search1D32Dispatch[kSearchAlgorithms];
+template <>
+const SearchMember<double> SearchTables<double>::_Search1D64PackDispatch[kSearchAlgorithms];
+template <>
+const SearchMember<double> SearchTables<double>::_Search1D64Dispatch[kSearchAlgorithms];
+template <>
+const SearchKernel<float> SearchTables<float>::_Search1DDispatch[kSearchAlgorithms];
+template <>
+const SearchMember<float> SearchTables<float>::_Search1D32Dispatch[kSearchAlgorithms];
+template <>
+const SearchMember<float> SearchTables<float>::_Search1D64PackDispatch[kSearchAlgorithms];
+template <>
+const SearchMember<float> SearchTables<float>::_Search1D64Dispatch[kSearchAlgorithms];
 
 // The algorithm for a task and its sites, or DfStatusBadDataHint.
 template <class T>
@@ -82,16 +90,17 @@ struct BlockSearch {
 
     // 64-bit cells of one block. `position` is carried from block to block; it starts at 0.
     int32_t operator()(int64_t nsite, const T* site, int64_t* position, int64_t* cell) const {
-        return SearchTables<T>::_Search1DDispatch[algorithm](nx, x, nsite, site, position, callback, parameters, bin_table,
-                                                             cell, kCells64, scale);
+        return SearchTables<T>::_Search1DDispatch[algorithm](nx, x, nsite, site, position, callback, parameters,
+                                                             bin_table, cell, kCells64, scale);
     }
 };
 
 template <class T>
 BlockSearch<T> plan_block_search(const Task& task, int32_t algorithm, const T* data_hint, SearchCallback<T> callback,
                                  void* parameters) {
-    return {task.nx,        partition<T>(task), callback, parameters, task.bin_table,
-            search_scale<T>(task, algorithm, data_hint), algorithm};
+    return {task.nx,    partition<T>(task), callback,
+            parameters, task.bin_table,     search_scale<T>(task, algorithm, data_hint),
+            algorithm};
 }
 
 // Equally spaced sites given by their ends a and b: element i is a + i * step.

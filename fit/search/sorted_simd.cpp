@@ -1,5 +1,5 @@
-// Sorted sites: one walk along the partition. A vector of ascending sites whose last one stays within a few points of the
-// position is compared with those points at once; anything else, unsorted sites among it, goes site by site.
+// Sorted sites: one walk along the partition. A vector of ascending sites whose last one stays within a few points of
+// the position is compared with those points at once; anything else, unsorted sites among it, goes site by site.
 #include "fit/search/for_each_site.h"
 #include "fit/search/walk.h"
 

@@ -5,8 +5,8 @@
 namespace nax::fit {
 namespace {
 
-// A guess becomes a cell of the general partition. A guess c with the site exactly on x[c] stands, one below what the cell
-// rule gives: a callback that returns it has chosen it.
+// A guess becomes a cell of the general partition. A guess c with the site exactly on x[c] stands, one below what the
+// cell rule gives: a callback that returns it has chosen it.
 template <class T>
 int64_t refine(const T* x, int64_t nx, T site, int64_t guess) {
     const int64_t c = guess > 0 ? guess : 0;

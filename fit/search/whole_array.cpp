@@ -48,7 +48,8 @@ int32_t search_listed(const SearchRequest<T>& request, const T* site) {
     const int32_t algorithm = request.search.algorithm;
     int64_t done = 0;
     if (worth_threads<T>(algorithm, request.nsite, request.search.nx, limit)) {
-        const Split split = algorithm == kSearchHybrid ? block_split<T>(request.nsite, limit) : even_split(request.nsite, limit);
+        const Split split =
+            algorithm == kSearchHybrid ? block_split<T>(request.nsite, limit) : even_split(request.nsite, limit);
         ThreadContext<T> context{&request, site, split.chunk};
         request.threaders->parallel_for(split.threads, split.threads, &context, _v1DSearchThreader<T>);
         done = split.threads * split.chunk;
@@ -74,19 +75,33 @@ int32_t search_whole(const SearchRequest<T>& request) {
 
 // One routine to an algorithm. They differ in what `request.search` names, in the split and in the thresholds.
 template <class T>
-int32_t _v1DSearchUniform(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchUniform(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchQuasiUniform(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchQuasiUniform(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchSorted(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchSorted(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchPeak(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchPeak(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchHybrid(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchHybrid(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchUserDef(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchUserDef(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 template <class T>
-int32_t _v1DSearchUserDefUni(const SearchRequest<T>& request) { return search_whole(request); }
+int32_t _v1DSearchUserDefUni(const SearchRequest<T>& request) {
+    return search_whole(request);
+}
 
 }  // namespace
 
@@ -97,23 +112,27 @@ int32_t search_range(const SearchRequest<T>& request, const T* site, int64_t fir
     void* const cell = static_cast<char*>(request.cell) + first * cell_size;
     int64_t position = 0;
     return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, count, site + first, &position,
-                                                                search.callback, search.parameters, search.bin_table, cell,
-                                                                request.flags, search.scale);
+                                                                search.callback, search.parameters, search.bin_table,
+                                                                cell, request.flags, search.scale);
 }
 
 template <class T>
 bool worth_threads(int32_t algorithm, int64_t nsite, int64_t nx, int threads) {
     if (threads <= 1) return false;
     switch (algorithm) {
-        case kSearchUniform: return nsite > (kDouble<T> ? 5000 : 8192);
-        case kSearchSorted: return nsite > 3000;
+        case kSearchUniform:
+            return nsite > (kDouble<T> ? 5000 : 8192);
+        case kSearchSorted:
+            return nsite > 3000;
         case kSearchQuasiUniform:
             return nsite > 300 || (nsite > 150 && (nx >= 600 || (nx >= 40 && threads >= 4)));
-        case kSearchPeak: return nsite > 1200 || nx > 1200;
+        case kSearchPeak:
+            return nsite > 1200 || nx > 1200;
         // More threads make a job of middle size not worth sharing.
         case kSearchHybrid:
             return nsite > (kDouble<T> ? 2000 : 1000) || (nsite > 600 && threads <= 4) || (nsite > 300 && threads == 2);
-        default: return false;
+        default:
+            return false;
     }
 }
 

@@ -1,9 +1,9 @@
-// Vectors of sites and cells for the hot loops of data fitting. Included by *_simd.cpp files only, whose instruction set it
-// follows: the namespace carries its name, so that bodies of two sets never merge at link time.
+// Vectors of sites and cells for the hot loops of data fitting. Included by *_simd.cpp files only, whose instruction
+// set it follows: the namespace carries its name, so that bodies of two sets never merge at link time.
 //
-// Pack<T> holds as many elements as a register: double goes with 64-bit cells, float with 32-bit cells. Lane<T> is the same
-// interface on one element, for what is left of a block and for cells that don't fit 32 bits. Results don't depend on which
-// of them computes an element.
+// Pack<T> holds as many elements as a register: double goes with 64-bit cells, float with 32-bit cells. Lane<T> is the
+// same interface on one element, for what is left of a block and for cells that don't fit 32 bits. Results don't depend
+// on which of them computes an element.
 #pragma once
 
 // GCC 12 takes the ignored operand of its own unmasked AVX-512 intrinsics for an uninitialised variable.
@@ -72,12 +72,18 @@ struct Lane {
 
     static F gather(const T* base, I i) { return base[i]; }
     // Entries i and i + 1 of a table of counts.
-    static void gather_counts(const int32_t* table, I i, I& first, I& second) { first = table[i], second = table[i + 1]; }
+    static void gather_counts(const int32_t* table, I i, I& first, I& second) {
+        first = table[i], second = table[i + 1];
+    }
     static I gather_wide(const int64_t* table, I i) { return table[i]; }
     template <class Cell>
-    static I load_cells(const Cell* p) { return static_cast<I>(*p); }
+    static I load_cells(const Cell* p) {
+        return static_cast<I>(*p);
+    }
     template <class Cell>
-    static void store_cells(Cell* p, I a) { *p = static_cast<Cell>(a); }
+    static void store_cells(Cell* p, I a) {
+        *p = static_cast<Cell>(a);
+    }
 };
 
 template <class T>
@@ -182,7 +188,9 @@ struct Pack<float> {
     static I truncate(F a) { return _mm512_cvttps_epi32(a); }
     static F from_int(I a) { return _mm512_cvtepi32_ps(a); }
 
-    static F gather(const float* base, I i) { return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), 0xFFFF, i, base, 4); }
+    static F gather(const float* base, I i) {
+        return _mm512_mask_i32gather_ps(_mm512_setzero_ps(), 0xFFFF, i, base, 4);
+    }
     static void gather_counts(const int32_t* table, I i, I& first, I& second) {
         first = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, i, table, 4);
         second = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, i, table + 1, 4);
@@ -271,7 +279,8 @@ struct Pack<double> {
     }
     static I gather_wide(const int64_t* table, I i) {
         const I all_lanes = _mm256_set1_epi64x(-1);
-        return _mm256_mask_i64gather_epi64(_mm256_setzero_si256(), reinterpret_cast<const long long*>(table), i, all_lanes, 8);
+        return _mm256_mask_i64gather_epi64(_mm256_setzero_si256(), reinterpret_cast<const long long*>(table), i,
+                                           all_lanes, 8);
     }
     static I load_cells(const int64_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
     static I load_cells(const int32_t* p) {
@@ -333,12 +342,14 @@ struct Pack<float> {
     }
     static I gather_wide(const int64_t* table, I i) {
         const I all_lanes = _mm256_set1_epi32(-1);
-        return _mm256_mask_i32gather_epi32(_mm256_setzero_si256(), reinterpret_cast<const int*>(table), i, all_lanes, 8);
+        return _mm256_mask_i32gather_epi32(_mm256_setzero_si256(), reinterpret_cast<const int*>(table), i, all_lanes,
+                                           8);
     }
     static I load_cells(const int64_t* p) {
         const I even = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
         const I odd = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 4));
-        const __m256 low = _mm256_shuffle_ps(_mm256_castsi256_ps(even), _mm256_castsi256_ps(odd), _MM_SHUFFLE(2, 0, 2, 0));
+        const __m256 low =
+            _mm256_shuffle_ps(_mm256_castsi256_ps(even), _mm256_castsi256_ps(odd), _MM_SHUFFLE(2, 0, 2, 0));
         return _mm256_permute4x64_epi64(_mm256_castps_si256(low), _MM_SHUFFLE(3, 1, 2, 0));
     }
     static I load_cells(const int32_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }

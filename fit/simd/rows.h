@@ -1,5 +1,5 @@
-// Coefficients of several cells at once: the rows of `kOrder` elements that belong to the cells, transposed to one vector per
-// power. Included by *_simd.cpp files only.
+// Coefficients of several cells at once: the rows of `kOrder` elements that belong to the cells, transposed to one
+// vector per power. Included by *_simd.cpp files only.
 #pragma once
 
 #include "fit/simd/pack.h"
@@ -31,7 +31,8 @@ struct Rows<Lane<T>, kOrder> {
 template <>
 struct Rows<Pack<double>, 4> {
     [[gnu::always_inline]] static __m512d pair(const double* base, int64_t low, int64_t high) {
-        return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_loadu_pd(base + 4 * low)), _mm256_loadu_pd(base + 4 * high), 1);
+        return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_loadu_pd(base + 4 * low)),
+                                  _mm256_loadu_pd(base + 4 * high), 1);
     }
     [[gnu::always_inline]] static void load(const double* base, const int64_t* p, __m512d* c) {
         const __m512d a0 = pair(base, p[0], p[2]), a1 = pair(base, p[1], p[3]);
@@ -48,8 +49,10 @@ struct Rows<Pack<double>, 4> {
 template <>
 struct Rows<Pack<double>, 2> {
     [[gnu::always_inline]] static __m512d four(const double* base, const int64_t* p) {
-        const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[0])), _mm_loadu_pd(base + 2 * p[2]), 1);
-        const __m256d high = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[4])), _mm_loadu_pd(base + 2 * p[6]), 1);
+        const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[0])),
+                                                 _mm_loadu_pd(base + 2 * p[2]), 1);
+        const __m256d high = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[4])),
+                                                  _mm_loadu_pd(base + 2 * p[6]), 1);
         return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
     }
     [[gnu::always_inline]] static void load(const double* base, const int64_t* p, __m512d* c) {
@@ -63,8 +66,10 @@ template <>
 struct Rows<Pack<float>, 4> {
     // Rows k, k + 4, k + 8, k + 12 in the quarters.
     [[gnu::always_inline]] static __m512 four(const float* base, const int64_t* p) {
-        const __m256 low = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[0])), _mm_loadu_ps(base + 4 * p[4]), 1);
-        const __m256 high = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[8])), _mm_loadu_ps(base + 4 * p[12]), 1);
+        const __m256 low = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[0])),
+                                                _mm_loadu_ps(base + 4 * p[4]), 1);
+        const __m256 high = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[8])),
+                                                 _mm_loadu_ps(base + 4 * p[12]), 1);
         return _mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1);
     }
     [[gnu::always_inline]] static void load(const float* base, const int64_t* p, __m512* c) {
@@ -97,8 +102,10 @@ struct Rows<Pack<double>, 4> {
 template <>
 struct Rows<Pack<double>, 2> {
     [[gnu::always_inline]] static void load(const double* base, const int64_t* p, __m256d* c) {
-        const __m256d even = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[0])), _mm_loadu_pd(base + 2 * p[2]), 1);
-        const __m256d odd = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[1])), _mm_loadu_pd(base + 2 * p[3]), 1);
+        const __m256d even = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[0])),
+                                                  _mm_loadu_pd(base + 2 * p[2]), 1);
+        const __m256d odd = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(base + 2 * p[1])),
+                                                 _mm_loadu_pd(base + 2 * p[3]), 1);
         c[0] = _mm256_unpacklo_pd(even, odd);
         c[1] = _mm256_unpackhi_pd(even, odd);
     }
@@ -107,7 +114,8 @@ struct Rows<Pack<double>, 2> {
 template <>
 struct Rows<Pack<float>, 4> {
     [[gnu::always_inline]] static __m256 two(const float* base, int64_t low, int64_t high) {
-        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * low)), _mm_loadu_ps(base + 4 * high), 1);
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * low)), _mm_loadu_ps(base + 4 * high),
+                                    1);
     }
     [[gnu::always_inline]] static void load(const float* base, const int64_t* p, __m256* c) {
         const __m256 r0 = two(base, p[0], p[4]), r1 = two(base, p[1], p[5]);

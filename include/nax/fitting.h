@@ -1,11 +1,11 @@
 /* Data fitting: one-dimensional spline tasks. A task describes a partition x[0] .. x[nx-1] of an interval, ny functions
  * sampled on it, and the spline built for them. Construction fills coefficients, evaluation and integration read them.
  *
- * Conventions. Every entry returns 0, or a negative status of enum nax_df_status. Names with `_d` or `d` work on double,
- * their twins with `s` on float. Integer arguments are 64 bits wide. A task holds pointers and copies nothing: partition,
- * functions, conditions and coefficients stay the caller's and must outlive the task. A task carries no lock: several
- * threads may read one task, but none may edit it meanwhile. `threaders` may be null; then the call runs on the calling
- * thread, with the same result bits.
+ * Conventions. Every entry returns 0, or a negative status of enum nax_df_status. Names with `_d` or `d` work on
+ * double, their twins with `s` on float. Integer arguments are 64 bits wide. A task holds pointers and copies nothing:
+ * partition, functions, conditions and coefficients stay the caller's and must outlive the task. A task carries no
+ * lock: several threads may read one task, but none may edit it meanwhile. `threaders` may be null; then the call runs
+ * on the calling thread, with the same result bits.
  *
  * Cells. nx points make cells 0 to nx: cell c holds x[c-1] <= site < x[c], cell 0 lies left of the partition, cell nx
  * right of it, and a site on the right end x[nx-1] belongs to cell nx-1. */
@@ -25,36 +25,36 @@ typedef struct nax_df_task nax_df_task;
 /* Status codes. */
 enum nax_df_status {
     DfStatusOk = 0,
-    DfStatusNullTask = -1000,       /* the task pointer is null */
-    DfStatusMemory = -1001,         /* allocation failed */
-    DfStatusBadMethod = -1002,      /* construction method not 0, or quadratic type other than standard and Subbotin */
-    DfStatusBadNx = -1004,          /* nx too small for the operation */
-    DfStatusBadX = -1005,           /* x null */
-    DfStatusBadXHint = -1006,       /* xhint not accepted */
-    DfStatusBadNy = -1007,          /* ny inconsistent with y, or zero where functions are needed */
-    DfStatusBadY = -1008,           /* y null */
-    DfStatusBadYHint = -1009,       /* yhint not accepted, or access to one function of a column-stored task */
-    DfStatusBadOrder = -1010,       /* s_order negative */
-    DfStatusBadType = -1011,        /* s_type unusable */
-    DfStatusBadIcType = -1012,      /* ic_type unusable */
-    DfStatusBadIc = -1013,          /* ic missing or set without a type */
-    DfStatusBadBcType = -1014,      /* bc_type unusable */
-    DfStatusBadBc = -1015,          /* bc missing where the type needs it */
-    DfStatusBadCoeff = -1016,       /* scoeff null */
-    DfStatusBadCoeffHint = -1017,   /* scoeffhint not accepted */
-    DfStatusBadPeriodicVal = -1018, /* periodic boundary, but first and last value of a function differ */
-    DfStatusBadAttribute = -1019,   /* attribute id unknown to this editor or query */
-    DfStatusBadIndex = -1020,       /* function index out of range */
-    DfStatusBadSite = -1022,        /* look-up: a site is no partition point; or the site array is null */
-    DfStatusBadDerivCount = -1024,  /* look-up: not exactly one derivative order given */
-    DfStatusBadDerivOrder = -1025,  /* look-up: the value itself not requested */
-    DfStatusBadDataHint = -1026,    /* malformed data hint of a search */
-    DfStatusBadResultHint = -1028,  /* evaluation: rhint not accepted */
+    DfStatusNullTask = -1000,        /* the task pointer is null */
+    DfStatusMemory = -1001,          /* allocation failed */
+    DfStatusBadMethod = -1002,       /* construction method not 0, or quadratic type other than standard and Subbotin */
+    DfStatusBadNx = -1004,           /* nx too small for the operation */
+    DfStatusBadX = -1005,            /* x null */
+    DfStatusBadXHint = -1006,        /* xhint not accepted */
+    DfStatusBadNy = -1007,           /* ny inconsistent with y, or zero where functions are needed */
+    DfStatusBadY = -1008,            /* y null */
+    DfStatusBadYHint = -1009,        /* yhint not accepted, or access to one function of a column-stored task */
+    DfStatusBadOrder = -1010,        /* s_order negative */
+    DfStatusBadType = -1011,         /* s_type unusable */
+    DfStatusBadIcType = -1012,       /* ic_type unusable */
+    DfStatusBadIc = -1013,           /* ic missing or set without a type */
+    DfStatusBadBcType = -1014,       /* bc_type unusable */
+    DfStatusBadBc = -1015,           /* bc missing where the type needs it */
+    DfStatusBadCoeff = -1016,        /* scoeff null */
+    DfStatusBadCoeffHint = -1017,    /* scoeffhint not accepted */
+    DfStatusBadPeriodicVal = -1018,  /* periodic boundary, but first and last value of a function differ */
+    DfStatusBadAttribute = -1019,    /* attribute id unknown to this editor or query */
+    DfStatusBadIndex = -1020,        /* function index out of range */
+    DfStatusBadSite = -1022,         /* look-up: a site is no partition point; or the site array is null */
+    DfStatusBadDerivCount = -1024,   /* look-up: not exactly one derivative order given */
+    DfStatusBadDerivOrder = -1025,   /* look-up: the value itself not requested */
+    DfStatusBadDataHint = -1026,     /* malformed data hint of a search */
+    DfStatusBadResultHint = -1028,   /* evaluation: rhint not accepted */
     DfStatusBadIntegralHint = -1034, /* integration: rhint not accepted */
-    DfStatusBadFlag = -1036,        /* check_flag neither 0 nor 1 */
-    DfStatusNullOutput = -1037,     /* a result pointer is null */
-    DfStatusSolverFailure = -1500,  /* a tridiagonal factor or solve step met a zero pivot */
-    DfStatusExactResult = 1000      /* returned by a search callback: all its cells are final */
+    DfStatusBadFlag = -1036,         /* check_flag neither 0 nor 1 */
+    DfStatusNullOutput = -1037,      /* a result pointer is null */
+    DfStatusSolverFailure = -1500,   /* a tridiagonal factor or solve step met a zero pivot */
+    DfStatusExactResult = 1000       /* returned by a search callback: all its cells are final */
 };
 
 /* Partition hints (xhint). */
@@ -136,13 +136,13 @@ enum nax_df_attribute {
  *   ny, y      functions, in the storage that yhint tells; ny 0 with y null makes a task for search alone
  *   yhint      0 or enum nax_df_storage_hint
  *   int_width  0: cells, derivative flags and queried values are 32-bit integers, else 64-bit
- * Status, tested in this order: BadNx, BadX, BadXHint, BadY (y null) or BadNy (y given with ny 0, ny negative), BadYHint,
- * Memory. After Memory a non-null *task must still go to nax_df_kernel_DeleteTask. Time O(nx) for the partition index
- * of a task that isn't uniform, which takes about 10 bytes a point. */
-int32_t nax_df_kernel_dNewTask1D(nax_df_task** task, int64_t nx, const double* x, int64_t xhint, int64_t ny, const double* y,
-                                 int64_t yhint, int64_t int_width);
-int32_t nax_df_kernel_sNewTask1D(nax_df_task** task, int64_t nx, const float* x, int64_t xhint, int64_t ny, const float* y,
-                                 int64_t yhint, int64_t int_width);
+ * Status, tested in this order: BadNx, BadX, BadXHint, BadY (y null) or BadNy (y given with ny 0, ny negative),
+ * BadYHint, Memory. After Memory a non-null *task must still go to nax_df_kernel_DeleteTask. Time O(nx) for the
+ * partition index of a task that isn't uniform, which takes about 10 bytes a point. */
+int32_t nax_df_kernel_dNewTask1D(nax_df_task** task, int64_t nx, const double* x, int64_t xhint, int64_t ny,
+                                 const double* y, int64_t yhint, int64_t int_width);
+int32_t nax_df_kernel_sNewTask1D(nax_df_task** task, int64_t nx, const float* x, int64_t xhint, int64_t ny,
+                                 const float* y, int64_t yhint, int64_t int_width);
 
 /* Frees the task with what it owns and sets *task to null. Status: NullTask. */
 int32_t nax_df_kernel_DeleteTask(nax_df_task** task);
@@ -151,18 +151,20 @@ int32_t nax_df_kernel_DeleteTask(nax_df_task** task);
  * scoeff may be null; else function j's coefficients start at scoeff + j * cells * s_order with nx - 1 cells (nx for a
  * Subbotin spline), cell after cell, lowest power first, in the local variable site - x[i]. With scoeffhint 128 only
  * function 0 is set.
- * Status, tested in this order, earlier stores staying in force: NullTask; BadOrder (negative), BadType (negative); BadBc
- * (bc null unless bc_type is 0, 1, 2 or 64); BadIcType (ic without ic_type), BadIc (ic_type without ic); BadNy (ny 0
- * with scoeff given), Memory. scoeffhint isn't tested. */
-int32_t nax_df_kernel_dEditPPSpline1D(nax_df_task* task, int64_t s_order, int64_t s_type, int64_t bc_type, const double* bc,
-                                      int64_t ic_type, const double* ic, double* scoeff, int64_t scoeffhint);
-int32_t nax_df_kernel_sEditPPSpline1D(nax_df_task* task, int64_t s_order, int64_t s_type, int64_t bc_type, const float* bc,
-                                      int64_t ic_type, const float* ic, float* scoeff, int64_t scoeffhint);
+ * Status, tested in this order, earlier stores staying in force: NullTask; BadOrder (negative), BadType (negative);
+ * BadBc (bc null unless bc_type is 0, 1, 2 or 64); BadIcType (ic without ic_type), BadIc (ic_type without ic); BadNy
+ * (ny 0 with scoeff given), Memory. scoeffhint isn't tested. */
+int32_t nax_df_kernel_dEditPPSpline1D(nax_df_task* task, int64_t s_order, int64_t s_type, int64_t bc_type,
+                                      const double* bc, int64_t ic_type, const double* ic, double* scoeff,
+                                      int64_t scoeffhint);
+int32_t nax_df_kernel_sEditPPSpline1D(nax_df_task* task, int64_t s_order, int64_t s_type, int64_t bc_type,
+                                      const float* bc, int64_t ic_type, const float* ic, float* scoeff,
+                                      int64_t scoeffhint);
 
 /* Replaces one of the pointers x, y, ic, bc, scoeff (attribute 1 to 5). y and scoeff set the pointers of all functions
  * from the stored ny and hints. A new x doesn't rebuild the partition index: edit xhint to 1 for that, after x and nx.
- * Status: NullTask, BadAttribute, the attribute's status for a null pointer, BadNy (scoeff of a task without functions),
- * Memory. */
+ * Status: NullTask, BadAttribute, the attribute's status for a null pointer, BadNy (scoeff of a task without
+ * functions), Memory. */
 int32_t nax_df_kernel_dEditPtr(nax_df_task* task, int64_t attribute, const double* pointer);
 int32_t nax_df_kernel_sEditPtr(nax_df_task* task, int64_t attribute, const float* pointer);
 
@@ -172,9 +174,9 @@ int32_t nax_df_kernel_sEditPtr(nax_df_task* task, int64_t attribute, const float
 int32_t nax_df_kernel_dEditIdxPtr(nax_df_task* task, int64_t attribute, int64_t index, const double* pointer);
 int32_t nax_df_kernel_sEditIdxPtr(nax_df_task* task, int64_t attribute, int64_t index, const float* pointer);
 
-/* Replaces an integer attribute (14 to 23). Editing xhint to 1 rebuilds the partition index from the stored x and nx, so
- * a task that was uniform needs its new x first.
- * Status: NullTask, BadAttribute, the attribute's own status, Memory. */
+/* Replaces an integer attribute (14 to 23). Editing xhint to 1 rebuilds the partition index from the stored x and nx,
+ * so a task that was uniform needs its new x first. Status: NullTask, BadAttribute, the attribute's own status, Memory.
+ */
 int32_t nax_df_kernel_iEditVal(nax_df_task* task, int64_t attribute, int64_t value);
 
 /* Reads a pointer attribute (1 to 5; the first function's pointer for y and scoeff).
@@ -217,12 +219,14 @@ enum nax_df_site_hint {
  * negative statuses of the callback. A NaN site gets some cell from 0 to nx.
  * Time per site: O(1) for uniform, nearly uniform and sorted cases and on average for a partition of moderate density
  * changes, else O(log nx). */
-int32_t nax_df_kernel_dDFSearch1D(const nax_df_task* task, int64_t method, int64_t nsite, const double* site, int64_t sitehint,
-                                  const double* data_hint, void* cell, nax_df_search_callback_d callback,
-                                  void* parameters, void* reserved, const nax_threaders* threaders);
-int32_t nax_df_kernel_sDFSearch1D(const nax_df_task* task, int64_t method, int64_t nsite, const float* site, int64_t sitehint,
-                                  const float* data_hint, void* cell, nax_df_search_callback_s callback,
-                                  void* parameters, void* reserved, const nax_threaders* threaders);
+int32_t nax_df_kernel_dDFSearch1D(const nax_df_task* task, int64_t method, int64_t nsite, const double* site,
+                                  int64_t sitehint, const double* data_hint, void* cell,
+                                  nax_df_search_callback_d callback, void* parameters, void* reserved,
+                                  const nax_threaders* threaders);
+int32_t nax_df_kernel_sDFSearch1D(const nax_df_task* task, int64_t method, int64_t nsite, const float* site,
+                                  int64_t sitehint, const float* data_hint, void* cell,
+                                  nax_df_search_callback_s callback, void* parameters, void* reserved,
+                                  const nax_threaders* threaders);
 
 /* Per-block search kernels, one family per algorithm: Uniform, QuasiUniform, Sorted, Peak, Hybrid, UserDef, UniUserDef.
  * They search the sites of one block on the calling thread and are what evaluation and integration are made of.
@@ -236,18 +240,18 @@ int32_t nax_df_kernel_sDFSearch1D(const nax_df_task* task, int64_t method, int64
  *               Hybrid, the peak cell for Peak
  * `64Pack` differs from `64` in the width of the arithmetic: nx must be below 2^31 - 1. Status: 0, or a negative status
  * of the callback. */
-#define NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, name)                                                         \
-    int32_t name(int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, callback_type callback, \
-                 void* parameters, const int64_t* bin_table, void* cell, type scale);
-#define NAX_DF_DECLARE_SEARCH(prefix, type, callback_type, algorithm)                                                   \
-    int32_t nax_df_kernel_##prefix##DF##algorithm##Search1D(                                                            \
-        int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, callback_type callback,          \
-        void* parameters, const int64_t* bin_table, void* cell, int64_t flags, type scale);                             \
-    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D32)                \
-    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D64Pack)            \
+#define NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, name)                                 \
+    int32_t name(int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, \
+                 callback_type callback, void* parameters, const int64_t* bin_table, void* cell, type scale);
+#define NAX_DF_DECLARE_SEARCH(prefix, type, callback_type, algorithm)                                          \
+    int32_t nax_df_kernel_##prefix##DF##algorithm##Search1D(                                                   \
+        int64_t nx, const type* x, int64_t nsite, const type* site, int64_t* position, callback_type callback, \
+        void* parameters, const int64_t* bin_table, void* cell, int64_t flags, type scale);                    \
+    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D32)       \
+    NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D64Pack)   \
     NAX_DF_DECLARE_SEARCH_MEMBER(type, callback_type, nax_df_kernel_##prefix##DF##algorithm##Search1D64)
-#define NAX_DF_DECLARE_SEARCH_BOTH(algorithm)                               \
-    NAX_DF_DECLARE_SEARCH(d, double, nax_df_search_callback_d, algorithm)   \
+#define NAX_DF_DECLARE_SEARCH_BOTH(algorithm)                             \
+    NAX_DF_DECLARE_SEARCH(d, double, nax_df_search_callback_d, algorithm) \
     NAX_DF_DECLARE_SEARCH(s, float, nax_df_search_callback_s, algorithm)
 NAX_DF_DECLARE_SEARCH_BOTH(Uniform)
 NAX_DF_DECLARE_SEARCH_BOTH(QuasiUniform)
@@ -262,14 +266,14 @@ NAX_DF_DECLARE_SEARCH_BOTH(UniUserDef)
 
 /* --- Evaluation -------------------------------------------------------------------------------------------------- */
 
-/* A caller's own evaluation of the sites left of the partition, right of it, or within. Called once for all functions with
- * up to 64 sites of a block: fills r[(j * *nsite + i) * nder + d] for function j, site i and requested derivative d (nder 1
- * and the value alone when no order is requested). May be called on several threads at once. A negative return value stops
- * the call and is its status. */
-typedef int32_t (*nax_df_interpolation_callback_d)(const int64_t* nsite, const int64_t* cell, const double* site, double* r,
-                                                   void* parameters, void* reserved);
-typedef int32_t (*nax_df_interpolation_callback_s)(const int64_t* nsite, const int64_t* cell, const float* site, float* r,
-                                                   void* parameters, void* reserved);
+/* A caller's own evaluation of the sites left of the partition, right of it, or within. Called once for all functions
+ * with up to 64 sites of a block: fills r[(j * *nsite + i) * nder + d] for function j, site i and requested derivative
+ * d (nder 1 and the value alone when no order is requested). May be called on several threads at once. A negative
+ * return value stops the call and is its status. */
+typedef int32_t (*nax_df_interpolation_callback_d)(const int64_t* nsite, const int64_t* cell, const double* site,
+                                                   double* r, void* parameters, void* reserved);
+typedef int32_t (*nax_df_interpolation_callback_s)(const int64_t* nsite, const int64_t* cell, const float* site,
+                                                   float* r, void* parameters, void* reserved);
 
 /* Job of an evaluation. */
 enum nax_df_job {
@@ -280,31 +284,29 @@ enum nax_df_job {
 
 /* Layout of results, for function j, site i, slot d among the nder requested orders. */
 enum nax_df_result_hint {
-    NAX_DF_RESULT_FUNCTIONS = 16,     /* (j * nsite + i) * nder + d; also 0 and 128 */
-    NAX_DF_RESULT_PLANES = 32,        /* (j * nder + d) * nsite + i */
-    NAX_DF_RESULT_SITES = 256,        /* (i * ny + j) * nder + d */
-    NAX_DF_RESULT_SITE_ORDERS = 512   /* (i * nder + d) * ny + j */
+    NAX_DF_RESULT_FUNCTIONS = 16,   /* (j * nsite + i) * nder + d; also 0 and 128 */
+    NAX_DF_RESULT_PLANES = 32,      /* (j * nder + d) * nsite + i */
+    NAX_DF_RESULT_SITES = 256,      /* (i * ny + j) * nder + d */
+    NAX_DF_RESULT_SITE_ORDERS = 512 /* (i * nder + d) * ny + j */
 };
 
 /* Values and derivatives of all functions of a task with built coefficients, at nsite sites.
  *   job         enum nax_df_job
  *   method      not read
  *   site, sitehint, data_hint   as for the search
- *   dorder      ndorder flags (32-bit integers when the task's int_width is 0, else 64-bit): entry 0 asks for the value,
- *               entry k for the k-th derivative. Requested orders are packed in ascending order; orders beyond those of
- *               the spline give zero. No flag set, or dorder null, asks for the value
- *   r           out, nsite * ny * nder elements in the layout of rhint
- *   cell        out with STORE_CELLS, in with GIVEN_CELLS (numbers outside 0 .. nx count as the nearest), else not read
- *   left, right, interior   callbacks, each null or with its parameters; without one, sites outside the partition are
- *               reached by the end polynomials
- *   search      null, or the caller's search, as for nax_df_kernel_dDFSearch1D
- * Splines: s_order 2 linear; 3 quadratic (s_type 0 or 1); 4 cubic (0, 2, 3, 4, 5, 9); above 4 polynomials of that order;
- * 0 with s_type 8, 7 step functions and 6 look-up, which read the function data; 0 with another type when all three
- * callbacks are given. Look-up takes sites that are partition points (within 2^-40 on a uniform partition).
- * Status, tested in this order: NullTask, BadX, BadType, BadDataHint, BadResultHint; then, with sites, BadSite (site
- * null), NullOutput (r or a needed cell array null), BadCoeff or BadY (a function without coefficients or data), Memory;
- * while evaluating: negative statuses of callbacks, and for look-up BadSite, BadDerivCount (not exactly one order),
- * BadDerivOrder (not the value). After a failure r holds what was completed.
+ *   dorder      ndorder flags (32-bit integers when the task's int_width is 0, else 64-bit): entry 0 asks for the
+ * value, entry k for the k-th derivative. Requested orders are packed in ascending order; orders beyond those of the
+ * spline give zero. No flag set, or dorder null, asks for the value r           out, nsite * ny * nder elements in the
+ * layout of rhint cell        out with STORE_CELLS, in with GIVEN_CELLS (numbers outside 0 .. nx count as the nearest),
+ * else not read left, right, interior   callbacks, each null or with its parameters; without one, sites outside the
+ * partition are reached by the end polynomials search      null, or the caller's search, as for
+ * nax_df_kernel_dDFSearch1D Splines: s_order 2 linear; 3 quadratic (s_type 0 or 1); 4 cubic (0, 2, 3, 4, 5, 9); above 4
+ * polynomials of that order; 0 with s_type 8, 7 step functions and 6 look-up, which read the function data; 0 with
+ * another type when all three callbacks are given. Look-up takes sites that are partition points (within 2^-40 on a
+ * uniform partition). Status, tested in this order: NullTask, BadX, BadType, BadDataHint, BadResultHint; then, with
+ * sites, BadSite (site null), NullOutput (r or a needed cell array null), BadCoeff or BadY (a function without
+ * coefficients or data), Memory; while evaluating: negative statuses of callbacks, and for look-up BadSite,
+ * BadDerivCount (not exactly one order), BadDerivOrder (not the value). After a failure r holds what was completed.
  * Time: the search, plus O(ny * nder) per site. More than 1024 sites are shared out to threads. */
 int32_t nax_df_kernel_dDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t method, int64_t nsite,
                                        const double* site, int64_t sitehint, int64_t ndorder, const void* dorder,
@@ -323,13 +325,13 @@ int32_t nax_df_kernel_sDFInterpolate1D(const nax_df_task* task, int64_t job, int
                                        nax_df_search_callback_s search, void* search_parameters,
                                        const nax_threaders* threaders);
 
-/* Evaluators of one block of at most 64 sites for one function, the stages that nax_df_kernel_dDFInterpolate1D is made of:
- * members for 32-bit and 64-bit cells, and `CB` members that merge in the results of callbacks. `block` is the library's
- * own record (fit/eval/evaluator.h); status as for the entry. */
-#define NAX_DF_DECLARE_EVALUATOR(prefix, evaluator)                                                        \
-    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32(void* block, int64_t function);             \
-    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval64(void* block, int64_t function);             \
-    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32CB(void* block, int64_t function);           \
+/* Evaluators of one block of at most 64 sites for one function, the stages that nax_df_kernel_dDFInterpolate1D is made
+ * of: members for 32-bit and 64-bit cells, and `CB` members that merge in the results of callbacks. `block` is the
+ * library's own record (fit/eval/evaluator.h); status as for the entry. */
+#define NAX_DF_DECLARE_EVALUATOR(prefix, evaluator)                                              \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32(void* block, int64_t function);   \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval64(void* block, int64_t function);   \
+    int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval32CB(void* block, int64_t function); \
     int32_t nax_df_kernel_##prefix##_##evaluator##SplineEval64CB(void* block, int64_t function);
 NAX_DF_DECLARE_EVALUATOR(d, Linear)
 NAX_DF_DECLARE_EVALUATOR(s, Linear)

@@ -35,7 +35,8 @@ struct Answering {
         self.cells.insert(cell, cell + *n);
         for (int64_t j = 0; j < self.ny; ++j)
             for (int64_t i = 0; i < *n; ++i)
-                for (int64_t d = 0; d < self.nder; ++d) r[(j * *n + i) * self.nder + d] = answer(self.mark, site[i], j, d);
+                for (int64_t d = 0; d < self.nder; ++d)
+                    r[(j * *n + i) * self.nder + d] = answer(self.mark, site[i], j, d);
         return self.status;
     }
 };
@@ -90,7 +91,8 @@ TYPED_TEST(CallbackOf, ResultsAreMergedInPlace) {
                                     const T want = (mask >> g & 1) != 0
                                                        ? Answering<T>::answer(three.groups[g].mark, site, j, d)
                                                        : plain[static_cast<std::size_t>((j * n + i) * nder + d)];
-                                    ASSERT_EQ(r[static_cast<std::size_t>(at)], want) << "mask " << mask << " hint " << hint << " site " << site;
+                                    ASSERT_EQ(r[static_cast<std::size_t>(at)], want)
+                                        << "mask " << mask << " hint " << hint << " site " << site;
                                 }
                         }
                     }
@@ -191,11 +193,14 @@ TYPED_TEST(CallbackOf, ScratchOfLargeBatchesMayFail) {
         Three<T> three;
         three.attach(spline, 7, 1);
         const std::vector<T> sites = random_values<T>(64, T(-4), T(12), 5);
-        EXPECT_EQ(for_each_failing_allocation([&] { return spline.status(sites, {1}); }, int32_t{DfStatusMemory}, int32_t{0}), allocations);
+        EXPECT_EQ(
+            for_each_failing_allocation([&] { return spline.status(sites, {1}); }, int32_t{DfStatusMemory}, int32_t{0}),
+            allocations);
     }
 }
 
-// --- The caller's search ----------------------------------------------------------------------------------------------
+// --- The caller's search
+// ----------------------------------------------------------------------------------------------
 
 template <class T>
 struct Searching {

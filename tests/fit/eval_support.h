@@ -38,9 +38,7 @@ struct Spline {
     }
 
     T point(int64_t i) const { return static_cast<T>(i); }
-    T y(int64_t j, int64_t i) const {
-        return data[static_cast<std::size_t>(yhint == 32 ? i * ny + j : j * nx + i)];
-    }
+    T y(int64_t j, int64_t i) const { return data[static_cast<std::size_t>(yhint == 32 ? i * ny + j : j * nx + i)]; }
     const T* row(int64_t j, int64_t p) const { return static_cast<const T*>(task->scoeff[j]) + p * order; }
     int64_t cell(T site) const {
         std::vector<T> points;
@@ -60,9 +58,9 @@ struct Spline {
         narrow_cells.resize(static_cast<std::size_t>(n));
         wide_cells.resize(static_cast<std::size_t>(n));
         void* const cells = width == 0 ? static_cast<void*>(narrow_cells.data()) : wide_cells.data();
-        return Fit<T>::interpolate(task.get(), job, 0, n, site, sitehint, static_cast<int64_t>(orders.size()), flags, nullptr, r,
-                                   rhint, cells, callbacks[0], parameters[0], callbacks[1], parameters[1], callbacks[2],
-                                   parameters[2], search, search_parameters, threaders);
+        return Fit<T>::interpolate(task.get(), job, 0, n, site, sitehint, static_cast<int64_t>(orders.size()), flags,
+                                   nullptr, r, rhint, cells, callbacks[0], parameters[0], callbacks[1], parameters[1],
+                                   callbacks[2], parameters[2], search, search_parameters, threaders);
     }
     // Results at all sites, with a look at what stands behind them. Uniform sites are given by two ends and a count.
     std::vector<T> run(const std::vector<T>& sites, const std::vector<int>& orders, int64_t count = -1) {

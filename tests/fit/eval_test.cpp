@@ -33,7 +33,8 @@ long double direct(const T* c, int64_t order, int64_t k, long double t) {
 struct OrderAndType {
     int64_t order, type;
 };
-constexpr std::array<OrderAndType, 10> kPolynomials{{{2, 0}, {2, 7}, {3, 0}, {4, 0}, {4, 2}, {4, 3}, {4, 4}, {4, 5}, {4, 9}, {6, 1}}};
+constexpr std::array<OrderAndType, 10> kPolynomials{
+    {{2, 0}, {2, 7}, {3, 0}, {4, 0}, {4, 2}, {4, 3}, {4, 4}, {4, 5}, {4, 9}, {6, 1}}};
 
 // Values and all derivatives, one more than the spline has, on general and uniform partitions, within and outside.
 TYPED_TEST(EvalOf, PolynomialsMatchDirectEvaluation) {
@@ -54,7 +55,8 @@ TYPED_TEST(EvalOf, PolynomialsMatchDirectEvaluation) {
                         for (int64_t d = 0; d < nder; ++d) {
                             const T got = r[static_cast<std::size_t>((j * 203 + i) * nder + d)];
                             const long double want = direct(spline.row(j, p), order, d, t);
-                            // The factors of a derivative are at most 5! = 120 times the coefficients, which are below 1.
+                            // The factors of a derivative are at most 5! = 120 times the coefficients, which are
+                            // below 1.
                             const long double scale = 120 * std::pow(1 + std::fabs(static_cast<long double>(t)), order);
                             ASSERT_LE(std::fabs(static_cast<long double>(got) - want), 4 * kEps * scale)
                                 << "order " << order << " derivative " << d << " site " << site;
@@ -109,7 +111,8 @@ TYPED_TEST(EvalOf, SubbotinPiecesMeetAtTheKnots) {
         const std::vector<T>& t = kind == 1 ? knots : middles;
         std::vector<T> sites{-1, 4, 0, 1, 2, 3};
         for (int k = 1; k <= 3; ++k)
-            for (const T s : {t[static_cast<std::size_t>(k)], std::nextafter(t[static_cast<std::size_t>(k)], T(-1))}) sites.push_back(s);
+            for (const T s : {t[static_cast<std::size_t>(k)], std::nextafter(t[static_cast<std::size_t>(k)], T(-1))})
+                sites.push_back(s);
         const std::vector<T> r = spline.run(sites, {1, 1, 1});
         for (std::size_t i = 0; i < sites.size(); ++i) {
             int64_t piece = 0;
@@ -125,7 +128,8 @@ TYPED_TEST(EvalOf, SubbotinPiecesMeetAtTheKnots) {
 TYPED_TEST(EvalOf, StepsTakeTheirSide) {
     using T = TypeParam;
     const std::vector<T> sites{-1, 0, T(0.5), 1, T(2.5), 3, T(3.5), 4, 9};
-    // Beyond the right end the cell of a right-continuous step extends; left of the partition that of a left-continuous one.
+    // Beyond the right end the cell of a right-continuous step extends; left of the partition that of a left-continuous
+    // one.
     const std::vector<int> right{0, 0, 0, 1, 2, 3, 3, 4, 3}, left{1, 0, 1, 1, 3, 3, 4, 4, 4};
     for (const bool uniform : {false, true})
         for (const int64_t yhint : {16, 32}) {
@@ -136,7 +140,8 @@ TYPED_TEST(EvalOf, StepsTakeTheirSide) {
                 for (std::size_t j = 0; j < 2; ++j)
                     for (std::size_t i = 0; i < sites.size(); ++i) {
                         const int point = (type == 7 ? right : left)[i];
-                        EXPECT_EQ(r[(j * sites.size() + i) * 2], spline.y(static_cast<int64_t>(j), point)) << type << ' ' << sites[i];
+                        EXPECT_EQ(r[(j * sites.size() + i) * 2], spline.y(static_cast<int64_t>(j), point))
+                            << type << ' ' << sites[i];
                         EXPECT_EQ(r[(j * sites.size() + i) * 2 + 1], T(0));
                     }
             }
@@ -171,7 +176,8 @@ TYPED_TEST(EvalOf, LookUpFindsPointsAndRefusesOtherSites) {
 TYPED_TEST(EvalOf, LayoutsAgree) {
     using T = TypeParam;
     for (const int64_t ny : {1, 2, 5, 70})
-        for (const std::vector<int>& orders : std::vector<std::vector<int>>{{1}, {0, 1}, {1, 0, 1}, {1, 1, 1}, {1, 1, 1, 1, 1, 1}}) {
+        for (const std::vector<int>& orders :
+             std::vector<std::vector<int>>{{1}, {0, 1}, {1, 0, 1}, {1, 1, 1}, {1, 1, 1, 1, 1, 1}}) {
             Spline<T> spline(20, 4, 2, ny, false);
             const int64_t nder = std::count(orders.begin(), orders.end(), 1);
             for (const int64_t n : {1, 63, 64, 65, 200}) {
@@ -187,7 +193,8 @@ TYPED_TEST(EvalOf, LayoutsAgree) {
                                                    : hint == 256 ? (i * ny + j) * nder + d
                                                    : hint == 512 ? (i * nder + d) * ny + j
                                                                  : (j * n + i) * nder + d;
-                                ASSERT_EQ(r[static_cast<std::size_t>(at)], base[static_cast<std::size_t>((j * n + i) * nder + d)])
+                                ASSERT_EQ(r[static_cast<std::size_t>(at)],
+                                          base[static_cast<std::size_t>((j * n + i) * nder + d)])
                                     << "hint " << hint << " function " << j << " site " << i << " slot " << d;
                             }
                 }
@@ -261,7 +268,9 @@ TEST(Eval, IndexFollowsOrderAndType) {
     using fit::evaluation_index;
     for (int64_t type = 0; type <= 10; ++type) {
         EXPECT_EQ(evaluation_index(2, type, false), fit::kEvalLinear);
-        EXPECT_EQ(evaluation_index(3, type, true), type == 0 ? fit::kEvalQuadratic : type == 1 ? +fit::kEvalQuadSubb : +DfStatusBadType);
+        EXPECT_EQ(evaluation_index(3, type, true), type == 0   ? fit::kEvalQuadratic
+                                                   : type == 1 ? +fit::kEvalQuadSubb
+                                                               : +DfStatusBadType);
         const bool cubic = type == 0 || type == 2 || type == 3 || type == 4 || type == 5 || type == 9;
         EXPECT_EQ(evaluation_index(4, type, true), cubic ? +fit::kEvalCubic : +DfStatusBadType);
         EXPECT_EQ(evaluation_index(5, type, false), fit::kEvalArbitr);
@@ -298,9 +307,10 @@ TYPED_TEST(EvalOf, StatusesComeInOrder) {
     Spline<T> spline(5, 4, 2, 1, false);
     const T site[1] = {1}, odd_hint[5] = {0, 2, 0, 0, 1};
     T r[1];
-    const auto run = [&](const nax_df_task* t, int64_t job, int64_t n, const T* s, const T* hint, T* out, int64_t rhint) {
-        return Fit<T>::interpolate(t, job, 0, n, s, 0, 0, nullptr, hint, out, rhint, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                   nullptr, nullptr, nullptr, nullptr, nullptr);
+    const auto run = [&](const nax_df_task* t, int64_t job, int64_t n, const T* s, const T* hint, T* out,
+                         int64_t rhint) {
+        return Fit<T>::interpolate(t, job, 0, n, s, 0, 0, nullptr, hint, out, rhint, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     };
     nax_df_task* const task = spline.task.get();
     FailAllocation fail(0, Family::kBlocks, true);
@@ -347,26 +357,32 @@ TYPED_TEST(EvalOf, MemoryFailuresComputeNothing) {
     }
 }
 
-// Guard pages around everything that the caller owns; sites and results share memory in one run; NaN and unsorted sites.
+// Guard pages around everything that the caller owns; sites and results share memory in one run; NaN and unsorted
+// sites.
 TYPED_TEST(EvalOf, NothingOutsideTheCallersArraysIsTouched) {
     using T = TypeParam;
-    for (const auto& [order, type] : std::vector<OrderAndType>{{2, 0}, {3, 0}, {3, 1}, {4, 2}, {5, 0}, {0, 6}, {0, 7}, {0, 8}})
+    for (const auto& [order, type] :
+         std::vector<OrderAndType>{{2, 0}, {3, 0}, {3, 1}, {4, 2}, {5, 0}, {0, 6}, {0, 7}, {0, 8}})
         for (const int64_t xhint : {0, 2, 4})
             for (const Guard guard : {Guard::kAfter, Guard::kBefore}) {
                 const int64_t nx = 6, cells = type == 1 ? nx : nx - 1;
-                GuardedBuffer<T> x(xhint == 4 ? 2 : 6, guard), y(12, guard), c(static_cast<std::size_t>(2 * cells * std::max<int64_t>(order, 1)), guard);
-                for (std::size_t i = 0; i < (xhint == 4 ? 2u : 6u); ++i) x[i] = xhint == 4 ? static_cast<T>(5 * i) : static_cast<T>(i);
+                GuardedBuffer<T> x(xhint == 4 ? 2 : 6, guard), y(12, guard),
+                    c(static_cast<std::size_t>(2 * cells * std::max<int64_t>(order, 1)), guard);
+                for (std::size_t i = 0; i < (xhint == 4 ? 2u : 6u); ++i)
+                    x[i] = xhint == 4 ? static_cast<T>(5 * i) : static_cast<T>(i);
                 nax_df_task* task = nullptr;
                 ASSERT_EQ(Fit<T>::create(&task, nx, x.data(), xhint, 2, y.data(), 16, 1), 0);
                 ASSERT_EQ(Fit<T>::edit_spline(task, order, type, 0, nullptr, 0, nullptr, c.data(), 16), 0);
                 for (const int64_t n : {1, 7, 64, 67, 130}) {
                     GuardedBuffer<T> sites(static_cast<std::size_t>(2 * n), guard);
                     for (int64_t i = 0; i < 2 * n; ++i)
-                        sites[static_cast<std::size_t>(i)] = i % 11 == 5 ? nan_of<T> : static_cast<T>((i * 7) % 13) - T(3.5);
+                        sites[static_cast<std::size_t>(i)] =
+                            i % 11 == 5 ? nan_of<T> : static_cast<T>((i * 7) % 13) - T(3.5);
                     for (const int64_t sitehint : {0, 64}) {
                         // Results over the sites: wrong numbers are the caller's, an access outside would be ours.
-                        const int32_t status = Fit<T>::interpolate(task, 1, 0, n, sites.data(), sitehint, 0, nullptr, nullptr, sites.data(), 32, nullptr, nullptr,
-                                            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+                        const int32_t status = Fit<T>::interpolate(
+                            task, 1, 0, n, sites.data(), sitehint, 0, nullptr, nullptr, sites.data(), 32, nullptr,
+                            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
                         EXPECT_TRUE(status == 0 || (type == 6 && status == DfStatusBadSite)) << status;
                     }
                 }

@@ -1,11 +1,12 @@
 // Cell search: all algorithms against counting, in all widths; callbacks; threads; bad input.
+#include "fit/search/search.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstring>
 
 #include "fit/partition_index.h"
-#include "fit/search/search.h"
 #include "fit/search/whole_array.h"
 #include "tests/fit/support.h"
 #include "tests/lib/failing_service.h"
@@ -25,7 +26,8 @@ TYPED_TEST_SUITE(SearchOf, Precisions);
 // Breakpoints, their neighbours, the middles, sites outside and at infinity.
 template <class T>
 std::vector<T> telling_sites(const std::vector<T>& x) {
-    std::vector<T> sites{-infinity_of<T>, infinity_of<T>, std::numeric_limits<T>::lowest(), std::numeric_limits<T>::max(), T(0)};
+    std::vector<T> sites{-infinity_of<T>, infinity_of<T>, std::numeric_limits<T>::lowest(),
+                         std::numeric_limits<T>::max(), T(0)};
     for (std::size_t i = 0; i < x.size(); ++i) {
         sites.push_back(x[i]);
         sites.push_back(std::nextafter(x[i], -infinity_of<T>));
@@ -49,15 +51,16 @@ std::vector<int64_t> cells_of(const nax_df_task* task, SearchAlgorithm algorithm
     GuardedBuffer<int32_t> narrow(width == fit::kWidth32 ? n : 0);
     GuardedBuffer<int64_t> wide(width == fit::kWidth32 ? 0 : n);
     void* const cell = width == fit::kWidth32 ? static_cast<void*>(narrow.data()) : wide.data();
-    EXPECT_EQ(members[width][algorithm](task->nx, fit::partition<T>(*task), static_cast<int64_t>(n), site.data(), position,
-                                        nullptr, nullptr, task->bin_table, cell, scale),
+    EXPECT_EQ(members[width][algorithm](task->nx, fit::partition<T>(*task), static_cast<int64_t>(n), site.data(),
+                                        position, nullptr, nullptr, task->bin_table, cell, scale),
               0);
     if (width == fit::kWidth32) return {narrow.data(), narrow.data() + n};
     return {wide.data(), wide.data() + n};
 }
 
 template <class T>
-void expect_counted(const Partition<T>& p, const std::vector<T>& sites, const std::vector<int64_t>& cells, const char* what) {
+void expect_counted(const Partition<T>& p, const std::vector<T>& sites, const std::vector<int64_t>& cells,
+                    const char* what) {
     for (std::size_t i = 0; i < sites.size(); ++i)
         ASSERT_EQ(cells[i], cell_by_counting(p.x, sites[i]))
             << what << ", partition " << p.name << " of " << p.x.size() << ", site " << sites[i];
@@ -76,9 +79,10 @@ TYPED_TEST(SearchOf, GeneralSearchCountsInEveryWidthWithAndWithoutIndex) {
             bare->x = copy.data();  // not the partition that was indexed
             for (const auto width : kWidths)
                 for (const OwnedTask* task : {&fine, &pairs, &bare})
-                    expect_counted(p, sites,
-                                   cells_of<T>(task->get(), fit::kSearchHybrid, width, sites, fit::bin_scale<T>(*task->get())),
-                                   "hybrid");
+                    expect_counted(
+                        p, sites,
+                        cells_of<T>(task->get(), fit::kSearchHybrid, width, sites, fit::bin_scale<T>(*task->get())),
+                        "hybrid");
         }
 }
 
@@ -90,7 +94,8 @@ TYPED_TEST(SearchOf, QuasiUniformSearchCountsHoweverUneven) {
             OwnedTask task(p.x, nx, 2);
             const T scale = fit::search_scale<T>(*task.get(), fit::kSearchQuasiUniform, nullptr);
             for (const auto width : kWidths)
-                expect_counted(p, sites, cells_of<T>(task.get(), fit::kSearchQuasiUniform, width, sites, scale), "quasi-uniform");
+                expect_counted(p, sites, cells_of<T>(task.get(), fit::kSearchQuasiUniform, width, sites, scale),
+                               "quasi-uniform");
         }
 }
 
@@ -105,7 +110,9 @@ TYPED_TEST(SearchOf, PeakSearchCountsFromAnyCell) {
                 const T inside = p.x[static_cast<std::size_t>(std::max<int64_t>(peak - 1, 0))];
                 for (int k = 0; k < 40; ++k) sites.push_back(inside);
                 for (const auto width : kWidths)
-                    expect_counted(p, sites, cells_of<T>(task.get(), fit::kSearchPeak, width, sites, static_cast<T>(peak)), "peak");
+                    expect_counted(p, sites,
+                                   cells_of<T>(task.get(), fit::kSearchPeak, width, sites, static_cast<T>(peak)),
+                                   "peak");
             }
         }
 }
@@ -121,12 +128,16 @@ TYPED_TEST(SearchOf, SortedSearchCountsAndCarriesItsPosition) {
             OwnedTask task(p.x, nx, 0);
             for (const auto width : kWidths) {
                 int64_t position = 0;
-                expect_counted(p, sites, cells_of<T>(task.get(), fit::kSearchSorted, width, sites, T(0), &position), "sorted");
+                expect_counted(p, sites, cells_of<T>(task.get(), fit::kSearchSorted, width, sites, T(0), &position),
+                               "sorted");
                 const auto half = static_cast<std::ptrdiff_t>(sites.size() / 2);
-                const std::vector<T> first(sites.begin(), sites.begin() + half), second(sites.begin() + half, sites.end());
+                const std::vector<T> first(sites.begin(), sites.begin() + half),
+                    second(sites.begin() + half, sites.end());
                 position = 0;
-                expect_counted(p, first, cells_of<T>(task.get(), fit::kSearchSorted, width, first, T(0), &position), "first half");
-                expect_counted(p, second, cells_of<T>(task.get(), fit::kSearchSorted, width, second, T(0), &position), "second half");
+                expect_counted(p, first, cells_of<T>(task.get(), fit::kSearchSorted, width, first, T(0), &position),
+                               "first half");
+                expect_counted(p, second, cells_of<T>(task.get(), fit::kSearchSorted, width, second, T(0), &position),
+                               "second half");
             }
         }
 }
@@ -156,8 +167,8 @@ TYPED_TEST(SearchOf, UniformSearchIsTheRoundedFormula) {
         const T scale = static_cast<T>(nx - 1) / (ends[1] - ends[0]);
         std::vector<T> sites = random_values<T>(300, T(-2), T(3.5), 4);
         for (int64_t i = 0; i < nx; ++i) sites.push_back(ends[0] + static_cast<T>(i) / scale);
-        for (const T s : {ends[0], ends[1], std::nextafter(ends[0], T(-9)), std::nextafter(ends[1], T(9)), infinity_of<T>,
-                          -infinity_of<T>, std::numeric_limits<T>::max(), nan_of<T>})
+        for (const T s : {ends[0], ends[1], std::nextafter(ends[0], T(-9)), std::nextafter(ends[1], T(9)),
+                          infinity_of<T>, -infinity_of<T>, std::numeric_limits<T>::max(), nan_of<T>})
             sites.push_back(s);
         for (const auto width : kWidths) {
             const auto cells = cells_of<T>(task.get(), fit::kSearchUniform, width, sites, scale);
@@ -167,7 +178,8 @@ TYPED_TEST(SearchOf, UniformSearchIsTheRoundedFormula) {
                 if (sites[i] == ends[1])
                     expected = nx - 1;
                 else if (sites[i] >= ends[0])
-                    expected = steps >= static_cast<T>(nx) ? nx : std::min<int64_t>(static_cast<int64_t>(steps) + 1, nx);
+                    expected =
+                        steps >= static_cast<T>(nx) ? nx : std::min<int64_t>(static_cast<int64_t>(steps) + 1, nx);
                 ASSERT_EQ(cells[i], expected) << "site " << sites[i] << " of " << nx;
             }
         }
@@ -178,11 +190,13 @@ TYPED_TEST(SearchOf, EndsBelongToTheFirstAndLastCell) {
     using T = TypeParam;
     const std::vector<T> x{1, 2, 4, 8}, ends{1, 8}, sites{1, 8};
     const T peak[5] = {0, 1, 0, 0, 2};
-    for (const auto& [xhint, sitehint, hint] :
-         std::vector<std::tuple<int64_t, int64_t, const T*>>{{0, 0, nullptr}, {0, 64, nullptr}, {0, 0, peak}, {2, 0, nullptr}, {4, 0, nullptr}}) {
+    for (const auto& [xhint, sitehint, hint] : std::vector<std::tuple<int64_t, int64_t, const T*>>{
+             {0, 0, nullptr}, {0, 64, nullptr}, {0, 0, peak}, {2, 0, nullptr}, {4, 0, nullptr}}) {
         OwnedTask task(xhint == 4 ? ends : x, 4, xhint);
         int64_t cell[2] = {-1, -1};
-        EXPECT_EQ(Fit<T>::search(task.get(), 0, 2, sites.data(), sitehint, hint, cell, nullptr, nullptr, nullptr, nullptr), 0);
+        EXPECT_EQ(
+            Fit<T>::search(task.get(), 0, 2, sites.data(), sitehint, hint, cell, nullptr, nullptr, nullptr, nullptr),
+            0);
         EXPECT_EQ(cell[0], 1);
         EXPECT_EQ(cell[1], 3);
     }
@@ -210,7 +224,8 @@ TYPED_TEST(SearchOf, BadInputTerminatesWithinBounds) {
                         int64_t position = 0;
                         const auto which = static_cast<SearchAlgorithm>(algorithm);
                         for (const int64_t c : cells_of<T>(task, which, width, sites, scale, &position))
-                            ASSERT_TRUE(c >= 0 && c <= nx) << "algorithm " << algorithm << " kind " << kind << " cell " << c;
+                            ASSERT_TRUE(c >= 0 && c <= nx)
+                                << "algorithm " << algorithm << " kind " << kind << " cell " << c;
                     }
             nax_df_kernel_DeleteTask(&task);
         }
@@ -228,7 +243,8 @@ TYPED_TEST(SearchOf, EditedPartitionIsSearchedWithoutItsOldIndex) {
     for (const int64_t nx : {100, 30, 2}) {
         nax_df_kernel_iEditVal(task, 14, nx);
         const Partition<T> p{"edited", {x.data(), x.data() + nx}};
-        expect_counted(p, sites, cells_of<T>(task, fit::kSearchHybrid, fit::kWidth32, sites, fit::bin_scale<T>(*task)), "hybrid");
+        expect_counted(p, sites, cells_of<T>(task, fit::kSearchHybrid, fit::kWidth32, sites, fit::bin_scale<T>(*task)),
+                       "hybrid");
     }
     nax_df_kernel_DeleteTask(&task);
 }
@@ -240,8 +256,10 @@ TYPED_TEST(SearchOf, AlgorithmFollowsHintsInOrder) {
         OwnedTask task(x, 5, xhint);
         return fit::choose_search<T>(*task.get(), sitehint, hint, callback);
     };
-    const T peak[5] = {9, 1, 9, 9, 5}, beyond[5] = {9, 1, 9, 9, T(5.5)}, none[5] = {9, 0, 9, 9, 77}, odd[5] = {0, 2, 0, 0, 1};
-    const T nan_kind[5] = {0, nan_of<T>, 0, 0, 1}, nan_peak[5] = {0, 1, 0, 0, nan_of<T>}, negative[5] = {0, 1, 0, 0, T(-0.5)};
+    const T peak[5] = {9, 1, 9, 9, 5}, beyond[5] = {9, 1, 9, 9, T(5.5)}, none[5] = {9, 0, 9, 9, 77},
+            odd[5] = {0, 2, 0, 0, 1};
+    const T nan_kind[5] = {0, nan_of<T>, 0, 0, 1}, nan_peak[5] = {0, 1, 0, 0, nan_of<T>},
+            negative[5] = {0, 1, 0, 0, T(-0.5)};
     EXPECT_EQ(choose(4, 64, odd, true), fit::kSearchUniUserDef);
     EXPECT_EQ(choose(2, 64, odd, true), fit::kSearchUserDef);
     EXPECT_EQ(choose(4, 64, odd, false), fit::kSearchUniform);
@@ -250,7 +268,8 @@ TYPED_TEST(SearchOf, AlgorithmFollowsHintsInOrder) {
     EXPECT_EQ(choose(1, 0, nullptr, false), fit::kSearchHybrid);
     EXPECT_EQ(choose(0, 68, none, false), fit::kSearchHybrid);
     EXPECT_EQ(choose(0, 0, peak, false), fit::kSearchPeak);
-    for (const T* bad : {beyond, odd, nan_kind, nan_peak, negative}) EXPECT_EQ(choose(0, 0, bad, false), DfStatusBadDataHint);
+    for (const T* bad : {beyond, odd, nan_kind, nan_peak, negative})
+        EXPECT_EQ(choose(0, 0, bad, false), DfStatusBadDataHint);
 }
 
 TYPED_TEST(SearchOf, EntryReportsMissingPointersAndDoesNothingWithoutSites) {
@@ -281,13 +300,14 @@ TYPED_TEST(SearchOf, EntryWritesCellsInTheCallersWidth) {
                 OwnedTask task(p.x, 10, 0, width);
                 const T a = T(-3), b = T(90), step = n > 1 ? (b - a) / static_cast<T>(n - 1) : T(0);
                 std::vector<T> sites(static_cast<std::size_t>(n));
-                for (int64_t i = 0; i < n; ++i) sites[static_cast<std::size_t>(i)] = std::fma(step, static_cast<T>(i), a);
+                for (int64_t i = 0; i < n; ++i)
+                    sites[static_cast<std::size_t>(i)] = std::fma(step, static_cast<T>(i), a);
                 const T ends[2] = {a, b};
                 std::vector<int32_t> narrow(static_cast<std::size_t>(n) + 1, -7);
                 std::vector<int64_t> wide(static_cast<std::size_t>(n) + 1, -7);
                 void* const cell = width == 0 ? static_cast<void*>(narrow.data()) : wide.data();
-                ASSERT_EQ(Fit<T>::search(task.get(), 0, n, uniform ? ends : sites.data(), uniform ? 4 : 0, nullptr, cell, nullptr,
-                                         nullptr, nullptr, nullptr),
+                ASSERT_EQ(Fit<T>::search(task.get(), 0, n, uniform ? ends : sites.data(), uniform ? 4 : 0, nullptr,
+                                         cell, nullptr, nullptr, nullptr, nullptr),
                           0);
                 for (std::size_t i = 0; i < sites.size(); ++i)
                     ASSERT_EQ(width == 0 ? narrow[i] : wide[i], cell_by_counting(p.x, sites[i])) << n << ' ' << i;
@@ -295,7 +315,8 @@ TYPED_TEST(SearchOf, EntryWritesCellsInTheCallersWidth) {
             }
 }
 
-// --- Callbacks --------------------------------------------------------------------------------------------------------
+// --- Callbacks
+// --------------------------------------------------------------------------------------------------------
 
 template <class T>
 struct CallbackLog {
@@ -304,7 +325,8 @@ struct CallbackLog {
     int32_t status = 0;
     int32_t final_flag = 0;
     bool reserved_is_zero = true;
-    static int32_t call(const int64_t* n, const T* site, int64_t* cell, int32_t* flag, void* parameters, void* reserved) {
+    static int32_t call(const int64_t* n, const T* site, int64_t* cell, int32_t* flag, void* parameters,
+                        void* reserved) {
         auto& log = *static_cast<CallbackLog*>(parameters);
         log.counts.push_back(*n);
         log.reserved_is_zero &= reserved == nullptr;
@@ -327,7 +349,9 @@ TYPED_TEST(SearchOf, CallbackGetsBatchesOf128AndOneForTheRest) {
             CallbackLog<T> log;
             const nax_threaders table = threads(4);
             loops().clear();
-            EXPECT_EQ(Fit<T>::search(task.get(), 0, n, sites.data(), 0, nullptr, cell.data(), CallbackLog<T>::call, &log, nullptr, &table), 0);
+            EXPECT_EQ(Fit<T>::search(task.get(), 0, n, sites.data(), 0, nullptr, cell.data(), CallbackLog<T>::call,
+                                     &log, nullptr, &table),
+                      0);
             std::vector<int64_t> expected(static_cast<std::size_t>(n / 128), 128);
             expected.push_back(n % 128);
             EXPECT_EQ(log.counts, expected) << n;
@@ -345,11 +369,14 @@ TYPED_TEST(SearchOf, GuessesAreRefinedAndOnesOnAPointStand) {
         CallbackLog<T> log;
         log.guess = guess;
         std::vector<int64_t> cell(sites.size());
-        ASSERT_EQ(Fit<T>::search(task.get(), 0, 11, sites.data(), 0, nullptr, cell.data(), CallbackLog<T>::call, &log, nullptr, nullptr), 0);
+        ASSERT_EQ(Fit<T>::search(task.get(), 0, 11, sites.data(), 0, nullptr, cell.data(), CallbackLog<T>::call, &log,
+                                 nullptr, nullptr),
+                  0);
         for (std::size_t i = 0; i < sites.size(); ++i) {
             const int64_t c = std::max<int64_t>(guess, 0);
             const bool on_the_point = c < 6 && sites[i] == x[static_cast<std::size_t>(c)];
-            EXPECT_EQ(cell[i], on_the_point ? c : cell_by_counting(x, sites[i])) << "guess " << guess << " site " << sites[i];
+            EXPECT_EQ(cell[i], on_the_point ? c : cell_by_counting(x, sites[i]))
+                << "guess " << guess << " site " << sites[i];
         }
     }
 }
@@ -364,7 +391,8 @@ TYPED_TEST(SearchOf, FlagsAndStatusSayWhatIsFinal) {
         log.guess = 77;
         log.final_flag = -1;
         const auto run = [&] {
-            return Fit<T>::search(task.get(), 0, 4, sites.data(), 0, nullptr, cell, CallbackLog<T>::call, &log, nullptr, nullptr);
+            return Fit<T>::search(task.get(), 0, 4, sites.data(), 0, nullptr, cell, CallbackLog<T>::call, &log, nullptr,
+                                  nullptr);
         };
         EXPECT_EQ(run(), 0);
         EXPECT_EQ((std::array<int32_t, 4>{cell[0], cell[1], cell[2], cell[3]}), (std::array<int32_t, 4>{1, 77, 2, 77}));
@@ -380,7 +408,8 @@ TYPED_TEST(SearchOf, FlagsAndStatusSayWhatIsFinal) {
     }
 }
 
-// --- Threads ----------------------------------------------------------------------------------------------------------
+// --- Threads
+// ----------------------------------------------------------------------------------------------------------
 
 struct ThreadCase {
     SearchAlgorithm algorithm;
@@ -390,25 +419,40 @@ struct ThreadCase {
 };
 // Both sides of every threshold.
 const std::vector<ThreadCase> kThreadCases{
-    {fit::kSearchUniform, 5000, 10, 2, false, false},    {fit::kSearchUniform, 5001, 10, 2, true, false},
-    {fit::kSearchUniform, 8192, 10, 2, true, false},     {fit::kSearchUniform, 8193, 10, 2, true, true},
-    {fit::kSearchUniform, 99999, 10, 1, false, false},   {fit::kSearchSorted, 3000, 10, 4, false, false},
-    {fit::kSearchSorted, 3001, 10, 4, true, true},       {fit::kSearchQuasiUniform, 301, 10, 2, true, true},
-    {fit::kSearchQuasiUniform, 300, 39, 8, false, false}, {fit::kSearchQuasiUniform, 151, 40, 4, true, true},
-    {fit::kSearchQuasiUniform, 151, 40, 2, false, false}, {fit::kSearchQuasiUniform, 151, 600, 2, true, true},
-    {fit::kSearchQuasiUniform, 150, 600, 8, false, false}, {fit::kSearchPeak, 1200, 1200, 2, false, false},
-    {fit::kSearchPeak, 1201, 5, 2, true, true},          {fit::kSearchPeak, 40, 1201, 2, true, true},
-    {fit::kSearchHybrid, 300, 10, 2, false, false},      {fit::kSearchHybrid, 301, 10, 2, true, true},
-    {fit::kSearchHybrid, 600, 10, 4, false, false},      {fit::kSearchHybrid, 601, 10, 4, true, true},
-    {fit::kSearchHybrid, 601, 10, 8, false, false},      {fit::kSearchHybrid, 1001, 10, 8, false, true},
-    {fit::kSearchHybrid, 2000, 10, 8, false, true},      {fit::kSearchHybrid, 2001, 10, 8, true, true},
-    {fit::kSearchUserDef, 99999, 10, 8, false, false},   {fit::kSearchUniUserDef, 99999, 10, 8, false, false},
+    {fit::kSearchUniform, 5000, 10, 2, false, false},
+    {fit::kSearchUniform, 5001, 10, 2, true, false},
+    {fit::kSearchUniform, 8192, 10, 2, true, false},
+    {fit::kSearchUniform, 8193, 10, 2, true, true},
+    {fit::kSearchUniform, 99999, 10, 1, false, false},
+    {fit::kSearchSorted, 3000, 10, 4, false, false},
+    {fit::kSearchSorted, 3001, 10, 4, true, true},
+    {fit::kSearchQuasiUniform, 301, 10, 2, true, true},
+    {fit::kSearchQuasiUniform, 300, 39, 8, false, false},
+    {fit::kSearchQuasiUniform, 151, 40, 4, true, true},
+    {fit::kSearchQuasiUniform, 151, 40, 2, false, false},
+    {fit::kSearchQuasiUniform, 151, 600, 2, true, true},
+    {fit::kSearchQuasiUniform, 150, 600, 8, false, false},
+    {fit::kSearchPeak, 1200, 1200, 2, false, false},
+    {fit::kSearchPeak, 1201, 5, 2, true, true},
+    {fit::kSearchPeak, 40, 1201, 2, true, true},
+    {fit::kSearchHybrid, 300, 10, 2, false, false},
+    {fit::kSearchHybrid, 301, 10, 2, true, true},
+    {fit::kSearchHybrid, 600, 10, 4, false, false},
+    {fit::kSearchHybrid, 601, 10, 4, true, true},
+    {fit::kSearchHybrid, 601, 10, 8, false, false},
+    {fit::kSearchHybrid, 1001, 10, 8, false, true},
+    {fit::kSearchHybrid, 2000, 10, 8, false, true},
+    {fit::kSearchHybrid, 2001, 10, 8, true, true},
+    {fit::kSearchUserDef, 99999, 10, 8, false, false},
+    {fit::kSearchUniUserDef, 99999, 10, 8, false, false},
 };
 
 TEST(Search, ThreadsStartAtTheirThresholds) {
     for (const ThreadCase& c : kThreadCases) {
-        EXPECT_EQ(fit::worth_threads<double>(c.algorithm, c.nsite, c.nx, c.limit), c.in_double) << c.algorithm << ' ' << c.nsite;
-        EXPECT_EQ(fit::worth_threads<float>(c.algorithm, c.nsite, c.nx, c.limit), c.in_single) << c.algorithm << ' ' << c.nsite;
+        EXPECT_EQ(fit::worth_threads<double>(c.algorithm, c.nsite, c.nx, c.limit), c.in_double)
+            << c.algorithm << ' ' << c.nsite;
+        EXPECT_EQ(fit::worth_threads<float>(c.algorithm, c.nsite, c.nx, c.limit), c.in_single)
+            << c.algorithm << ' ' << c.nsite;
     }
 }
 
@@ -420,19 +464,23 @@ TYPED_TEST(SearchOf, ThreadsGiveTheSameCells) {
     const T peak[5] = {0, 1, 0, 0, 700};
     std::vector<T> sites = random_values<T>(10007, T(-0.01), T(1.01), 32), sorted = sites;
     std::sort(sorted.begin(), sorted.end());
-    for (const auto& [xhint, sitehint, hint] :
-         std::vector<std::tuple<int64_t, int64_t, const T*>>{{0, 0, nullptr}, {0, 64, nullptr}, {0, 0, peak}, {2, 0, nullptr}, {4, 0, nullptr}, {0, 4, nullptr}})
+    for (const auto& [xhint, sitehint, hint] : std::vector<std::tuple<int64_t, int64_t, const T*>>{
+             {0, 0, nullptr}, {0, 64, nullptr}, {0, 0, peak}, {2, 0, nullptr}, {4, 0, nullptr}, {0, 4, nullptr}})
         for (const int64_t width : {0, 1}) {
             OwnedTask task(xhint == 4 ? ends : x, 1500, xhint, width);
             const std::vector<T>& use = sitehint == 64 ? sorted : (sitehint == 4 ? ends : sites);
             std::vector<int64_t> serial(10007), threaded(10007);
-            ASSERT_EQ(Fit<T>::search(task.get(), 0, 10007, use.data(), sitehint, hint, serial.data(), nullptr, nullptr, nullptr, nullptr), 0);
+            ASSERT_EQ(Fit<T>::search(task.get(), 0, 10007, use.data(), sitehint, hint, serial.data(), nullptr, nullptr,
+                                     nullptr, nullptr),
+                      0);
             for (const int limit : {1, 2, 4}) {
                 const nax_threaders table = threads(limit);
                 loops().clear();
                 std::fill(threaded.begin(), threaded.end(), -1);
                 if (width == 0) std::fill(threaded.begin() + 5004, threaded.end(), 0);
-                ASSERT_EQ(Fit<T>::search(task.get(), 0, 10007, use.data(), sitehint, hint, threaded.data(), nullptr, nullptr, nullptr, &table), 0);
+                ASSERT_EQ(Fit<T>::search(task.get(), 0, 10007, use.data(), sitehint, hint, threaded.data(), nullptr,
+                                         nullptr, nullptr, &table),
+                          0);
                 EXPECT_EQ(loops().size(), limit > 1 ? 1u : 0u);
                 for (const LoopRecord& loop : loops()) EXPECT_EQ(loop.threads, limit);
                 EXPECT_EQ(std::memcmp(serial.data(), threaded.data(), 10007 * (width == 0 ? 4 : 8)), 0);

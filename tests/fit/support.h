@@ -47,8 +47,8 @@ class OwnedTask {
 public:
     OwnedTask() = default;
     template <class T>
-    OwnedTask(const std::vector<T>& x, int64_t nx, int64_t xhint, int64_t int_width = 1, int64_t ny = 0, const T* y = nullptr,
-              int64_t yhint = 0) {
+    OwnedTask(const std::vector<T>& x, int64_t nx, int64_t xhint, int64_t int_width = 1, int64_t ny = 0,
+              const T* y = nullptr, int64_t yhint = 0) {
         EXPECT_EQ(Fit<T>::create(&task_, nx, x.data(), xhint, ny, y, yhint, int_width), 0);
     }
     OwnedTask(const OwnedTask&) = delete;
@@ -88,10 +88,18 @@ inline nax_threaders threads(int limit) {
         pool().parallel_for(count, used, context, body);
     };
     switch (limit) {
-        case 1: table.max_threads = [] { return 1; }; break;
-        case 2: table.max_threads = [] { return 2; }; break;
-        case 4: table.max_threads = [] { return 4; }; break;
-        default: table.max_threads = [] { return 8; }; break;
+        case 1:
+            table.max_threads = [] { return 1; };
+            break;
+        case 2:
+            table.max_threads = [] { return 2; };
+            break;
+        case 4:
+            table.max_threads = [] { return 4; };
+            break;
+        default:
+            table.max_threads = [] { return 8; };
+            break;
     }
     return table;
 }
@@ -110,8 +118,8 @@ std::vector<T> random_values(int64_t n, T from, T to, uint64_t seed) {
     return values;
 }
 
-// Partitions of nx points that try an index: even, random, crowded at one end, geometric, with repeated points, of extreme
-// range.
+// Partitions of nx points that try an index: even, random, crowded at one end, geometric, with repeated points, of
+// extreme range.
 template <class T>
 struct Partition {
     std::string name;

@@ -45,7 +45,8 @@ TYPED_TEST(TaskOf, CreationSetsTheRecordAndDerivesFunctionPointers) {
         EXPECT_EQ(task->precision, sizeof(T) == 8 ? 1 : 0);
         EXPECT_EQ(task->dimension, 1);
         EXPECT_EQ(task->int_width, 7);
-        EXPECT_EQ(task->s_order + task->s_type + task->ic_type + task->bc_type + task->scoeffhint + task->check_flag, 0);
+        EXPECT_EQ(task->s_order + task->s_type + task->ic_type + task->bc_type + task->scoeffhint + task->check_flag,
+                  0);
         EXPECT_EQ(task->ic, nullptr);
         EXPECT_EQ(task->bc, nullptr);
         EXPECT_EQ(task->scoeff, nullptr);
@@ -124,7 +125,8 @@ TEST(Task, ValueEditorAcceptsAndRefusesByTable) {
                 EXPECT_EQ(wide, width != 0 ? value : (value | (int64_t{-1} << 32))) << c.attribute;
             }
             for (const int64_t value : c.refused)
-                EXPECT_EQ(nax_df_kernel_iEditVal(task.get(), c.attribute, value), c.status) << c.attribute << ' ' << value;
+                EXPECT_EQ(nax_df_kernel_iEditVal(task.get(), c.attribute, value), c.status)
+                    << c.attribute << ' ' << value;
             int64_t kept = 0;
             nax_df_kernel_iQueryVal(task.get(), c.attribute, &kept);
             EXPECT_EQ(static_cast<int32_t>(kept), c.accepted.back()) << "a refused value was stored";
@@ -144,7 +146,8 @@ TYPED_TEST(TaskOf, PointerEditorAndQueryAgree) {
     using T = TypeParam;
     const std::vector<T> x{0, 1, 2}, y(6), other(12);
     OwnedTask task(x, 3, 0, 1, 2, y.data(), 16);
-    const std::array<int32_t, 6> null_status{0, DfStatusBadX, DfStatusBadY, DfStatusBadIc, DfStatusBadBc, DfStatusBadCoeff};
+    const std::array<int32_t, 6> null_status{
+        0, DfStatusBadX, DfStatusBadY, DfStatusBadIc, DfStatusBadBc, DfStatusBadCoeff};
     for (int64_t id = 1; id <= 5; ++id) {
         EXPECT_EQ(Fit<T>::edit_pointer(task.get(), id, nullptr), null_status[static_cast<std::size_t>(id)]);
         EXPECT_EQ(Fit<T>::edit_pointer(task.get(), id, other.data()), 0);
@@ -171,7 +174,9 @@ TYPED_TEST(TaskOf, IndexedEditorAndQueryDifferAtTheEnd) {
     const std::vector<T> x{0, 1, 2}, y(6), other(12);
     T* found;
     OwnedTask task(x, 3, 0, 1, 2, y.data(), 128);
-    const auto edit = [&](int64_t id, int64_t index, const T* p) { return Fit<T>::edit_indexed(task.get(), id, index, p); };
+    const auto edit = [&](int64_t id, int64_t index, const T* p) {
+        return Fit<T>::edit_indexed(task.get(), id, index, p);
+    };
     const auto query = [&](int64_t id, int64_t index) { return Fit<T>::query_indexed(task.get(), id, index, &found); };
     EXPECT_EQ(edit(5, 0, other.data()), DfStatusBadCoeff) << "no coefficients set yet";
     ASSERT_EQ(Fit<T>::edit_pointer(task.get(), 5, other.data()), 0);
@@ -209,7 +214,8 @@ TYPED_TEST(TaskOf, SplineEditorChecksInOrderAndKeepsEarlierStores) {
     const std::vector<T> x{0, 1, 2}, y(6);
     std::vector<T> c(64);
     OwnedTask task(x, 3, 0, 1, 2, y.data(), 16);
-    const auto edit = [&](int64_t order, int64_t type, int64_t bct, const T* bc, int64_t ict, const T* ic, int64_t hint) {
+    const auto edit = [&](int64_t order, int64_t type, int64_t bct, const T* bc, int64_t ict, const T* ic,
+                          int64_t hint) {
         return Fit<T>::edit_spline(task.get(), order, type, bct, bc, ict, ic, c.data(), hint);
     };
     EXPECT_EQ(Fit<T>::edit_spline(nullptr, -1, -1, 3, nullptr, 0, x.data(), nullptr, 0), DfStatusNullTask);
