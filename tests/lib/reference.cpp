@@ -1,9 +1,12 @@
 #include "tests/lib/reference.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
-namespace nax::test {
+#include "tests/lib/ulp.h"
+
+namespace nax::testing {
 namespace {
 
 int exact_logb(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
@@ -30,16 +33,21 @@ const Reference* find_reference(const char* function) {
     return nullptr;
 }
 
-long double exact_value(const Reference& reference, double x) {
+double exact_ulp_error(const Reference& reference, double x, double y) {
+    if (!std::isfinite(y)) return ulp_error(y, reference.in_long_double(static_cast<long double>(x)));
     mpfr_t argument, value;
     mpfr_init2(argument, 53);
     mpfr_init2(value, 160);
     mpfr_set_d(argument, x, MPFR_RNDN);
     reference.exact(value, argument, MPFR_RNDN);
-    const long double result = mpfr_get_ld(value, MPFR_RNDN);
+    // MPFR's significands lie in [1/2, 1).
+    const long exponent = mpfr_zero_p(value) ? -1074 : std::max<long>(mpfr_get_exp(value) - 53, -1074);
+    mpfr_sub_d(value, value, y, MPFR_RNDN);
+    mpfr_mul_2si(value, value, -exponent, MPFR_RNDN);
+    const double error = std::fabs(mpfr_get_d(value, MPFR_RNDN));
     mpfr_clear(argument);
     mpfr_clear(value);
-    return result;
+    return error;
 }
 
-}  // namespace nax::test
+}  // namespace nax::testing

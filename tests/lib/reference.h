@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace nax::test {
+namespace nax::testing {
 
 struct Reference {
     const char* function;                     // as in a record: Exp, Log1p ...
@@ -17,7 +17,7 @@ struct Reference {
 // The reference of a function, or null.
 const Reference* find_reference(const char* function);
 
-// The function's value at x with 160 bits, rounded to long double.
-long double exact_value(const Reference& reference, double x);
+// |y - f(x)| in ulp of f(x), as ulp_error() but with 160 bits.
+double exact_ulp_error(const Reference& reference, double x, double y);
 
-}  // namespace nax::test
+}  // namespace nax::testing

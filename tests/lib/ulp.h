@@ -7,7 +7,7 @@
 
 #include "tests/lib/reference.h"
 
-namespace nax::test {
+namespace nax::testing {
 
 // |computed - exact| in ulp of the exact value's binade (of the denormal grid below the normal range). Infinite where one
 // of them is infinite or NaN and the other isn't; `exact` beyond the largest number counts as infinite.
@@ -48,4 +48,4 @@ uint64_t floats_between(float low, float high);
 template <class T>
 void sample(T low, T high, uint64_t seed, T* points, int count);
 
-}  // namespace nax::test
+}  // namespace nax::testing

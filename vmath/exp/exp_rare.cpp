@@ -68,31 +68,31 @@ double scale_below_normal(double high, double rest, int64_t k) {
     return head * 0x1p-60 + tail * 0x1p-60;
 }
 
-// Limits of one base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`.
-struct Limits {
-    double largest, smallest, normal;
+// One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x + ...
+struct Base {
+    double largest, smallest, normal, slope;
 };
 
 template <class Reduce>
-int32_t exponential(double x, double* y, const Limits& limits, Reduce reduce) {
+int32_t exponential(double x, double* y, const Base& base, Reduce reduce) {
     const int32_t exponent = biased_exponent(x);
     // -Inf gives 0; NaN is quieted, +Inf stays.
     if (exponent == 2047) {
         *y = x == -HUGE_VAL ? 0.0 : x * x;
         return kSuccess;
     }
-    // |x| < 2^-52: the result rounds to 1.
+    // |x| < 2^-52: two terms.
     if (exponent < 971) {
-        *y = 1.0 + x;
+        *y = 1.0 + x * base.slope;
         return kSuccess;
     }
     // Too large: +Inf with the overflow flag.
-    if (x > limits.largest) {
+    if (x > base.largest) {
         *y = hide(DBL_MAX) * DBL_MAX;
         return kOverflow;
     }
     // Too small: 0 with the underflow flag.
-    if (x < limits.smallest) {
+    if (x < base.smallest) {
         *y = hide(DBL_MIN) * DBL_MIN;
         return kUnderflow;
     }
@@ -100,7 +100,7 @@ int32_t exponential(double x, double* y, const Limits& limits, Reduce reduce) {
     const double high = exp2_64[a.j];
     const double rest = exp2_64_absolute_low[a.j] + high * expm1_small(a.r);
     // Below the normal range: denormal or 0.
-    if (x < limits.normal) {
+    if (x < base.normal) {
         *y = scale_below_normal(high, rest, a.k);
         return kUnderflow;
     }
@@ -123,15 +123,15 @@ int32_t in_double(int32_t (*function)(const double*, double*), float x, float* y
 }  // namespace
 
 int32_t vdexp_cout_rare(const double* x, double* y) {
-    return exponential(*x, y, {709.782712893384, -745.1332191019411, -708.3964185322641}, reduce_e);
+    return exponential(*x, y, {709.782712893384, -745.1332191019411, -708.3964185322641, 1.0}, reduce_e);
 }
 
 int32_t vdexp2_cout_rare(const double* x, double* y) {
-    return exponential(*x, y, {0x1.fffffffffffffp+9, -1075.0, -1022.0}, reduce_2);
+    return exponential(*x, y, {0x1.fffffffffffffp+9, -1075.0, -1022.0, 0.6931471805599453}, reduce_2);
 }
 
 int32_t vdexp10_cout_rare(const double* x, double* y) {
-    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873}, reduce_10);
+    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873, 2.302585092994046}, reduce_10);
 }
 
 int32_t vdexpm1_cout_rare(const double* x, double* y) {

@@ -33,8 +33,8 @@ struct Log1p {
         const auto outside = outside_domain(s);
         Reduced<E> a = ln.reduction(s);
         if constexpr (keeps_tail) {
-            const Vector finite = zero_unless(static_cast<typename E::Mask>(~outside), t);
-            const Vector tail = mul(scale(finite, bit_xor(a.raw_exponent, sign)), a.reciprocal);
+            const Vector scaled = mul(scale(t, bit_xor(a.raw_exponent, sign)), a.reciprocal);
+            const Vector tail = zero_unless(static_cast<typename E::Mask>(~outside), scaled);
             const Vector exact = a.r;
             a.r = add(exact, tail);
             y = ln.sum_up(a, outside, sub(tail, sub(a.r, exact)));
