@@ -1,41 +1,8 @@
-// The kernels of construction under their exported names, and the tables that the entries pick them from.
-// A kernel serves both precisions: it reads the task's.
+// The tables that the entries of construction pick their kernels from, and what the entries check.
 #pragma once
 
 #include "fit/construct/spline_data.h"
-
-extern "C" {
-
-#define NAX_DF_KERNEL(Y, G)                                                           \
-    int32_t _v1DLSLinear##Y##G(nax_df_task* task, const nax_threaders* threaders);    \
-    void _v1DLinearThreader##Y##G(int64_t tile, int thread, int threads, void* context); \
-    int32_t _v1DQSStd##Y##G(nax_df_task* task, const nax_threaders* threaders);
-#define NAX_DF_BOUNDARY_KERNEL(Y, G, B, boundary)                                           \
-    int32_t _v1DCSDefault##Y##G##B(nax_df_task* task, const nax_threaders* threaders);      \
-    int32_t _v1DCSNatural##Y##G##B(nax_df_task* task, const nax_threaders* threaders);      \
-    void _v1DCSNaturalThreader##Y##G##B(int64_t group, int thread, int threads, void* context);
-#define NAX_DF_SUBGRID_KERNEL(S, Y, G, B, boundary) \
-    int32_t _v1DQSSubb##S##Y##G##B(nax_df_task* task, const nax_threaders* threaders);
-#define NAX_DF_NO_KERNEL
-#include "fit/construct/kernels.def"
-#undef NAX_DF_KERNEL
-#undef NAX_DF_BOUNDARY_KERNEL
-#undef NAX_DF_SUBGRID_KERNEL
-#undef NAX_DF_NO_KERNEL
-
-#define NAX_DF_LOCAL(Family, Y, G)                                                                          \
-    int32_t _v1DCS##Family##Y##G(nax_df_task* task, int64_t boundary, const nax_threaders* threaders); \
-    void _v1DCS##Family##Threader##Y##G(int64_t tile, int thread, int threads, void* context);
-#define NAX_DF_KERNEL(Y, G)      \
-    NAX_DF_LOCAL(Akima, Y, G)    \
-    NAX_DF_LOCAL(Bessel, Y, G)   \
-    NAX_DF_LOCAL(Hyman, Y, G)    \
-    NAX_DF_LOCAL(Hermite, Y, G)
-#include "fit/construct/kernels.def"
-#undef NAX_DF_KERNEL
-#undef NAX_DF_LOCAL
-
-}  // extern "C"
+#include "nax/fitting_construction.h"
 
 namespace nax::fit {
 

@@ -18,8 +18,8 @@ struct Hyman : ThreePoint {
         const E estimate = parabola<E>(w, k), size = abs(estimate);
         const E smaller_chord = abs(left) < abs(right) ? abs(left) : abs(right), limit = (zero + 3) * smaller_chord;
         const E filtered = copysign(size > limit ? limit : size, estimate);
-        const E falling = left <= zero ? right : zero - 1, rising = left >= zero ? right : zero + 1;
-        return falling >= zero ? zero : rising <= zero ? zero : filtered;
+        const auto turns = ((left <= zero) & (right >= zero)) | ((left >= zero) & (right <= zero));
+        return turns ? zero : filtered;
     }
 };
 

@@ -3,6 +3,7 @@
 // the integral of a polynomial is w (c0 + c1 s(1) / 2 + c2 s(2) / 3 + ...): no difference of antiderivatives, which would
 // lose the digits of a narrow interval far from the piece's point.
 #include "fit/integrate/integral.h"
+#include "nax/fitting_integration.h"
 #include "fit/subgrid.h"
 
 namespace nax::fit {
@@ -206,7 +207,7 @@ template double fill_running_sums(const Integration<float>&, int64_t, RunningSum
 }  // namespace nax::fit
 
 #define NAX_DF_MEMBER(name, pieces, T, callbacks)                                                                        \
-    extern "C" int32_t name(const void* call, int64_t function, const void* block, void* r, int64_t stride) {            \
+    int32_t name(const void* call, int64_t function, const void* block, void* r, int64_t stride) {            \
         using namespace nax::fit;                                                                                        \
         return integrate<T, pieces, callbacks>(*static_cast<const Integration<T>*>(call), function,                      \
                                                *static_cast<const LimitBlock<T>*>(block), static_cast<T*>(r), stride);   \

@@ -2,15 +2,10 @@
 #include <algorithm>
 
 #include "fit/integrate/block.h"
+#include "nax/fitting_integration.h"
 #include "service/block.h"
 
-// Pairs from which a call goes parallel when a side is searched by the Sorted algorithm, by evaluator.
-extern "C" {
-extern const int64_t _dfIntegrThreadThresholdsSortedSearch[8];
 const int64_t _dfIntegrThreadThresholdsSortedSearch[8] = {640, 512, 512, 256, 640, 640, 640, 640};
-void _v1DIntegrThreader(int64_t item, int thread, int threads, void* context);
-void _v1DIntegrThreaderCB(int64_t item, int thread, int threads, void* context);
-}
 
 namespace nax::fit {
 namespace {

@@ -72,6 +72,45 @@ int32_t nax_df_kernel_sDFAkimaCubicSpline1D(nax_df_task* task, int64_t format, i
 int32_t nax_df_kernel_dDFHymanCubicSpline1D(nax_df_task* task, int64_t format, int64_t method, const nax_threaders* threaders);
 int32_t nax_df_kernel_sDFHymanCubicSpline1D(nax_df_task* task, int64_t format, int64_t method, const nax_threaders* threaders);
 
+/* --- Kernels ------------------------------------------------------------------------------------------------------
+ * What the entries choose from once their checks are done. A name is made of the family, the layout of the functions
+ * (YCols, YRows), the grid (NoUniformGrid, UniformGrid) and, where a family has a kernel for each, the boundary type
+ * (NotAKnot, FreeEnd, 1st1st, 1st2nd, 2nd1st, 2nd2nd, Periodic); Subbotin splines have the sub-grid before the layout.
+ * Akima, Bessel, Hyman and Hermite kernels take the boundary type as an index in that order, 7 for no condition. A kernel
+ * reads the precision from the task and checks nothing that the entry has checked; status DfStatusOk,
+ * DfStatusBadPeriodicVal, DfStatusMemory, DfStatusSolverFailure, and DfStatusBadIc for Subbotin knots. Names with
+ * `Threader` are the bodies of the parallel loops; their context is the library's own. */
+#define NAX_DF_DECLARE_KERNEL(name) int32_t name(nax_df_task* task, const nax_threaders* threaders);
+#define NAX_DF_DECLARE_LOCAL_KERNEL(name) int32_t name(nax_df_task* task, int64_t boundary, const nax_threaders* threaders);
+#define NAX_DF_DECLARE_BODY(name) void name(int64_t item, int thread, int threads, void* context);
+#define NAX_DF_DECLARE_DERIVATIVE_ENDS(declare, stem) \
+    declare(stem##1st1st) declare(stem##1st2nd) declare(stem##2nd1st) declare(stem##2nd2nd)
+#define NAX_DF_DECLARE_ENDS(declare, stem) \
+    declare(stem##NotAKnot) declare(stem##FreeEnd) NAX_DF_DECLARE_DERIVATIVE_ENDS(declare, stem) declare(stem##Periodic)
+#define NAX_DF_DECLARE_LOCAL(family, grid) \
+    NAX_DF_DECLARE_LOCAL_KERNEL(_v1DCS##family##grid) NAX_DF_DECLARE_BODY(_v1DCS##family##Threader##grid)
+#define NAX_DF_DECLARE_CONSTRUCTION(grid)                                                       \
+    NAX_DF_DECLARE_KERNEL(_v1DLSLinear##grid) NAX_DF_DECLARE_BODY(_v1DLinearThreader##grid)     \
+    NAX_DF_DECLARE_KERNEL(_v1DQSStd##grid)                                                      \
+    NAX_DF_DECLARE_DERIVATIVE_ENDS(NAX_DF_DECLARE_KERNEL, _v1DQSSubbNoUniformSubgrid##grid)     \
+    NAX_DF_DECLARE_DERIVATIVE_ENDS(NAX_DF_DECLARE_KERNEL, _v1DQSSubbUniformSubgrid##grid)       \
+    NAX_DF_DECLARE_ENDS(NAX_DF_DECLARE_KERNEL, _v1DCSDefault##grid)                             \
+    NAX_DF_DECLARE_ENDS(NAX_DF_DECLARE_KERNEL, _v1DCSNatural##grid)                             \
+    NAX_DF_DECLARE_ENDS(NAX_DF_DECLARE_BODY, _v1DCSNaturalThreader##grid)                       \
+    NAX_DF_DECLARE_LOCAL(Akima, grid) NAX_DF_DECLARE_LOCAL(Bessel, grid)                        \
+    NAX_DF_DECLARE_LOCAL(Hyman, grid) NAX_DF_DECLARE_LOCAL(Hermite, grid)
+NAX_DF_DECLARE_CONSTRUCTION(YColsNoUniformGrid)
+NAX_DF_DECLARE_CONSTRUCTION(YColsUniformGrid)
+NAX_DF_DECLARE_CONSTRUCTION(YRowsNoUniformGrid)
+NAX_DF_DECLARE_CONSTRUCTION(YRowsUniformGrid)
+#undef NAX_DF_DECLARE_CONSTRUCTION
+#undef NAX_DF_DECLARE_LOCAL
+#undef NAX_DF_DECLARE_ENDS
+#undef NAX_DF_DECLARE_DERIVATIVE_ENDS
+#undef NAX_DF_DECLARE_BODY
+#undef NAX_DF_DECLARE_LOCAL_KERNEL
+#undef NAX_DF_DECLARE_KERNEL
+
 #ifdef __cplusplus
 }
 #endif

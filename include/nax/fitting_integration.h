@@ -62,6 +62,26 @@ int32_t nax_df_kernel_sDFIntegrate1D(const nax_df_task* task, int64_t method, in
                                      nax_df_search_callback_s search, void* search_parameters,
                                      const nax_threaders* threaders);
 
+/* The evaluators of one block of at most 128 pairs for one function, and the body of the parallel loop; `CB` members
+ * also add what callbacks computed. Contexts are the library's own records (fit/integrate/integral.h). Status 0. */
+#define NAX_DF_DECLARE_INTEGRAL(name)                                                                           \
+    int32_t name(const void* call, int64_t function, const void* block, void* r, int64_t stride);               \
+    int32_t name##CB(const void* call, int64_t function, const void* block, void* r, int64_t stride);
+#define NAX_DF_DECLARE_INTEGRALS(prefix)                                                                        \
+    NAX_DF_DECLARE_INTEGRAL(prefix##LinearSpline) NAX_DF_DECLARE_INTEGRAL(prefix##QuadSpline)                   \
+    NAX_DF_DECLARE_INTEGRAL(prefix##CubSpline) NAX_DF_DECLARE_INTEGRAL(prefix##SubbSpline)                      \
+    NAX_DF_DECLARE_INTEGRAL(prefix##ArbSpline) NAX_DF_DECLARE_INTEGRAL(prefix##PwLSpline)                       \
+    NAX_DF_DECLARE_INTEGRAL(prefix##PwRSpline)
+NAX_DF_DECLARE_INTEGRALS(nax_df_kernel_d_Integrate)
+NAX_DF_DECLARE_INTEGRALS(nax_df_kernel_s_Integrate)
+#undef NAX_DF_DECLARE_INTEGRALS
+#undef NAX_DF_DECLARE_INTEGRAL
+void _v1DIntegrThreader(int64_t item, int thread, int threads, void* context);
+void _v1DIntegrThreaderCB(int64_t item, int thread, int threads, void* context);
+
+/* Pairs from which a call goes parallel when a side is searched as sorted, by evaluator. */
+extern const int64_t _dfIntegrThreadThresholdsSortedSearch[8];
+
 #ifdef __cplusplus
 }
 #endif
