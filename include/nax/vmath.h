@@ -579,6 +579,177 @@ void _arqzUnpackM_HA(int32_t n, const nax_complex_z* a, nax_complex_z* y, const 
 void _arqzUnpackM_50(int32_t n, const nax_complex_z* a, nax_complex_z* y, const int32_t* my);
 void _arqzUnpackM_26(int32_t n, const nax_complex_z* a, nax_complex_z* y, const int32_t* my);
 
+/* Exp: r = e^a.
+ * Special values: +Inf for +Inf, +0 for -Inf. Statuses: 3 on overflow, 4 where r is denormal or zero for finite a. */
+void _arqsExp(int32_t n, const float* a, float* r);
+void _arqsExp_HA(int32_t n, const float* a, float* r);
+void _arqsExp_21(int32_t n, const float* a, float* r);
+void _arqsExp_11(int32_t n, const float* a, float* r);
+void _arqsExpI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExp(int32_t n, const double* a, double* r);
+void _arqdExp_HA(int32_t n, const double* a, double* r);
+void _arqdExp_50(int32_t n, const double* a, double* r);
+void _arqdExp_26(int32_t n, const double* a, double* r);
+void _arqdExpI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Exp2: r = 2^a.
+ * Special values: +Inf for +Inf, +0 for -Inf. Statuses: 3 on overflow, 4 where r is denormal or zero for finite a. */
+void _arqsExp2(int32_t n, const float* a, float* r);
+void _arqsExp2_HA(int32_t n, const float* a, float* r);
+void _arqsExp2_21(int32_t n, const float* a, float* r);
+void _arqsExp2_11(int32_t n, const float* a, float* r);
+void _arqsExp2I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp2I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp2I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp2I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExp2(int32_t n, const double* a, double* r);
+void _arqdExp2_HA(int32_t n, const double* a, double* r);
+void _arqdExp2_50(int32_t n, const double* a, double* r);
+void _arqdExp2_26(int32_t n, const double* a, double* r);
+void _arqdExp2I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp2I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp2I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp2I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Exp10: r = 10^a.
+ * Special values: +Inf for +Inf, +0 for -Inf. Statuses: 3 on overflow, 4 where r is denormal or zero for finite a. */
+void _arqsExp10(int32_t n, const float* a, float* r);
+void _arqsExp10_HA(int32_t n, const float* a, float* r);
+void _arqsExp10_21(int32_t n, const float* a, float* r);
+void _arqsExp10_11(int32_t n, const float* a, float* r);
+void _arqsExp10I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp10I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp10I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExp10I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExp10(int32_t n, const double* a, double* r);
+void _arqdExp10_HA(int32_t n, const double* a, double* r);
+void _arqdExp10_50(int32_t n, const double* a, double* r);
+void _arqdExp10_26(int32_t n, const double* a, double* r);
+void _arqdExp10I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp10I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp10I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExp10I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Expm1: r = e^a - 1, without cancellation near 0.
+ * Special values: +Inf for +Inf, -1 for -Inf. Statuses: 3 on overflow. */
+void _arqsExpm1(int32_t n, const float* a, float* r);
+void _arqsExpm1_HA(int32_t n, const float* a, float* r);
+void _arqsExpm1_21(int32_t n, const float* a, float* r);
+void _arqsExpm1_11(int32_t n, const float* a, float* r);
+void _arqsExpm1I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpm1I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpm1I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpm1I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExpm1(int32_t n, const double* a, double* r);
+void _arqdExpm1_HA(int32_t n, const double* a, double* r);
+void _arqdExpm1_50(int32_t n, const double* a, double* r);
+void _arqdExpm1_26(int32_t n, const double* a, double* r);
+void _arqdExpm1I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpm1I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpm1I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpm1I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Ln: r = the natural logarithm of a.
+ * Special values: +Inf for +Inf; -Inf for +-0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsLn(int32_t n, const float* a, float* r);
+void _arqsLn_HA(int32_t n, const float* a, float* r);
+void _arqsLn_21(int32_t n, const float* a, float* r);
+void _arqsLn_11(int32_t n, const float* a, float* r);
+void _arqsLnI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLnI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLnI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLnI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLn(int32_t n, const double* a, double* r);
+void _arqdLn_HA(int32_t n, const double* a, double* r);
+void _arqdLn_50(int32_t n, const double* a, double* r);
+void _arqdLn_26(int32_t n, const double* a, double* r);
+void _arqdLnI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLnI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLnI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLnI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Log2: r = the logarithm of a to base 2.
+ * Special values: +Inf for +Inf; -Inf for +-0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsLog2(int32_t n, const float* a, float* r);
+void _arqsLog2_HA(int32_t n, const float* a, float* r);
+void _arqsLog2_21(int32_t n, const float* a, float* r);
+void _arqsLog2_11(int32_t n, const float* a, float* r);
+void _arqsLog2I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog2I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog2I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog2I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLog2(int32_t n, const double* a, double* r);
+void _arqdLog2_HA(int32_t n, const double* a, double* r);
+void _arqdLog2_50(int32_t n, const double* a, double* r);
+void _arqdLog2_26(int32_t n, const double* a, double* r);
+void _arqdLog2I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog2I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog2I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog2I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Log10: r = the logarithm of a to base 10.
+ * Special values: +Inf for +Inf; -Inf for +-0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsLog10(int32_t n, const float* a, float* r);
+void _arqsLog10_HA(int32_t n, const float* a, float* r);
+void _arqsLog10_21(int32_t n, const float* a, float* r);
+void _arqsLog10_11(int32_t n, const float* a, float* r);
+void _arqsLog10I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog10I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog10I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog10I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLog10(int32_t n, const double* a, double* r);
+void _arqdLog10_HA(int32_t n, const double* a, double* r);
+void _arqdLog10_50(int32_t n, const double* a, double* r);
+void _arqdLog10_26(int32_t n, const double* a, double* r);
+void _arqdLog10I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog10I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog10I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog10I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Log1p: r = ln(1 + a), without cancellation near 0.
+ * Special values: +Inf for +Inf; -Inf for -1; NaN for a < -1; -0 stays. Statuses: 1 for a < -1, 2 for a = -1. */
+void _arqsLog1p(int32_t n, const float* a, float* r);
+void _arqsLog1p_HA(int32_t n, const float* a, float* r);
+void _arqsLog1p_21(int32_t n, const float* a, float* r);
+void _arqsLog1p_11(int32_t n, const float* a, float* r);
+void _arqsLog1pI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog1pI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog1pI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLog1pI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLog1p(int32_t n, const double* a, double* r);
+void _arqdLog1p_HA(int32_t n, const double* a, double* r);
+void _arqdLog1p_50(int32_t n, const double* a, double* r);
+void _arqdLog1p_26(int32_t n, const double* a, double* r);
+void _arqdLog1pI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog1pI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog1pI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLog1pI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Logb: r = the exponent of a: floor of log2 |a|.
+ * Special values: +Inf for +-Inf; -Inf for +-0. Statuses: 1 for a = 0. */
+void _arqsLogb(int32_t n, const float* a, float* r);
+void _arqsLogb_HA(int32_t n, const float* a, float* r);
+void _arqsLogb_21(int32_t n, const float* a, float* r);
+void _arqsLogb_11(int32_t n, const float* a, float* r);
+void _arqsLogbI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLogbI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLogbI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLogbI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLogb(int32_t n, const double* a, double* r);
+void _arqdLogb_HA(int32_t n, const double* a, double* r);
+void _arqdLogb_50(int32_t n, const double* a, double* r);
+void _arqdLogb_26(int32_t n, const double* a, double* r);
+void _arqdLogbI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLogbI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLogbI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLogbI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
 #ifdef __cplusplus
 }
 #endif
