@@ -74,8 +74,9 @@ void check(const RareCase<T> (&cases)[N]) {
         for (const T x : points) {
             T y;
             const int32_t status = c.rare(&x, &y);
-            const double error = sizeof(T) == 8 ? exact_ulp_error(reference, static_cast<double>(x), static_cast<double>(y))
-                                                : ulp_error(static_cast<float>(y), reference.in_double(static_cast<double>(x)));
+            const double error = sizeof(T) == 8
+                                     ? exact_ulp_error(reference, static_cast<double>(x), static_cast<double>(y))
+                                     : ulp_error(static_cast<float>(y), reference.in_double(static_cast<double>(x)));
             ASSERT_LE(error, c.bound) << "at " << x;
             ASSERT_EQ(status, deserved_status(c.function, x, y)) << "at " << x;
         }

@@ -70,7 +70,8 @@ double scale_below_normal(double high, double rest, int64_t k) {
     return head * 0x1p-60 + tail * 0x1p-60;
 }
 
-// One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x + ...
+// One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x +
+// ...
 struct Base {
     double largest, smallest, normal, slope;
 };
@@ -133,7 +134,8 @@ int32_t vdexp2_cout_rare(const double* x, double* y) {
 }
 
 int32_t vdexp10_cout_rare(const double* x, double* y) {
-    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873, 2.302585092994046}, reduce_10);
+    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873, 2.302585092994046},
+                       reduce_10);
 }
 
 int32_t vdexpm1_cout_rare(const double* x, double* y) {
