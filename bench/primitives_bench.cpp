@@ -63,8 +63,10 @@ void write_json(const std::vector<Row>& rows, const char* path) {
     if (file == nullptr) return;
     std::fprintf(file, "[\n");
     for (const Row& row : rows)
-        std::fprintf(file, "  {\"service\": \"primitives\", \"work\": \"%s\", \"bytes\": %zu, \"ns\": %.3f, \"rival_ns\": %.3f}%s\n",
-                     row.work, row.bytes, row.times.ours * 1e9, row.times.rival * 1e9, &row == &rows.back() ? "" : ",");
+        std::fprintf(
+            file,
+            "  {\"service\": \"primitives\", \"work\": \"%s\", \"bytes\": %zu, \"ns\": %.3f, \"rival_ns\": %.3f}%s\n",
+            row.work, row.bytes, row.times.ours * 1e9, row.times.rival * 1e9, &row == &rows.back() ? "" : ",");
     std::fprintf(file, "]\n");
     std::fclose(file);
 }
@@ -96,27 +98,32 @@ int main(int argc, char** argv) {
     int (*volatile const copy_64f)(const double*, double*, int32_t) = nax_dft_avx2_opasCopy_64f;
     auto* const doubles = reinterpret_cast<double*>(a);
     const auto* const source = reinterpret_cast<const double*>(b);
-    const size_t sizes[] = {64, 256, 1024, 4096, 16384, 32768, 65536, 262144, 1 << 20, 4 << 20, 16 << 20, 64 << 20, kLargest};
+    const size_t sizes[] = {64,     256,     1024,    4096,     16384,    32768,   65536,
+                            262144, 1 << 20, 4 << 20, 16 << 20, 64 << 20, kLargest};
     for (const size_t bytes : sizes) {
         const auto n = static_cast<int32_t>(bytes);
         add("Zero_64f / memset", bytes,
-            measure(bytes, [&] { zero_64f(doubles, n / 8); },
-                    [&] { set_bytes(a, 0, bytes); }));
+            measure(
+                bytes, [&] { zero_64f(doubles, n / 8); }, [&] { set_bytes(a, 0, bytes); }));
         add("Set_8u / memset", bytes,
-            measure(bytes, [&] { set_8u(0x5A, a, n); }, [&] { set_bytes(a, 0x5A, bytes); }));
+            measure(
+                bytes, [&] { set_8u(0x5A, a, n); }, [&] { set_bytes(a, 0x5A, bytes); }));
         add("Set_64f / memset", bytes,
-            measure(bytes, [&] { set_64f(1.5, doubles, n / 8); },
-                    [&] { set_bytes(a, 0x5A, bytes); }));
+            measure(
+                bytes, [&] { set_64f(1.5, doubles, n / 8); }, [&] { set_bytes(a, 0x5A, bytes); }));
         add("Copy_64f / memcpy", bytes,
-            measure(bytes, [&] { copy_64f(source, doubles, n / 8); }, [&] { copy_bytes(a, b, bytes); }));
+            measure(
+                bytes, [&] { copy_64f(source, doubles, n / 8); }, [&] { copy_bytes(a, b, bytes); }));
     }
     const size_t odd_sizes[] = {65, 1001, 40001};
     for (const size_t bytes : odd_sizes) {
         const auto n = static_cast<int32_t>(bytes);
         add("Set_8u+1 / memset", bytes,
-            measure(bytes, [&] { set_8u(0x5A, a + 1, n); }, [&] { set_bytes(a + 1, 0x5A, bytes); }));
+            measure(
+                bytes, [&] { set_8u(0x5A, a + 1, n); }, [&] { set_bytes(a + 1, 0x5A, bytes); }));
         add("Copy_8u+1 / memcpy", bytes,
-            measure(bytes, [&] { copy_8u(b + 3, a + 1, n); }, [&] { copy_bytes(a + 1, b + 3, bytes); }));
+            measure(
+                bytes, [&] { copy_8u(b + 3, a + 1, n); }, [&] { copy_bytes(a + 1, b + 3, bytes); }));
     }
     opaque = a;
     if (argc == 3 && std::string(argv[1]) == "--json") write_json(rows, argv[2]);

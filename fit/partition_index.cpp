@@ -1,6 +1,8 @@
 // Construction of the partition index.
 #include "fit/partition_index.h"
 
+#include <cstring>
+
 #include "service/service.h"
 
 namespace nax::fit {
@@ -10,9 +12,13 @@ constexpr std::size_t kAlignment = 128;
 // Bins of the finer index per point: sparse while the index stays in the first cache levels, else one.
 constexpr int64_t kDenseLimit = 16384;
 
+// Bin numbers must be exact in the task's precision, and counts fit 32 bits.
+constexpr int64_t kMostFloatBins = int64_t{1} << 24;
+
 int64_t fine_bins_for(const Task& task) {
     if (task.xhint == kQuasiUniform || task.nx >= INT32_MAX) return 0;
-    return task.nx <= kDenseLimit ? 2 * task.nx : task.nx;
+    if (task.nx <= kDenseLimit) return 2 * task.nx;
+    return task.precision != 0 || task.nx < kMostFloatBins ? task.nx : kMostFloatBins;
 }
 
 // The pairs. First and last point of each bin from one ascending pass, then gaps are closed from both sides.
@@ -37,15 +43,12 @@ void fill_pairs(const T* x, int64_t nx, int64_t nbins, T scale, int64_t* table) 
     hi(nbins) = hi(nbins - 1);
 }
 
-// Entry b of the finer index: how many points lie in bins below b. An unsorted partition leaves counts from 0 to nx.
+// Entry b of the finer index: how many points lie in bins below b.
 template <class T>
 void fill_fine(const T* x, int64_t nx, int64_t bins, T scale, int32_t* count) {
-    int64_t next = 0;
-    for (int64_t i = 0; i < nx; ++i) {
-        const int64_t b = bin_of(x[i], x[0], scale, static_cast<T>(bins));
-        while (next <= b) count[next++] = static_cast<int32_t>(i);
-    }
-    while (next < bins + 2) count[next++] = static_cast<int32_t>(nx);
+    std::memset(count, 0, static_cast<std::size_t>(bins + 2) * sizeof(int32_t));
+    for (int64_t i = 0; i < nx; ++i) ++count[bin_of(x[i], x[0], scale, static_cast<T>(bins)) + 1];
+    for (int64_t b = 0; b <= bins; ++b) count[b + 1] += count[b];
 }
 
 template <class T>

@@ -1,6 +1,7 @@
 // Copying memory: the workhorses, and the members by type that choose among them.
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstring>
 
 #include "nax/primitives.h"
@@ -38,9 +39,9 @@ inline void copy_below_32(const uint8_t* source, uint8_t* target, int64_t n) {
     if (n == 1) *target = *source;
 }
 
-// Copies n bytes, 32 Rows <= n <= 64 Rows, as rows from the start and rows up to the end. Written as a recursion so that
-// all rows are registers and all loads come before the stores.
-template <int Rows>
+// Copies n bytes, 32 Rows <= n <= 64 Rows, as rows from the start and rows up to the end. Written as a recursion so
+// that all rows are registers and all loads come before the stores.
+template <ptrdiff_t Rows>
 inline void copy_from_both_ends(const uint8_t* source, uint8_t* target, int64_t n) {
     if constexpr (Rows > 0) {
         const __m256i first = load32(source + 32 * (Rows - 1));
@@ -125,10 +126,18 @@ int nax_dft_avx2_ownsCopy_8u_repE9(const uint8_t* source, uint8_t* target, int32
     const UpwardDirection upward;
     const auto count = static_cast<uint64_t>(bytes);
     switch (common_alignment(source, target)) {
-        case 8: move_by<8>(source, target, count); break;
-        case 4: move_by<4>(source, target, count); break;
-        case 2: move_by<2>(source, target, count); break;
-        default: move_by<1>(source, target, count); break;
+        case 8:
+            move_by<8>(source, target, count);
+            break;
+        case 4:
+            move_by<4>(source, target, count);
+            break;
+        case 2:
+            move_by<2>(source, target, count);
+            break;
+        default:
+            move_by<1>(source, target, count);
+            break;
     }
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -24,7 +25,7 @@ inline void store16_aligned(uint8_t* p, __m256i row) {
     _mm_store_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(row));
 }
 // Rows of 32 bytes one behind the other, written out: a loop of a fixed few turns would stay a loop.
-template <int Rows>
+template <ptrdiff_t Rows>
 inline void store_rows(uint8_t* p, __m256i row) {
     if constexpr (Rows > 1) store_rows<Rows - 1>(p, row);
     store32(p + 32 * (Rows - 1), row);

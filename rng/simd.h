@@ -57,10 +57,7 @@ inline void store(void* to, V v) {
     else if constexpr (sizeof(V) < 32) std::memcpy(to, &v, sizeof(V));
 }
 inline U64 broadcast(uint64_t x) { return U64{} + x; }
-inline HalfF32 broadcast_half(float x) { return HalfF32{} + x; }
 inline U32 broadcast(uint32_t x) { return U32{} + x; }
-inline F64 broadcast(double x) { return F64{} + x; }
-inline F32 broadcast(float x) { return F32{} + x; }
 
 #ifdef __AVX512F__
 
@@ -71,6 +68,10 @@ inline constexpr unsigned short kAll16 = 0xFFFF;
 inline __m512i bits(U32 a) { return reinterpret_cast<__m512i>(a); }
 inline __m512i bits(U64 a) { return reinterpret_cast<__m512i>(a); }
 inline __m256i bits(HalfU32 a) { return reinterpret_cast<__m256i>(a); }
+
+inline F64 broadcast(double x) { return _mm512_set1_pd(x); }
+inline F32 broadcast(float x) { return _mm512_set1_ps(x); }
+inline HalfF32 broadcast_half(float x) { return _mm256_set1_ps(x); }
 
 inline F64 fma(F64 a, F64 b, F64 c) { return _mm512_fmadd_pd(a, b, c); }
 inline F32 fma(F32 a, F32 b, F32 c) { return _mm512_fmadd_ps(a, b, c); }
@@ -107,6 +108,10 @@ inline HalfU32 upper_half(U32 a) {
 }
 
 #else
+
+inline F64 broadcast(double x) { return _mm256_set1_pd(x); }
+inline F32 broadcast(float x) { return _mm256_set1_ps(x); }
+inline HalfF32 broadcast_half(float x) { return _mm_set1_ps(x); }
 
 inline F64 fma(F64 a, F64 b, F64 c) { return _mm256_fmadd_pd(a, b, c); }
 inline F32 fma(F32 a, F32 b, F32 c) { return _mm256_fmadd_ps(a, b, c); }

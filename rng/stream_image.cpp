@@ -2,6 +2,7 @@
 
 #include "rng/generators/lanes.h"
 #include "rng/registry.h"
+#include "rng/stream_check.h"
 #include "service/block.h"
 
 using namespace nax;
@@ -167,6 +168,7 @@ int load_image(Stream** stream, const ImageSource& source) {
     status = read_payload(source, header, *stream);
     if (status == STO_STATUS_OK) status = check_processor(*stream);
     read_chunks(status, source, header, *stream);
+    if (status >= 0 && !positions_in_range(*stream)) status = source.bad_header;
     if (status < 0) __stoDeleteStream(stream);
     return status;
 }

@@ -58,10 +58,14 @@ uint32_t abstract_denormals(uint32_t mxcsr) {
 }
 uint32_t mxcsr_denormals(uint32_t abstract) {
     switch (abstract & NAX_CW87_DENORMALS) {
-        case kFlushBoth: return kMxcsrOperands | kMxcsrResults;
-        case kFlushOperands: return kMxcsrOperands;
-        case kFlushResults: return kMxcsrResults;
-        default: return 0;
+        case kFlushBoth:
+            return kMxcsrOperands | kMxcsrResults;
+        case kFlushOperands:
+            return kMxcsrOperands;
+        case kFlushResults:
+            return kMxcsrResults;
+        default:
+            return 0;
     }
 }
 

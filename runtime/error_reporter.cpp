@@ -1,7 +1,7 @@
 // The eight reporters: one algorithm over the way to reach an element.
+#include <bit>
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 
 #include "runtime/mode_word.h"
 #include "runtime/x87_environment.h"
@@ -23,49 +23,73 @@ bool has_element(int32_t status) { return status != ARQ_STATUS_BAD_ARGUMENT && s
 
 int errno_of(int32_t status) {
     switch (status) {
-        case ARQ_STATUS_SUCCESS: return 0;
-        case ARQ_STATUS_BAD_ARGUMENT: return EINVAL;
-        case ARQ_STATUS_BAD_MEMORY: return EACCES;
-        case ARQ_STATUS_DOMAIN: return EDOM;
+        case ARQ_STATUS_SUCCESS:
+            return 0;
+        case ARQ_STATUS_BAD_ARGUMENT:
+            return EINVAL;
+        case ARQ_STATUS_BAD_MEMORY:
+            return EACCES;
+        case ARQ_STATUS_DOMAIN:
+            return EDOM;
         case ARQ_STATUS_SINGULARITY:
         case ARQ_STATUS_OVERFLOW:
-        case ARQ_STATUS_UNDERFLOW: return ERANGE;
-        default: return EFAULT;
+        case ARQ_STATUS_UNDERFLOW:
+            return ERANGE;
+        default:
+            return EFAULT;
     }
 }
 
 uint16_t x87_flag_of(int32_t status) {
     switch (status) {
-        case ARQ_STATUS_DOMAIN: return kX87Invalid;
-        case ARQ_STATUS_SINGULARITY: return kX87DivideByZero;
-        case ARQ_STATUS_OVERFLOW: return kX87Overflow;
-        case ARQ_STATUS_UNDERFLOW: return kX87Underflow;
-        default: return 0;
+        case ARQ_STATUS_DOMAIN:
+            return kX87Invalid;
+        case ARQ_STATUS_SINGULARITY:
+            return kX87DivideByZero;
+        case ARQ_STATUS_OVERFLOW:
+            return kX87Overflow;
+        case ARQ_STATUS_UNDERFLOW:
+            return kX87Underflow;
+        default:
+            return 0;
     }
 }
 
 uint16_t trapped_by(uint32_t mode) {
-    return static_cast<uint16_t>(((mode & ARQ_TRAP_INVALID) != 0 ? kX87Invalid : 0) |
-                                 ((mode & ARQ_TRAP_DIVBYZERO) != 0 ? kX87DivideByZero : 0) |
-                                 ((mode & ARQ_TRAP_OVERFLOW) != 0 ? kX87Overflow : 0) |
-                                 ((mode & ARQ_TRAP_UNDERFLOW) != 0 ? kX87Underflow : 0));
+    return static_cast<uint16_t>(
+        ((mode & ARQ_TRAP_INVALID) != 0 ? kX87Invalid : 0) | ((mode & ARQ_TRAP_DIVBYZERO) != 0 ? kX87DivideByZero : 0) |
+        ((mode & ARQ_TRAP_OVERFLOW) != 0 ? kX87Overflow : 0) | ((mode & ARQ_TRAP_UNDERFLOW) != 0 ? kX87Underflow : 0));
 }
 
 void print_status(const arq_error_record& record, int32_t status) {
     switch (status) {
-        case ARQ_STATUS_BAD_ARGUMENT: nax_serv_print(1, 748, 2, record.name, record.index); break;
-        case ARQ_STATUS_BAD_MEMORY: nax_serv_print(1, 749, 1, record.name); break;
-        case ARQ_STATUS_DOMAIN: nax_serv_print(1, 750, 1, record.name); break;
-        case ARQ_STATUS_SINGULARITY: nax_serv_print(1, 751, 1, record.name); break;
-        case ARQ_STATUS_OVERFLOW: nax_serv_print(1, 752, 1, record.name); break;
-        case ARQ_STATUS_UNDERFLOW: nax_serv_print(1, 753, 1, record.name); break;
-        default: nax_serv_print(1, 754, 1, record.name); break;
+        case ARQ_STATUS_BAD_ARGUMENT:
+            nax_serv_print(1, 748, 2, record.name, record.index);
+            break;
+        case ARQ_STATUS_BAD_MEMORY:
+            nax_serv_print(1, 749, 1, record.name);
+            break;
+        case ARQ_STATUS_DOMAIN:
+            nax_serv_print(1, 750, 1, record.name);
+            break;
+        case ARQ_STATUS_SINGULARITY:
+            nax_serv_print(1, 751, 1, record.name);
+            break;
+        case ARQ_STATUS_OVERFLOW:
+            nax_serv_print(1, 752, 1, record.name);
+            break;
+        case ARQ_STATUS_UNDERFLOW:
+            nax_serv_print(1, 753, 1, record.name);
+            break;
+        default:
+            nax_serv_print(1, 754, 1, record.name);
+            break;
     }
 }
 
 // A kernel with one argument or result passes it twice; a second one that is zero says nothing new either.
 bool shows_second(double first, double second) {
-    return std::memcmp(&first, &second, sizeof first) != 0 && second != 0;
+    return std::bit_cast<uint64_t>(first) != std::bit_cast<uint64_t>(second) && second != 0;
 }
 
 // Real parts only, also for complex functions.

@@ -19,24 +19,24 @@ constexpr uint32_t MiB = 1024 * KiB;
 // Descriptors"), by falling size and falling descriptor, so that the first one met is the largest there is. Descriptor
 // 0x49 is 4 MiB in both its meanings.
 constexpr CacheDescriptor _tableCache[] = {
-    {0xEC, 24 * MiB},  {0xEB, 18 * MiB},  {0x4D, 16 * MiB},  {0xEA, 12 * MiB},  {0x4C, 12 * MiB},  {0xE4, 8 * MiB},
-    {0x4B, 8 * MiB},   {0x47, 8 * MiB},   {0xDE, 6 * MiB},   {0x4E, 6 * MiB},   {0x4A, 6 * MiB},   {0xE3, 4 * MiB},
-    {0xD8, 4 * MiB},   {0x49, 4 * MiB},   {0x46, 4 * MiB},   {0x29, 4 * MiB},   {0xDD, 3 * MiB},   {0x48, 3 * MiB},
-    {0xE2, 2 * MiB},   {0xD7, 2 * MiB},   {0xD2, 2 * MiB},   {0x85, 2 * MiB},   {0x7D, 2 * MiB},   {0x45, 2 * MiB},
+    {0xEC, 24 * MiB},  {0xEB, 18 * MiB},   {0x4D, 16 * MiB},  {0xEA, 12 * MiB},  {0x4C, 12 * MiB},  {0xE4, 8 * MiB},
+    {0x4B, 8 * MiB},   {0x47, 8 * MiB},    {0xDE, 6 * MiB},   {0x4E, 6 * MiB},   {0x4A, 6 * MiB},   {0xE3, 4 * MiB},
+    {0xD8, 4 * MiB},   {0x49, 4 * MiB},    {0x46, 4 * MiB},   {0x29, 4 * MiB},   {0xDD, 3 * MiB},   {0x48, 3 * MiB},
+    {0xE2, 2 * MiB},   {0xD7, 2 * MiB},    {0xD2, 2 * MiB},   {0x85, 2 * MiB},   {0x7D, 2 * MiB},   {0x45, 2 * MiB},
     {0x25, 2 * MiB},   {0xDC, 1536 * KiB}, {0xD6, 1 * MiB},   {0xD1, 1 * MiB},   {0x87, 1 * MiB},   {0x84, 1 * MiB},
-    {0x7C, 1 * MiB},   {0x78, 1 * MiB},   {0x44, 1 * MiB},   {0x24, 1 * MiB},   {0x23, 1 * MiB},   {0xD0, 512 * KiB},
-    {0x86, 512 * KiB}, {0x83, 512 * KiB}, {0x80, 512 * KiB}, {0x7F, 512 * KiB}, {0x7B, 512 * KiB}, {0x43, 512 * KiB},
-    {0x22, 512 * KiB}, {0x82, 256 * KiB}, {0x7A, 256 * KiB}, {0x42, 256 * KiB}, {0x21, 256 * KiB}, {0x79, 128 * KiB},
-    {0x41, 128 * KiB}, {0x1D, 128 * KiB}, {0x68, 32 * KiB},  {0x2C, 32 * KiB},  {0x0E, 24 * KiB},  {0x67, 16 * KiB},
-    {0x60, 16 * KiB},  {0x0D, 16 * KiB},  {0x0C, 16 * KiB},  {0x66, 8 * KiB},   {0x0A, 8 * KiB},   {0, 0},
+    {0x7C, 1 * MiB},   {0x78, 1 * MiB},    {0x44, 1 * MiB},   {0x24, 1 * MiB},   {0x23, 1 * MiB},   {0xD0, 512 * KiB},
+    {0x86, 512 * KiB}, {0x83, 512 * KiB},  {0x80, 512 * KiB}, {0x7F, 512 * KiB}, {0x7B, 512 * KiB}, {0x43, 512 * KiB},
+    {0x22, 512 * KiB}, {0x82, 256 * KiB},  {0x7A, 256 * KiB}, {0x42, 256 * KiB}, {0x21, 256 * KiB}, {0x79, 128 * KiB},
+    {0x41, 128 * KiB}, {0x1D, 128 * KiB},  {0x68, 32 * KiB},  {0x2C, 32 * KiB},  {0x0E, 24 * KiB},  {0x67, 16 * KiB},
+    {0x60, 16 * KiB},  {0x0D, 16 * KiB},   {0x0C, 16 * KiB},  {0x66, 8 * KiB},   {0x0A, 8 * KiB},   {0, 0},
 };
 
 namespace {
 
 constexpr bool table_is_sorted() {
     for (const CacheDescriptor* row = _tableCache; row[1].size != 0; ++row) {
-        const bool falls = row[0].size > row[1].size ||
-                           (row[0].size == row[1].size && row[0].descriptor > row[1].descriptor);
+        const bool falls =
+            row[0].size > row[1].size || (row[0].size == row[1].size && row[0].descriptor > row[1].descriptor);
         if (!falls) return false;
     }
     return true;
@@ -72,7 +72,8 @@ LargestCache largest_enumerated_cache(CpuidSource source) {
 
 int32_t largest_described_cache(CpuidSource source) {
     const Registers leaf2 = source(2, 0);
-    const uint32_t words[] = {leaf2.eax & ~0xFFu, leaf2.ebx, leaf2.ecx, leaf2.edx};  // AL is a count of queries, always 1
+    const uint32_t words[] = {leaf2.eax & ~0xFFu, leaf2.ebx, leaf2.ecx,
+                              leaf2.edx};  // AL is a count of queries, always 1
     for (const CacheDescriptor* row = _tableCache; row->size != 0; ++row)
         for (const uint32_t word : words)
             if (has_descriptor(word, row->descriptor)) return static_cast<int32_t>(row->size);
@@ -97,7 +98,8 @@ namespace {
 LargestCache largest_cache() {
     const int32_t status = __atomic_load_n(&_ownStatus, __ATOMIC_ACQUIRE);
     if (status != kCacheUnknown)
-        return {status, __atomic_load_n(&_szCacheMax, __ATOMIC_RELAXED), __atomic_load_n(&_szCacheLine, __ATOMIC_RELAXED)};
+        return {status, __atomic_load_n(&_szCacheMax, __ATOMIC_RELAXED),
+                __atomic_load_n(&_szCacheLine, __ATOMIC_RELAXED)};
     const LargestCache found = find_largest_cache(cpuid);
     __atomic_store_n(&_szCacheLine, found.line, __ATOMIC_RELAXED);
     __atomic_store_n(&_szCacheMax, found.size, __ATOMIC_RELAXED);

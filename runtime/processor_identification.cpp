@@ -1,11 +1,10 @@
 // Features of the processor, from CPUID leaf 1 and the extended leaves (the processor makers' manuals, CPUID).
-#include "nax/processor.h"
-
 #include <cpuid.h>
 
 #include <cstdint>
 #include <cstring>
 
+#include "nax/processor.h"
 #include "runtime/cpuid.h"
 
 namespace nax::runtime {
@@ -24,9 +23,7 @@ uint32_t saved_state() {
     return low;
 }
 
-bool several_logical_processors(const Registers& leaf1) {
-    return bit(leaf1.edx, 28) && bits(leaf1.ebx, 16, 23) > 1;
-}
+bool several_logical_processors(const Registers& leaf1) { return bit(leaf1.edx, 28) && bits(leaf1.ebx, 16, 23) > 1; }
 
 }  // namespace
 }  // namespace nax::runtime

@@ -37,13 +37,26 @@ int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction ev
 }
 
 template <class T>
+void copy_given_cells(const Evaluation<T>& evaluation, int64_t first, int64_t n, int64_t* cell) {
+    const void* const given = evaluation.cell_from(first);
+    const int64_t nx = evaluation.task->nx;
+    for (int64_t i = 0; i < n; ++i) {
+        const int64_t c = evaluation.wide_cells() ? static_cast<const int64_t*>(given)[i] : static_cast<const int32_t*>(given)[i];
+        cell[i] = c < 0 ? 0 : (c > nx ? nx : c);
+    }
+}
+
+template <class T>
 int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread, int64_t& position) {
     alignas(64) T site_buffer[kBlockSites];
     alignas(64) int64_t cell_buffer[kBlockSites];
     const T* const site = block_sites(evaluation, first, n, site_buffer);
-    void* const cell = evaluation.caller_cells() ? evaluation.cell_from(first) : cell_buffer;
-    if (!evaluation.given_cells())
-        if (const int32_t status = find_cells(evaluation, n, site, position, cell, evaluation.flags); status < 0) return status;
+    const bool given = evaluation.given_cells();
+    void* const cell = evaluation.caller_cells() && !given ? evaluation.cell_from(first) : cell_buffer;
+    if (given)
+        copy_given_cells(evaluation, first, n, cell_buffer);
+    else if (const int32_t status = find_cells(evaluation, n, site, position, cell, evaluation.flags); status < 0)
+        return status;
     if (evaluation.layout.ny <= 0) return DfStatusOk;
 
     EvalBlock<T> block;
@@ -56,7 +69,7 @@ int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n
     block.located = false;
     block.one_cell = false;
     block.try_one_cell = evaluation.search.algorithm == kSearchSorted;
-    const auto* const table = evaluation.wide_cells() ? EvaluatorTables<T>::_Interpolate1D64Dispatch
+    const auto* const table = given || evaluation.wide_cells() ? EvaluatorTables<T>::_Interpolate1D64Dispatch
                                                       : EvaluatorTables<T>::_Interpolate1D32Dispatch;
     return evaluate_functions(evaluation, table[evaluation.evaluator], block, first, n, thread);
 }
@@ -67,6 +80,8 @@ template int32_t find_cells(const Evaluation<double>&, int64_t, const double*, i
 template int32_t find_cells(const Evaluation<float>&, int64_t, const float*, int64_t&, void*, int64_t);
 template int32_t evaluate_functions(const Evaluation<double>&, EvaluatorFunction, EvalBlock<double>&, int64_t, int64_t, int);
 template int32_t evaluate_functions(const Evaluation<float>&, EvaluatorFunction, EvalBlock<float>&, int64_t, int64_t, int);
+template void copy_given_cells(const Evaluation<double>&, int64_t, int64_t, int64_t*);
+template void copy_given_cells(const Evaluation<float>&, int64_t, int64_t, int64_t*);
 template int32_t evaluate_block(const Evaluation<double>&, int64_t, int64_t, int, int64_t&);
 template int32_t evaluate_block(const Evaluation<float>&, int64_t, int64_t, int, int64_t&);
 

@@ -34,9 +34,6 @@ struct Groups {
     }
 };
 
-int64_t read_cell(const void* cell, bool wide, int64_t i) {
-    return wide ? static_cast<const int64_t*>(cell)[i] : static_cast<const int32_t*>(cell)[i];
-}
 void write_cell(void* cell, bool wide, int64_t i, int64_t c) {
     if (wide)
         static_cast<int64_t*>(cell)[i] = c;
@@ -46,14 +43,13 @@ void write_cell(void* cell, bool wide, int64_t i, int64_t c) {
 
 // Cells of the rest: given, or found; then those of all groups into the caller's array when it is asked for.
 template <class T>
-int32_t fill_cells(const Evaluation<T>& evaluation, Groups<T>& groups, int64_t first, int64_t& position) {
+int32_t fill_cells(const Evaluation<T>& evaluation, Groups<T>& groups, int64_t first, int64_t n, int64_t& position) {
     Group<T>& rest = groups.group[kInteriorGroup];
     const bool wide = evaluation.wide_cells();
     if (evaluation.given_cells()) {
-        for (int64_t i = 0; i < rest.count; ++i) {
-            const int64_t c = read_cell(evaluation.cell_from(first), wide, rest.target[i]);
-            rest.cell[i] = c < 0 ? 0 : (c > evaluation.task->nx ? evaluation.task->nx : c);
-        }
+        int64_t given[kBlockSites];
+        copy_given_cells(evaluation, first, n, given);
+        for (int64_t i = 0; i < rest.count; ++i) rest.cell[i] = given[rest.target[i]];
         return DfStatusOk;
     }
     if (rest.count > 0) {
@@ -133,7 +129,7 @@ int32_t evaluate_block_with_callbacks(const Evaluation<T>& evaluation, int64_t f
     alignas(64) T site_buffer[kBlockSites];
     Groups<T> groups;
     groups.split(evaluation, block_sites(evaluation, first, n, site_buffer), n);
-    if (const int32_t status = fill_cells(evaluation, groups, first, position)) return status;
+    if (const int32_t status = fill_cells(evaluation, groups, first, n, position)) return status;
     if (evaluation.layout.ny <= 0) return DfStatusOk;
 
     T stack_results[kStackResults];

@@ -45,6 +45,10 @@ struct Evaluation {
 template <class T>
 const T* block_sites(const Evaluation<T>& evaluation, int64_t first, int64_t n, T* buffer);
 
+// The caller's cells of a block, as 64-bit numbers from 0 to nx: one that is none counts as the nearest.
+template <class T>
+void copy_given_cells(const Evaluation<T>& evaluation, int64_t first, int64_t n, int64_t* cell);
+
 // One block of sites first .. first + n - 1, with `position` carried from block to block.
 template <class T>
 int32_t evaluate_block(const Evaluation<T>& evaluation, int64_t first, int64_t n, int thread, int64_t& position);

@@ -38,8 +38,18 @@ struct ResultLayout {
 };
 
 // out[i * planes + k] = plane k, site i, for n sites.
+template <int kPlanes, class T>
+void interleave_few(const T* buffer, int64_t n, T* out) {
+    for (int64_t i = 0; i < n; ++i)
+#pragma GCC unroll 4
+        for (int k = 0; k < kPlanes; ++k) out[i * kPlanes + k] = buffer[k * kBlockSites + i];
+}
 template <class T>
 void interleave(const T* buffer, int64_t planes, int64_t n, T* out) {
+    if (planes == 2) return interleave_few<2>(buffer, n, out);
+    if (planes == 3) return interleave_few<3>(buffer, n, out);
+    if (planes == 4) return interleave_few<4>(buffer, n, out);
+    // A tile of sites reads whole cache lines of the planes.
     constexpr int64_t kTile = 8;
     for (int64_t i0 = 0; i0 < n; i0 += kTile) {
         const int64_t count = n - i0 < kTile ? n - i0 : kTile;

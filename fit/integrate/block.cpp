@@ -8,6 +8,12 @@ namespace {
 
 constexpr int64_t clamp_cell(int64_t cell, int64_t nx) { return cell < 0 ? 0 : cell > nx ? nx : cell; }
 
+// Without a branch: the order of random limits can't be predicted.
+constexpr int64_t choose(bool first, int64_t a, int64_t b) {
+    const int64_t mask = -static_cast<int64_t>(first);
+    return (a & mask) | (b & ~mask);
+}
+
 // Limits outside the partition belong to the end pieces.
 constexpr int64_t interval_piece(int64_t cell, int64_t nx) {
     const int64_t p = cell > 0 ? cell - 1 : 0;
@@ -43,11 +49,12 @@ int32_t integrate_block(const Integration<T>& call, int64_t first, int64_t count
         const T l = left[i], r = right[i];
         const bool forward = r >= l;  // false for a NaN
         const int64_t l_cell = clamp_cell(a_cell[i], nx), r_cell = clamp_cell(b_cell[i], nx);
-        block.sign[i] = forward ? T(1) : T(-1);
-        block.a[i] = forward ? l : r;
-        block.b[i] = forward ? r : l;
-        a_cell[i] = forward ? l_cell : r_cell;
-        b_cell[i] = forward ? r_cell : l_cell;
+        const T pair[] = {l, r};
+        block.sign[i] = static_cast<T>(2 * static_cast<int>(forward) - 1);
+        block.a[i] = pair[!forward];
+        block.b[i] = pair[forward];
+        a_cell[i] = choose(forward, l_cell, r_cell);
+        b_cell[i] = choose(forward, r_cell, l_cell);
         block.p[i] = interval_piece(a_cell[i], nx);
         block.q[i] = interval_piece(b_cell[i], nx);
     }

@@ -51,6 +51,7 @@ struct PolynomialPieces {
         const T h = right(i) - left(i);
         const T* const a = c + i * terms();
         T sum = a[terms() - 1] * inverse(terms());
+#pragma GCC unroll 4
         for (int64_t m = terms() - 1; m > 0; --m) sum = fused(h, sum, a[m - 1] * inverse(m));
         return h * sum;
     }
@@ -112,7 +113,7 @@ using RightSteps = Steps<T, 0>;
 
 // Sum of the whole pieces from .. to - 1; the negative sum when cells that don't fit their limits turn the order round.
 template <class Pieces>
-double add_pieces(const Pieces& pieces, int64_t from, int64_t to) {
+[[gnu::noinline]] double add_pieces(const Pieces& pieces, int64_t from, int64_t to) {
     RunningSum sum{0, 0};
     for (int64_t i = (from < to ? from : to); i < (from < to ? to : from); ++i) {
         const double whole = static_cast<double>(pieces.whole(i));
@@ -126,7 +127,7 @@ double add_pieces(const Pieces& pieces, int64_t from, int64_t to) {
 }
 
 template <class T, class Pieces>
-T integrate_pair(const Pieces& pieces, const RunningSum* sums, double trusted, T a, T b, int64_t p, int64_t q) {
+[[gnu::always_inline]] inline T integrate_pair(const Pieces& pieces, const RunningSum* sums, double trusted, T a, T b, int64_t p, int64_t q) {
     // With both limits in one piece the second part and the middle shrink to nothing.
     const bool same = p == q;
     const T p_end = same ? b : pieces.right(p), q_start = same ? b : pieces.left(q);

@@ -23,15 +23,15 @@
 extern "C" {
 #endif
 
-/*                                          errno   x87 flag        */
-#define ARQ_STATUS_SUCCESS 0            /*  0       -               */
-#define ARQ_STATUS_BAD_ARGUMENT (-1)    /*  EINVAL  -               calling layer */
-#define ARQ_STATUS_BAD_MEMORY (-2)      /*  EACCES  -               calling layer */
-#define ARQ_STATUS_DOMAIN 1             /*  EDOM    invalid         outside the function's domain */
-#define ARQ_STATUS_SINGULARITY 2        /*  ERANGE  divide by zero  pole */
-#define ARQ_STATUS_OVERFLOW 3           /*  ERANGE  overflow        */
-#define ARQ_STATUS_UNDERFLOW 4          /*  ERANGE  underflow       */
-/* any other value                          EFAULT  -               */
+/*                                       errno   x87 flag        */
+#define ARQ_STATUS_SUCCESS 0         /*  0       -               */
+#define ARQ_STATUS_BAD_ARGUMENT (-1) /*  EINVAL  -               calling layer */
+#define ARQ_STATUS_BAD_MEMORY (-2)   /*  EACCES  -               calling layer */
+#define ARQ_STATUS_DOMAIN 1          /*  EDOM    invalid         outside the function's domain */
+#define ARQ_STATUS_SINGULARITY 2     /*  ERANGE  divide by zero  pole */
+#define ARQ_STATUS_OVERFLOW 3        /*  ERANGE  overflow        */
+#define ARQ_STATUS_UNDERFLOW 4       /*  ERANGE  underflow       */
+/* any other value                       EFAULT  -               */
 
 /* What a callback gets; 144 bytes. Single-precision values are widened. With the two negative statuses none of the
  * value fields is filled. A kernel with one argument or one result passes it twice. */
@@ -81,10 +81,10 @@ arq_error_callback nax_arq_kernel_ClearErrorCallBack(void);
 void _arqSetInterfInputVectorPointer(const void* whole_vector);
 void nax_arq_kernel_SetInterfInputVectorPointer(const void* whole_vector);
 
-/* The reporters, one call for one element. `a1`, `a2`, `r1` and `r2` are the starts of the vectors (float or double; for
- * c and z pairs, real part first), the element is vector[index], or vector[index * stride] in the forms with strides,
- * which count elements and pairs. `name` is the function's user-visible name. A layer above reports its own findings,
- * ARQ_STATUS_BAD_ARGUMENT and ARQ_STATUS_BAD_MEMORY, here too: the four vectors are then not touched. */
+/* The reporters, one call for one element. `a1`, `a2`, `r1` and `r2` are the starts of the vectors (float or double;
+ * for c and z pairs, real part first), the element is vector[index], or vector[index * stride] in the forms with
+ * strides, which count elements and pairs. `name` is the function's user-visible name. A layer above reports its own
+ * findings, ARQ_STATUS_BAD_ARGUMENT and ARQ_STATUS_BAD_MEMORY, here too: the four vectors are then not touched. */
 void nax_arq_kernel_sError(int32_t status, int32_t index, const float* a1, const float* a2, float* r1, float* r2,
                            const char* name);
 void nax_arq_kernel_dError(int32_t status, int32_t index, const double* a1, const double* a2, double* r1, double* r2,
@@ -109,10 +109,10 @@ void InputVecorPointer_cleanup(void* cell);
 
 /* Record of the key behind one kind of per-thread cell; zero until the first use. */
 typedef struct nax_tls_key {
-    uint32_t key;                /* as pthread_key_create gives it */
-    void (*destructor)(void*);   /* frees the cell of an ending thread */
-    int32_t lock;                /* service-layer lock, held while the key is made */
-    uint32_t flags;              /* bit 0: the key exists */
+    uint32_t key;              /* as pthread_key_create gives it */
+    void (*destructor)(void*); /* frees the cell of an ending thread */
+    int32_t lock;              /* service-layer lock, held while the key is made */
+    uint32_t flags;            /* bit 0: the key exists */
 } nax_tls_key;
 
 /* Deletes the key if it exists; the service layer calls it for each key at its end. Cells of living threads stay. */

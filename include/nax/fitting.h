@@ -349,9 +349,11 @@ NAX_DF_DECLARE_EVALUATOR(d, LookUp)
 NAX_DF_DECLARE_EVALUATOR(s, LookUp)
 #undef NAX_DF_DECLARE_EVALUATOR
 
-/* --- Closing ----------------------------------------------------------------------------------------------------- */
-
 #ifdef __cplusplus
 }
 #endif
+
+#include "nax/fitting_construction.h"
+#include "nax/fitting_integration.h"
+
 #endif

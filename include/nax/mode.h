@@ -44,8 +44,8 @@ extern "C" {
 /* Carried for callers: stored and returned, and not looked at. */
 #define ARQ_CARRIED_MASK 0x00030000u
 
-/* Denormal field: kernels flush denormal arguments and results to zero when it is ARQ_DENORMALS_FLUSH; ARQ_DENORMALS_KEEP
- * and every other value mean no flushing. */
+/* Denormal field: kernels flush denormal arguments and results to zero when it is ARQ_DENORMALS_FLUSH;
+ * ARQ_DENORMALS_KEEP and every other value mean no flushing. */
 #define ARQ_DENORMALS_FLUSH 0x00280000u
 #define ARQ_DENORMALS_KEEP 0x00140000u
 #define ARQ_DENORMALS_MASK 0x003C0000u

@@ -1,12 +1,13 @@
-/* Signal primitives: fill, clear and copy typed arrays; and (below) sort them.
+/* Signal primitives: fill, clear and copy typed arrays.
  *
- * Every function returns 0, NAX_PRIMITIVES_NULL for a null pointer, or NAX_PRIMITIVES_SIZE for a length below 1, tested in
- * this order; nothing is written then. Lengths count elements; complex types (the names in c) are pairs, real part
- * first, and `length` counts pairs. Arrays need no alignment; those aligned to their element are filled faster. Source and
- * target of a copy don't overlap. Time is linear in the bytes touched; nothing is allocated, and any number of threads
- * may work on different arrays.
+ * Every function returns 0, NAX_PRIMITIVES_NULL for a null pointer, or NAX_PRIMITIVES_SIZE for a length below 1, tested
+ * in this order; nothing is written then. Lengths count elements; complex types (the names in c) are pairs, real part
+ * first, and `length` counts pairs. Arrays need no alignment; those aligned to their element are filled faster. Source
+ * and target of a copy don't overlap. Time is linear in the bytes touched; nothing is allocated, and any number of
+ * threads may work on different arrays.
  *
- * Fills of more than 2 MiB that exceed the largest cache (nax/processor.h) bypass the caches, where its size is known. */
+ * Fills of more than 2 MiB that exceed the largest cache (nax/processor.h) bypass the caches, where its size is known.
+ */
 #ifndef NAX_PRIMITIVES_H
 #define NAX_PRIMITIVES_H
 

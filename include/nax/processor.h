@@ -1,8 +1,9 @@
 /* Processor identification, cache geometry, time stamps and floating-point control of the calling thread.
  *
- * Thin wrappers on single instructions of x86-64 (the processor makers' manuals: CPUID, XGETBV, RDTSC, FNSTCW, STMXCSR and
- * their kin). All may be called from any thread; control functions act on the calling thread alone. Test functions
- * return 1 for yes and 0 for no. CPUID takes a thousand times longer under a hypervisor than natively: keep what it says. */
+ * Thin wrappers on single instructions of x86-64 (the processor makers' manuals: CPUID, XGETBV, RDTSC, FNSTCW, STMXCSR
+ * and their kin). All may be called from any thread; control functions act on the calling thread alone. Test functions
+ * return 1 for yes and 0 for no. CPUID takes a thousand times longer under a hypervisor than natively: keep what it
+ * says. */
 #ifndef NAX_PROCESSOR_H
 #define NAX_PROCESSOR_H
 
@@ -99,12 +100,12 @@ int nax_dft_opa_tst_daz_ssx(void);                          /* 1 if denormals-ar
 
 /* --- x87 --- */
 
-uint32_t nax_dft_ps_get_cw_fpu(void);                                /* control word */
-uint32_t nax_dft_ps_get_sw_fpu(void);                                /* status word */
-uint32_t nax_dft_ps_set_cw_fpu(uint32_t value, uint32_t mask);       /* bits of `mask` become those of `value`; old word */
-uint32_t nax_dft_opa_set_rcpc_fpu(uint32_t value, uint32_t mask);    /* the same, writing only if something changes */
-void nax_dft_opa_set_cw_fpu(uint32_t value);                         /* loads the control word */
-uint32_t nax_dft_ps_clear_fpu(void);                                 /* clears exceptions; returns the old status word */
+uint32_t nax_dft_ps_get_cw_fpu(void);                             /* control word */
+uint32_t nax_dft_ps_get_sw_fpu(void);                             /* status word */
+uint32_t nax_dft_ps_set_cw_fpu(uint32_t value, uint32_t mask);    /* bits of `mask` become those of `value`; old word */
+uint32_t nax_dft_opa_set_rcpc_fpu(uint32_t value, uint32_t mask); /* the same, writing only if something changes */
+void nax_dft_opa_set_cw_fpu(uint32_t value);                      /* loads the control word */
+uint32_t nax_dft_ps_clear_fpu(void);                              /* clears exceptions; returns the old status word */
 
 /* Masks all x87 exceptions if any is unmasked: stores the old control word in *old_word and the new one in *new_word,
  * clears pending exceptions, loads the new word and returns 1. Returns 0, and writes nothing, if all are masked. Leaves
@@ -113,22 +114,24 @@ int32_t nax_arq_kernel_modify_fpucw_mask_exceptions(uint16_t* old_word, uint16_t
 
 /* --- both in one abstract word, as the C runtime functions of these names have it --- */
 
-#define NAX_CW87_INEXACT 0x00000001u    /* exceptions: status flags, and masks in the control word */
+#define NAX_CW87_INEXACT 0x00000001u /* exceptions: status flags, and masks in the control word */
 #define NAX_CW87_UNDERFLOW 0x00000002u
 #define NAX_CW87_OVERFLOW 0x00000004u
 #define NAX_CW87_ZERODIVIDE 0x00000008u
 #define NAX_CW87_INVALID 0x00000010u
 #define NAX_CW87_DENORMAL 0x00080000u
 #define NAX_CW87_EXCEPTIONS 0x0008001Fu
-#define NAX_CW87_ROUNDING 0x00000300u   /* nearest 0, down 0x100, up 0x200, toward zero 0x300 */
-#define NAX_CW87_PRECISION 0x00030000u  /* x87 only: 64 bits 0, 53 bits 0x10000, 24 bits 0x20000 */
-#define NAX_CW87_INFINITY 0x00040000u   /* x87 only, without effect since the 387 */
-#define NAX_CW87_DENORMALS 0x03000000u  /* MXCSR only: keep 0, flush 0x1000000, operands only 0x2000000, results only 0x3000000 */
-#define NAX_CW87_AMBIGUOUS 0x80000000u  /* x87 and MXCSR differ in masks or rounding; the x87 ones are shown */
+#define NAX_CW87_ROUNDING 0x00000300u  /* nearest 0, down 0x100, up 0x200, toward zero 0x300 */
+#define NAX_CW87_PRECISION 0x00030000u /* x87 only: 64 bits 0, 53 bits 0x10000, 24 bits 0x20000 */
+#define NAX_CW87_INFINITY 0x00040000u  /* x87 only, without effect since the 387 */
+#define NAX_CW87_DENORMALS \
+    0x03000000u /* MXCSR only: keep 0, flush 0x1000000, operands only 0x2000000, results only 0x3000000 */
+#define NAX_CW87_AMBIGUOUS 0x80000000u /* x87 and MXCSR differ in masks or rounding; the x87 ones are shown */
 
-uint32_t nax_dft_opa_control87(uint32_t value, uint32_t mask); /* bits of `mask` become those of `value`; the new word */
-uint32_t nax_dft_opa_status87(void);                           /* exception flags of both */
-uint32_t nax_dft_opa_clear87(void);                            /* clears both; returns the old flags */
+uint32_t nax_dft_opa_control87(uint32_t value,
+                               uint32_t mask); /* bits of `mask` become those of `value`; the new word */
+uint32_t nax_dft_opa_status87(void);           /* exception flags of both */
+uint32_t nax_dft_opa_clear87(void);            /* clears both; returns the old flags */
 
 #ifdef __cplusplus
 }

@@ -82,12 +82,11 @@ typedef void (*nax_serv_parallel_for_function)(int chunks, int zero, void* conte
 
 /* A function of the threading component (libnax_threads.so), by its name; to be cast to the type shown.
  *   "nax_sto_serv_threader_get_num_threads_limit"  nax_serv_threads_limit_function: threads that a loop may use now
- *   "nax_sto_serv_threader_for"                    nax_serv_parallel_for_function: calls body(chunk, ., ., context) once
- *                                                  for each chunk from 0 to chunks - 1, in any order and possibly at
- *                                                  once, and returns when all have returned; `zero` has no meaning
- * For these two the result is never null: where the component can't be loaded, a serial pair stands in, with a limit
- * of 1. Any other name, and null, gives null. The component is looked for once, on the first request, next to
- * libnax_serv.so and then along the loader's default path. */
+ *   "nax_sto_serv_threader_for"                    nax_serv_parallel_for_function: calls body(chunk, ., ., context)
+ * once for each chunk from 0 to chunks - 1, in any order and possibly at once, and returns when all have returned;
+ * `zero` has no meaning For these two the result is never null: where the component can't be loaded, a serial pair
+ * stands in, with a limit of 1. Any other name, and null, gives null. The component is looked for once, on the first
+ * request, next to libnax_serv.so and then along the loader's default path. */
 void* nax_serv_load_thread_fun(const char* name);
 
 #ifdef __cplusplus

@@ -16,10 +16,12 @@ struct Lanes {
 
 inline Lanes load_lanes(const uint64_t* from) {
     Lanes lanes;
+#pragma GCC unroll 16
     for (int i = 0; i < kParts; ++i) lanes.part[i] = load<U64>(from + i * kLanes64);
     return lanes;
 }
 inline void store_lanes(uint64_t* to, const Lanes& lanes) {
+#pragma GCC unroll 16
     for (int i = 0; i < kParts; ++i) store(to + i * kLanes64, lanes.part[i]);
 }
 
@@ -39,6 +41,7 @@ inline F64 lane_to_double(Mcg59, U64 a) { return to_double(a); }
 template <class Mcg>
 Lanes advance(const Lanes& lanes, uint64_t step) {
     Lanes result;
+#pragma GCC unroll 16
     for (int i = 0; i < kParts; ++i) result.part[i] = multiply_lanes(Mcg{}, lanes.part[i], broadcast(step));
     return result;
 }
@@ -51,6 +54,7 @@ struct DoubleOutput {
     DoubleOutput(double a, double b)
         : origin(a), scale((b - a) * nax_sto_sub_kernel_vrng_coreavx512_engine_property[Mcg::kEngine].double_scale[0]) {}
     void put(double* r, const Lanes& lanes) const {
+#pragma GCC unroll 16
         for (int i = 0; i < kParts; ++i) {
             store(r + i * kLanes64, fma(lane_to_double(Mcg{}, lanes.part[i]), broadcast(scale), broadcast(origin)));
         }
@@ -65,6 +69,7 @@ struct SingleOutput {
     SingleOutput(float a, float b)
         : origin(a), scale((b - a) * nax_sto_sub_kernel_vrng_coreavx512_engine_property[Mcg::kEngine].single_scale[0]) {}
     void put(float* r, const Lanes& lanes) const {
+#pragma GCC unroll 16
         for (int i = 0; i < kParts; ++i) {
             const HalfF32 x = narrow(lane_to_double(Mcg{}, lanes.part[i]));
             store(r + i * kLanes64, fma(x, broadcast_half(scale), broadcast_half(origin)));
@@ -78,6 +83,7 @@ template <>
 struct WordOutput<Mcg31> {
     using Value = uint32_t;
     void put(uint32_t* r, const Lanes& lanes) const {
+#pragma GCC unroll 16
         for (int i = 0; i < kParts; ++i) store(r + i * kLanes64, low_halves(lanes.part[i]));
     }
 };
@@ -109,7 +115,7 @@ void emit_few(Lanes& lanes, int count, const uint64_t* steps, const Output& outp
 }
 
 template <class Mcg, class Output>
-void generate(Lanes& lanes, const uint64_t* steps, int n, const Output& output, typename Output::Value* r) {
+void generate(Lanes& lanes, const uint64_t* steps, int n, Output output, typename Output::Value* r) {
     for (; n >= 32; n -= 32, r += 32) emit<Mcg, 32>(lanes, steps, output, r);
     if (n & 16) emit<Mcg, 16>(lanes, steps, output, r);
     r += n & 16;

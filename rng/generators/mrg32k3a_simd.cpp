@@ -104,18 +104,22 @@ struct History {
         alignas(64) uint32_t terms[kLanes32 + kBlock] = {};
         for (int i = 0; i < 3; ++i) terms[kLanes32 - 3 + i] = v[i];
         for (int i = 0; i < kBlock; ++i) terms[kLanes32 + i] = next_term(v, c);
+#pragma GCC unroll 16
         for (int p = 0; p <= kParts; ++p) part[p] = load<U32>(terms + p * kLanes32);
     }
     template <class Jump>
     void advance(const Jump& j) {
         U32 next[kParts];
+#pragma GCC unroll 16
         for (int p = 0; p < kParts; ++p) next[p] = jump(j, part[p], part[p + 1]);
         part[0] = part[kParts];
+#pragma GCC unroll 16
         for (int p = 0; p < kParts; ++p) part[p + 1] = next[p];
     }
     // Stores the three terms that end `used` terms into the block.
     void keep(uint32_t v[3], int used) const {
         alignas(64) uint32_t terms[kLanes32 + kBlock];
+#pragma GCC unroll 16
         for (int p = 0; p <= kParts; ++p) store(terms + p * kLanes32, part[p]);
         for (int i = 0; i < 3; ++i) v[i] = terms[kLanes32 + used - 3 + i];
     }
@@ -123,6 +127,7 @@ struct History {
 
 template <class Map, class T>
 void put_block(const Map& map, const History& x, const History& y, T* r) {
+#pragma GCC unroll 16
     for (int p = 0; p < kParts; ++p) map.store_block(r + p * kLanes32, combine(x.part[p + 1], y.part[p + 1]));
 }
 
@@ -135,7 +140,7 @@ void generate_few(Mrg32k3aState& state, int n, const Map& map, T* r) {
 }
 
 template <class Map, class T>
-int generate(Stream* stream, int n, const Mrg32k3aVectors& vectors, const Map& map, T* r) {
+int generate(Stream* stream, int n, const Mrg32k3aVectors& vectors, Map map, T* r) {
     Mrg32k3aState& state = payload<Mrg32k3aState>(stream);
     if (n < kBlock) {
         generate_few(state, n, map, r);

@@ -14,6 +14,7 @@ void extend(uint32_t* words, long count) {
     constexpr int kRound = 4 * kLanes32;
     long k = 0;
     for (; k + kRound <= count; k += kRound) {
+#pragma GCC unroll 16
         for (int part = 0; part < kRound; part += kLanes32) {
             const uint32_t* const at = words + k + part;
             store(words + k + part, load<U32>(at - kR250Lag) ^ load<U32>(at - kR250Short));

@@ -110,9 +110,10 @@ struct RawWords {
 
 // n words to n numbers. For singles r may be the words' own memory.
 template <class Map, class T>
-inline void convert_words(const Map& map, const void* words, T* r, int n) {
+inline void convert_words(Map map, const void* words, T* r, int n) {
     const unsigned char* from = static_cast<const unsigned char*>(words);
     int i = 0;
+#pragma GCC unroll 2
     for (; i + kLanes32 <= n; i += kLanes32) map.store_block(r + i, load<U32>(from + 4 * static_cast<long>(i)));
     for (; i < n; ++i) r[i] = map(load<uint32_t>(from + 4 * static_cast<long>(i)));
 }

@@ -53,11 +53,15 @@ struct Block {
     Quad stride;
 
     Block(Quad first, const Row& row) {
+        constexpr int kDoublings = 4;
+        Quad power[kDoublings + 1] = {row.a};      // a, a^2, a^4, a^8, a^16
+        for (int i = 0; i < kDoublings; ++i) power[i + 1] = step(power[i], power[i], row.m, row.reciprocal);
+        stride = power[kDoublings];
         x[0] = first;
-        stride = row.a;
-        for (int have = 1; have < kBlock; have *= 2) {
-            for (int i = 0; i < have; ++i) x[have + i] = step(x[i], stride, row.m, row.reciprocal);
-            stride = step(stride, stride, row.m, row.reciprocal);
+#pragma GCC unroll 16
+        for (int i = 1; i < kBlock; ++i) {
+            const int level = 31 - __builtin_clz(static_cast<unsigned>(i));
+            x[i] = step(x[i - (1 << level)], power[level], row.m, row.reciprocal);
         }
     }
 };
@@ -69,11 +73,13 @@ struct Lanes {
     F64 stride[kWhComponents], m[kWhComponents], reciprocal[kWhComponents];
 
     Lanes(const Block& block, const Row& row) {
+#pragma GCC unroll 16
         for (int j = 0; j < kWhComponents; ++j) {
             stride[j] = broadcast(block.stride[j]);
             m[j] = broadcast(row.m[j]);
             reciprocal[j] = broadcast(row.reciprocal[j]);
         }
+#pragma GCC unroll 16
         for (int i = 0; i < kBlock; i += 4) transpose(block.x + i, i);
     }
     void transpose(const Quad* from, int column) {
@@ -102,8 +108,10 @@ struct Interval {
 
 template <class T>
 void put_block(const Lanes& lanes, const Interval<T>& interval, T* r) {
+#pragma GCC unroll 16
     for (int part = 0; part < Lanes::kParts; ++part) {
         F64 sum = load<F64>(lanes.x[0] + part * kLanes64) * lanes.reciprocal[0];
+#pragma GCC unroll 16
         for (int j = 1; j < kWhComponents; ++j) sum += load<F64>(lanes.x[j] + part * kLanes64) * lanes.reciprocal[j];
         interval.store_lanes(r + part * kLanes64, sum);
     }
@@ -111,23 +119,30 @@ void put_block(const Lanes& lanes, const Interval<T>& interval, T* r) {
 
 // `blocks` times sixteen outputs, two vectors of each component at a time to hide the steps' latency; the lanes move on.
 template <class T>
-void generate_blocks(Lanes& lanes, int blocks, const Interval<T>& interval, T* r) {
+void generate_blocks(Lanes& lanes, int blocks, Interval<T> interval, T* r) {
     constexpr int kTogether = 2;
     for (int part = 0; part < Lanes::kParts; part += kTogether) {
         F64 x[kTogether][kWhComponents];
+#pragma GCC unroll 16
         for (int p = 0; p < kTogether; ++p) {
+#pragma GCC unroll 16
             for (int j = 0; j < kWhComponents; ++j) x[p][j] = load<F64>(lanes.x[j] + (part + p) * kLanes64);
         }
         T* to = r + part * kLanes64;
         for (int i = 0; i < blocks; ++i, to += kBlock) {
+#pragma GCC unroll 16
             for (int p = 0; p < kTogether; ++p) {
                 F64 sum = x[p][0] * lanes.reciprocal[0];
+#pragma GCC unroll 16
                 for (int j = 1; j < kWhComponents; ++j) sum += x[p][j] * lanes.reciprocal[j];
                 interval.store_lanes(to + p * kLanes64, sum);
+#pragma GCC unroll 16
                 for (int j = 0; j < kWhComponents; ++j) x[p][j] = step(x[p][j], lanes.stride[j], lanes.m[j], lanes.reciprocal[j]);
             }
         }
+#pragma GCC unroll 16
         for (int p = 0; p < kTogether; ++p) {
+#pragma GCC unroll 16
             for (int j = 0; j < kWhComponents; ++j) store(lanes.x[j] + (part + p) * kLanes64, x[p][j]);
         }
     }
@@ -159,6 +174,7 @@ int generate_real(Stream* stream, int n, T* r, T a, T b) {
 // For words the four components of an output stand side by side, as they are written.
 void generate_word_blocks(Block& block, const Row& row, int blocks, uint32_t* r) {
     for (int i = 0; i < blocks; ++i) {
+#pragma GCC unroll 16
         for (Quad& x : block.x) {
             put_words(r, x);
             r += kWhComponents;

@@ -8,11 +8,11 @@ namespace {
 
 enum Generation { kUnknown, kOther, kFirstAvx512, kVectorAes };
 
-constexpr unsigned kOsxsave = 1u << 27;                 // leaf 1 ECX
-constexpr unsigned kAvx512 = 1u << 16 | 1u << 17 |      // leaf 7 EBX: F, DQ,
+constexpr unsigned kOsxsave = 1u << 27;                       // leaf 1 ECX
+constexpr unsigned kAvx512 = 1u << 16 | 1u << 17 |            // leaf 7 EBX: F, DQ,
                              1u << 28 | 1u << 30 | 1u << 31;  // CD, BW, VL
-constexpr unsigned kVectorCrypto = 1u << 9 | 1u << 10;  // leaf 7 ECX: VAES, VPCLMULQDQ
-constexpr unsigned kSavedState = 0xE6;                  // XCR0: SSE, AVX, mask registers, both halves of ZMM
+constexpr unsigned kVectorCrypto = 1u << 9 | 1u << 10;        // leaf 7 ECX: VAES, VPCLMULQDQ
+constexpr unsigned kSavedState = 0xE6;                        // XCR0: SSE, AVX, mask registers, both halves of ZMM
 
 unsigned saved_state() {
     unsigned low, high;

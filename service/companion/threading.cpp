@@ -62,8 +62,10 @@ Function find(void* component, const char* name) {
 Threading load() {
     void* const component = open_component();
     if (component == nullptr) return kSerial;
-    Threading found = {true, find<nax_serv_threads_limit_function>(component, kLimitName),
-                       find<nax_serv_parallel_for_function>(component, kForName), {}};
+    Threading found = {true,
+                       find<nax_serv_threads_limit_function>(component, kLimitName),
+                       find<nax_serv_parallel_for_function>(component, kForName),
+                       {}};
     const auto fill = find<nax_threads_fill_function>(component, kFillName);
     if (found.limit == nullptr || found.parallel_for == nullptr || fill == nullptr) {
         dlclose(component);

@@ -36,7 +36,8 @@ struct Team {
         __atomic_store_n(&ready, 1, __ATOMIC_RELEASE);
     }
     void run_on_this_thread() {
-        while (__atomic_load_n(&ready, __ATOMIC_ACQUIRE) == 0) {}
+        while (__atomic_load_n(&ready, __ATOMIC_ACQUIRE) == 0) {
+        }
         const ControlWords own_words = ControlWords::current();
         callers_words.load();
         body(omp_get_thread_num(), omp_get_num_threads(), context);
@@ -47,7 +48,7 @@ struct Team {
 };
 
 // The hand-over of `team` itself is the runtime's, out of sight of such tools.
-[[gnu::no_sanitize("thread")]] void run_team(int threads, Team* team) {
+__attribute__((no_sanitize("thread"))) void run_team(int threads, Team* team) {
 #pragma omp parallel num_threads(threads) default(none) firstprivate(team)
     team->run_on_this_thread();
 }

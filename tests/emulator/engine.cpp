@@ -88,8 +88,9 @@ const Block* find_or_decode(Cache& c, std::uint64_t address) {
 }  // namespace
 
 bool interpret(State& state) {
-    // A stretch of this many instructions that the host could run costs as much as a return to it and a new trap.
-    constexpr std::uint32_t patience = 96;
+    // A stretch of this many instructions that the host could run costs as much as a return to it and a new trap,
+    // which virtual machines make some ten microseconds.
+    constexpr std::uint32_t patience = 500;
     Cache& c = *cache();
     std::uint32_t idle = 0;
     bool progress = false;

@@ -33,6 +33,7 @@ struct XsaveArea {
     std::uint64_t& components() const { return *reinterpret_cast<std::uint64_t*>(bytes + 512); }
     std::uint32_t& mxcsr() const { return *reinterpret_cast<std::uint32_t*>(bytes + 24); }
     std::uint16_t& x87_control() const { return *reinterpret_cast<std::uint16_t*>(bytes); }
+    std::uint16_t& x87_status() const { return *reinterpret_cast<std::uint16_t*>(bytes + 2); }
 };
 constexpr std::uint64_t kX87 = 1, kSse = 2, kAvx = 4;
 
@@ -43,7 +44,12 @@ void import_state(Shadow& sh, const ucontext_t& context, const XsaveArea& area) 
     s.gpr[kFsBase] = reinterpret_cast<std::uint64_t>(__builtin_thread_pointer());
     s.rip = static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]);
     s.flags = static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_EFL]);
-    s.x87_control = (area.components() & kX87) ? area.x87_control() : 0x37F;
+    if (!(area.components() & kX87)) {  // the area holds nothing: the initial state
+        memset(area.bytes, 0, 24);
+        area.x87_control() = 0x37F;
+    }
+    s.x87_control = area.x87_control();
+    s.x87_status = area.x87_status();
     for (unsigned i = 0; i < 16; ++i) {
         __m128i half[2] = {};
         if (area.components() & kSse) memcpy(&half[0], area.xmm(i), 16);
@@ -60,8 +66,8 @@ void export_state(Shadow& sh, ucontext_t& context, const XsaveArea& area) {
     for (unsigned i = 0; i < 16; ++i) context.uc_mcontext.gregs[kOrder[i]] = static_cast<greg_t>(s.gpr[i]);
     context.uc_mcontext.gregs[REG_RIP] = static_cast<greg_t>(s.rip);
     context.uc_mcontext.gregs[REG_EFL] = static_cast<greg_t>(s.flags);
-    if (!(area.components() & kX87)) memset(area.bytes, 0, 24);
     area.x87_control() = s.x87_control;
+    area.x87_status() = s.x87_status;
     for (unsigned i = 0; i < 16; ++i) {
         memcpy(area.xmm(i), &s.z[i].x[0], 16);
         memcpy(area.ymm_high(i), &s.z[i].x[1], 16);

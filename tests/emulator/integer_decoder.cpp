@@ -234,6 +234,7 @@ bool decode_shift(Cursor& c, unsigned opcode) {  // C0, C1, D0-D3
 bool decode_short_forms(Cursor& c, unsigned opcode, bool& ends_block) {
     const auto low = static_cast<std::uint8_t>((opcode & 7) | c.rex_bit(0));
     switch (opcode & 0xF8) {
+        case 0x90: c.op.rm = low; c.op.reg = kRax; c.op.run = sized<Exchange>(c.size); return true;
         case 0x50: c.op.rm = low; c.op.run = push; return c.size != 1;
         case 0x58: c.op.rm = low; c.op.run = pop; return c.size != 1;
         case 0xB8:
@@ -273,7 +274,10 @@ bool decode_one_byte(Cursor& c, unsigned opcode, bool& ends_block) {
         case 0x8A: c.size = 0; [[fallthrough]];
         case 0x8B: c.modrm(); return two_operands(c, sized<MoveToReg>(c.size), c.size == 0, c.size == 0);
         case 0x8D: return reg_from_rm<LoadAddress>(c);
-        case 0x90: c.op.run = no_operation; return !c.rex_bit(0);
+        case 0x90:
+            if (c.rex_bit(0)) return decode_short_forms(c, opcode, ends_block);
+            c.op.run = no_operation;
+            return true;
         case 0x98: c.op.run = sized<WidenRax>(c.size); return true;
         case 0x99: c.op.run = sized<SignToRdx>(c.size); return true;
         case 0xA8: c.size = 0; [[fallthrough]];
@@ -296,6 +300,7 @@ bool decode_one_byte(Cursor& c, unsigned opcode, bool& ends_block) {
             c.op.run = extension == 7 ? store_x87_control : extension == 5 ? load_x87_control : nullptr;
             return c.op.mem && c.op.run;
         }
+        case 0xDB: c.op.run = clear_x87_flags; return *c.code++ == 0xE2;  // fnclex
         case 0xE8: ends_block = true; return c.branch(call, 4);
         case 0xE9: ends_block = true; return c.branch(jump, 4);
         case 0xEB: ends_block = true; return c.branch(jump, 1);

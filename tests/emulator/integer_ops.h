@@ -300,6 +300,7 @@ inline void return_near(State& s, const Op&) { s.rip = pop_value(s); }
 inline void store_mxcsr(State& s, const Op& o) { store<std::uint32_t>(s, o, _mm_getcsr()); }
 inline void load_mxcsr(State& s, const Op& o) { _mm_setcsr(load<std::uint32_t>(s, o)); }
 inline void store_x87_control(State& s, const Op& o) { store<std::uint16_t>(s, o, s.x87_control); }
+inline void clear_x87_flags(State& s, const Op&) { s.x87_status &= 0x7F00; }
 inline void load_x87_control(State& s, const Op& o) { s.x87_control = load<std::uint16_t>(s, o); }
 
 }  // namespace nax::emulator

@@ -111,6 +111,25 @@ void sum_of_differences(State& s, const Op& o) {
     for (unsigned h = 0; h < 2; ++h) r.y[h] = _mm256_sad_epu8(a.y[h], b.y[h]);
     write_plain(s.z[o.reg], o, r, o.vl);
 }
+// vdbpsadbw: sums of differences between quadruplets of bytes, those of the second source chosen by the immediate.
+void shuffled_sums_of_differences(State& s, const Op& o) {
+    Zmm buffer, r;
+    const Zmm& b = whole_source<U16>(s, o, buffer);
+    for (unsigned i = 0; i < 32; ++i) {
+        const unsigned lane = i / 8 * 16, in_lane = i % 8;
+        const unsigned word = in_lane / 2, first = lane + in_lane / 4 * 8 + (in_lane % 4 >= 2 ? 4u : 0u);
+        unsigned sum = 0;
+        for (unsigned j = 0; j < 4; ++j) {
+            const unsigned at = word / 2 * 8 + word % 2 * 2 + (i & 1) + j;
+            const unsigned dword = static_cast<unsigned>(o.imm) >> (2 * (at / 4)) & 3;
+            const int difference = s.z[o.v].u8[first + j] - b.u8[lane + 4 * dword + at % 4];
+            sum += static_cast<unsigned>(difference < 0 ? -difference : difference);
+        }
+        r.u16[i] = static_cast<U16>(sum);
+    }
+    write<U16>(s, o, r);
+}
+
 template <bool High>
 void multiply_add_52(State& s, const Op& o) {
     Zmm buffer, r;
@@ -153,6 +172,7 @@ constexpr Row integers[] = {
     {A, M0F, P66, 0xE0, WX, FullMem, map2<U8, Average>}, {A, M0F, P66, 0xE3, WX, FullMem, map2<U16, Average>},
     {A, M0F, P66, 0xF5, WX, FullMem, multiply_add_words}, {A, M0F38, P66, 0x04, WX, FullMem, multiply_add_bytes},
     {A, M0F, P66, 0xF6, WX, FullMem, sum_of_differences},
+    {E, M0F3A, P66, 0x42, W0, FullMem, shuffled_sums_of_differences},
     {E, M0F38, P66, 0xB4, W1, Full8, multiply_add_52<false>}, {E, M0F38, P66, 0xB5, W1, Full8, multiply_add_52<true>},
     {A, M0F38, P66, 0x38, WX, FullMem, map2<I8, Minimum>}, {A, M0F, P66, 0xEA, WX, FullMem, map2<I16, Minimum>},
     {A, M0F38, P66, 0x39, W0, Full4, map2<I32, Minimum>}, {E, M0F38, P66, 0x39, W1, Full8, map2<I64, Minimum>},
@@ -214,14 +234,16 @@ void compare_by_immediate(State& s, const Op& o) {
     }
 }
 
-void test_all_bits(State& s, const Op& o) {  // vptest: ZF = no common bit, CF = second within first
+// vptest, vtestps, vtestpd: ZF = no common bit among those of `Bits`, CF = the second within the first.
+template <U64 Bits>
+void test_bits(State& s, const Op& o) {
     Zmm buffer;
     const Zmm& b = source<U64>(s, o, buffer);
     const Zmm& a = s.z[o.reg];
     U64 common = 0, outside = 0;
     for (unsigned i = 0; i < o.vl / 8u; ++i) {
-        common |= a.u64[i] & b.u64[i];
-        outside |= ~a.u64[i] & b.u64[i];
+        common |= a.u64[i] & b.u64[i] & Bits;
+        outside |= ~a.u64[i] & b.u64[i] & Bits;
     }
     s.flags = (s.flags & ~std::uint64_t{0x8D5}) | (common ? 0u : 0x40u) | (outside ? 0u : 1u);
 }
@@ -245,7 +267,8 @@ constexpr Row compares[] = {
     {E, M0F3A, P66, 0x1F, W0, Full4, compare_by_immediate<I32>}, {E, M0F3A, P66, 0x1F, W1, Full8, compare_by_immediate<I64>},
     {E, M0F3A, P66, 0x3E, W0, FullMem, compare_by_immediate<U8>}, {E, M0F3A, P66, 0x3E, W1, FullMem, compare_by_immediate<U16>},
     {E, M0F3A, P66, 0x3F, W0, FullMem, compare_by_immediate<I8>}, {E, M0F3A, P66, 0x3F, W1, FullMem, compare_by_immediate<I16>},
-    {LV, M0F38, P66, 0x17, WX, FullMem, test_all_bits},
+    {LV, M0F38, P66, 0x17, WX, FullMem, test_bits<~0ull>}, {kVex, M0F38, P66, 0x0E, WX, FullMem, test_bits<0x8000000080000000>},
+    {kVex, M0F38, P66, 0x0F, WX, FullMem, test_bits<0x8000000000000000>},
 };
 
 }  // namespace

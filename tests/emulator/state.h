@@ -32,7 +32,7 @@ struct alignas(64) State {
     std::uint64_t gpr[18];  // in encoding order; [16] stays zero and stands for "none", [17] is the base of fs
     std::uint64_t rip;
     std::uint64_t flags;
-    std::uint16_t x87_control;
+    std::uint16_t x87_control, x87_status;
 };
 
 }  // namespace nax::emulator

@@ -65,7 +65,8 @@ int for_each_failing_allocation(Body body, Status status_when_failing, Status st
             failed = fail.happened();
         }
         EXPECT_EQ(status, failed ? status_when_failing : status_when_not) << "allocation " << n;
-        EXPECT_EQ(live_blocks(), live_before) << "blocks leaked with allocation " << n << (failed ? " failing" : " not failing");
+        EXPECT_EQ(live_blocks(), live_before)
+            << "blocks leaked with allocation " << n << (failed ? " failing" : " not failing");
         if (!failed || ::testing::Test::HasFailure()) return n;
     }
 }

@@ -39,30 +39,29 @@ struct Fill {
     std::function<int(void*, int32_t)> run;
 };
 
-#define SET_ROW(suffix, type, ...)                                                                          \
-    Fill {                                                                                                  \
-        "Set_" #suffix, pattern_of(__VA_ARGS__), [](void* array, int32_t length) {                          \
-            return nax_dft_avx2_opasSet_##suffix(__VA_ARGS__, static_cast<type*>(array), length);           \
-        }                                                                                                   \
+#define SET_ROW(suffix, type, ...)                                                                \
+    Fill {                                                                                        \
+        "Set_" #suffix, pattern_of(__VA_ARGS__), [](void* array, int32_t length) {                \
+            return nax_dft_avx2_opasSet_##suffix(__VA_ARGS__, static_cast<type*>(array), length); \
+        }                                                                                         \
     }
-#define ZERO_ROW(suffix, type, parts)                                                                       \
-    Fill{"Zero_" #suffix, Pattern(sizeof(type) * parts, 0), [](void* array, int32_t length) {               \
-             return nax_dft_avx2_opasZero_##suffix(static_cast<type*>(array), length);                      \
+#define ZERO_ROW(suffix, type, parts)                                                         \
+    Fill{"Zero_" #suffix, Pattern(sizeof(type) * parts, 0), [](void* array, int32_t length) { \
+             return nax_dft_avx2_opasZero_##suffix(static_cast<type*>(array), length);        \
          }},
 
-const Fill kFills[] = {
-    SET_ROW(8u, uint8_t, uint8_t{0x91}),
-    SET_ROW(16s, int16_t, int16_t{-12345}),
-    SET_ROW(16sc, int16_t, int16_t{-12345}, int16_t{321}),
-    SET_ROW(32s, int32_t, 0x12345678),
-    SET_ROW(32sc, int32_t, 0x12345678, -7),
-    SET_ROW(32f, float, -0.1f),
-    SET_ROW(32fc, float, -0.1f, 3e30f),
-    SET_ROW(64s, int64_t, int64_t{0x123456789ABCDEF0}),
-    SET_ROW(64sc, int64_t, int64_t{0x123456789ABCDEF0}, int64_t{-5}),
-    SET_ROW(64f, double, 0.1),
-    SET_ROW(64fc, double, 0.1, -1e300),
-    NAX_PRIMITIVE_TYPES(ZERO_ROW)};
+const Fill kFills[] = {SET_ROW(8u, uint8_t, uint8_t{0x91}),
+                       SET_ROW(16s, int16_t, int16_t{-12345}),
+                       SET_ROW(16sc, int16_t, int16_t{-12345}, int16_t{321}),
+                       SET_ROW(32s, int32_t, 0x12345678),
+                       SET_ROW(32sc, int32_t, 0x12345678, -7),
+                       SET_ROW(32f, float, -0.1f),
+                       SET_ROW(32fc, float, -0.1f, 3e30f),
+                       SET_ROW(64s, int64_t, int64_t{0x123456789ABCDEF0}),
+                       SET_ROW(64sc, int64_t, int64_t{0x123456789ABCDEF0}, int64_t{-5}),
+                       SET_ROW(64f, double, 0.1),
+                       SET_ROW(64fc, double, 0.1, -1e300),
+                       NAX_PRIMITIVE_TYPES(ZERO_ROW)};
 
 struct Copy {
     std::string name;
@@ -70,10 +69,10 @@ struct Copy {
     std::function<int(const void*, void*, int32_t)> run;
 };
 
-#define COPY_ROW(suffix, type, parts)                                                                       \
-    Copy{"Copy_" #suffix, int{sizeof(type)} * parts, [](const void* source, void* target, int32_t length) { \
-             return nax_dft_avx2_opasCopy_##suffix(static_cast<const type*>(source),                        \
-                                                   static_cast<type*>(target), length);                     \
+#define COPY_ROW(suffix, type, parts)                                                                            \
+    Copy{"Copy_" #suffix, int{sizeof(type)} * parts, [](const void* source, void* target, int32_t length) {      \
+             return nax_dft_avx2_opasCopy_##suffix(static_cast<const type*>(source), static_cast<type*>(target), \
+                                                   length);                                                      \
          }},
 
 const Copy kCopies[] = {NAX_PRIMITIVE_TYPES(COPY_ROW)};
@@ -234,7 +233,8 @@ TEST(Workhorses, StringInstructionsRestoreTheDirectionFlag) {
 TEST(CopyNightly, MoreThanTwoGigabytesGoInPieces) {
     constexpr size_t kBytes = size_t{0x80000000} + 4096;
     const auto map = [] {
-        void* const memory = mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        void* const memory =
+            mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         return memory == MAP_FAILED ? nullptr : static_cast<uint8_t*>(memory);
     };
     uint8_t *const source = map(), *const target = map();

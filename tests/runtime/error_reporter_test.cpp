@@ -57,8 +57,8 @@ TEST(Reporter, StatusDecidesErrnoAndX87Flag) {
     const struct {
         int32_t status;
         int error_number, flag;
-    } rows[] = {{0, 0, 0},       {1, EDOM, 1},    {2, ERANGE, 4},  {3, ERANGE, 8}, {4, ERANGE, 16},
-                {5, EFAULT, 0},  {-3, EFAULT, 0}, {-1, EINVAL, 0}, {-2, EACCES, 0}};
+    } rows[] = {{0, 0, 0},      {1, EDOM, 1},    {2, ERANGE, 4},  {3, ERANGE, 8}, {4, ERANGE, 16},
+                {5, EFAULT, 0}, {-3, EFAULT, 0}, {-1, EINVAL, 0}, {-2, EACCES, 0}};
     for (const auto& row : rows)
         for (const uint32_t mode : {ARQ_ERRMODE_DEFAULT, ARQ_ERRMODE_ERRNO | ARQ_ERRMODE_EXCEPT}) {
             const Outcome outcome = report_in_mode(mode, row.status);

@@ -1,8 +1,9 @@
 // Control words: each test leaves the thread's words as it found them.
+#include "runtime/fp_control.h"
+
 #include <gtest/gtest.h>
 
 #include "nax/processor.h"
-#include "runtime/fp_control.h"
 
 namespace nax::testing {
 namespace {

@@ -1,4 +1,6 @@
 // Identification and caches, against tables of CPUID answers and against the running processor.
+#include "nax/processor.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -6,7 +8,6 @@
 #include <string>
 #include <thread>
 
-#include "nax/processor.h"
 #include "runtime/processor_cache.h"
 
 namespace nax::testing {
@@ -29,18 +30,24 @@ Registers with_leaf4(uint32_t leaf, uint32_t sub_leaf) {
     if (leaf == 2) return {0x00FEFF01, 0xF0, 0, 0};
     if (leaf != 4) return {};
     switch (sub_leaf) {
-        case 0: return cache_leaf(1, 12, 1, 64, 64);
-        case 1: return cache_leaf(2, 64, 1, 128, 1 << 20);  // largest of all, but for instructions
-        case 2: return cache_leaf(3, 16, 1, 64, 2048);
-        case 3: return cache_leaf(3, 12, 2, 64, 20480);
-        default: return {};
+        case 0:
+            return cache_leaf(1, 12, 1, 64, 64);
+        case 1:
+            return cache_leaf(2, 64, 1, 128, 1 << 20);  // largest of all, but for instructions
+        case 2:
+            return cache_leaf(3, 16, 1, 64, 2048);
+        case 3:
+            return cache_leaf(3, 12, 2, 64, 20480);
+        default:
+            return {};
     }
 }
 
 Registers with_leaf2_only(uint32_t leaf, uint32_t) {
     if (leaf == 0) return vendor_with_leaves(3);
     if (leaf != 2) return {};
-    return {0x665B5001, 0x000000EC | 0x80000000, 0x00000000, 0x007A7040};  // 8 KiB in EAX, 256 KiB in EDX, EBX not valid
+    return {0x665B5001, 0x000000EC | 0x80000000, 0x00000000,
+            0x007A7040};  // 8 KiB in EAX, 256 KiB in EDX, EBX not valid
 }
 // The count of queries in AL is no descriptor: 0xEC there would be 24 MiB.
 Registers with_count_like_a_descriptor(uint32_t leaf, uint32_t) {
@@ -131,12 +138,18 @@ TEST(Processor, TestsAgreeWithTheKernelsFlags) {
     const struct {
         const char* flag;
         int (*test)();
-    } rows[] = {{"tsc", nax_dft_opa_has_rdtsc},           {"mmx", nax_dft_opa_is_mmx_extension},
-                {"sse", nax_dft_opa_is_ssx_extension},    {"sse2", nax_dft_opa_is_sse2_extension},
-                {"pni", nax_dft_opa_is_sse3_extension},   {"ssse3", nax_dft_opa_is_ssse3_extension},
-                {"sse4_1", nax_dft_opa_is_sse41_extension}, {"sse4_2", nax_dft_opa_is_sse42_extension},
-                {"movbe", nax_dft_opa_is_movbe},          {"lm", nax_dft_opa_is_wide64_extension},
-                {"avx", nax_dft_opa_is_avx_extension},    {"avx512f", nax_dft_opa_is_avx512_extension}};
+    } rows[] = {{"tsc", nax_dft_opa_has_rdtsc},
+                {"mmx", nax_dft_opa_is_mmx_extension},
+                {"sse", nax_dft_opa_is_ssx_extension},
+                {"sse2", nax_dft_opa_is_sse2_extension},
+                {"pni", nax_dft_opa_is_sse3_extension},
+                {"ssse3", nax_dft_opa_is_ssse3_extension},
+                {"sse4_1", nax_dft_opa_is_sse41_extension},
+                {"sse4_2", nax_dft_opa_is_sse42_extension},
+                {"movbe", nax_dft_opa_is_movbe},
+                {"lm", nax_dft_opa_is_wide64_extension},
+                {"avx", nax_dft_opa_is_avx_extension},
+                {"avx512f", nax_dft_opa_is_avx512_extension}};
     for (const auto& row : rows)
         EXPECT_EQ(row.test(), flags.find(std::string(" ") + row.flag + " ") != std::string::npos) << row.flag;
     EXPECT_EQ(nax_dft_opa_has_cpuid(), 1);

@@ -1,4 +1,6 @@
 // Per-thread cells: first use, races for the key, memory, and the end of threads and keys.
+#include "runtime/tls_cell.h"
+
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -9,7 +11,6 @@
 
 #include "nax/error.h"
 #include "nax/mode.h"
-#include "runtime/tls_cell.h"
 #include "service/service.h"
 #include "tests/lib/failing_service.h"
 #include "tests/runtime/fresh_thread.h"
@@ -135,7 +136,8 @@ TEST(ThreadCellsDeathTest, NoMemoryForACellEndsTheProcessWithCode3) {
 [[noreturn]] void exit_after_use_without_keys() {
     unsetenv("NAX_ARQ_MODE");
     pthread_key_t key;
-    while (pthread_key_create(&key, nullptr) == 0) {}
+    while (pthread_key_create(&key, nullptr) == 0) {
+    }
     bool right = _arqSetMode(ARQ_EP) == ARQ_MODE_DEFAULT && _arqGetMode() == ARQ_MODE_DEFAULT;
     right = right && _arqSetErrStatus(4) == 0 && _arqGetErrStatus() == 0;
     right = right && Mode_key.flags == 0 && Mode_key.lock == 0;

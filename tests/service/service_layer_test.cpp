@@ -134,9 +134,7 @@ TEST(Messages, WrongCallsPrintTheBareNumberOrNothing) {
     EXPECT_EQ(printed(0, 750, "vdExp"), "");
 }
 
-TEST(ExitDeathTest, EndsTheProcessWithTheCode) {
-    EXPECT_EXIT(nax_serv_exit(3), testing::ExitedWithCode(3), "");
-}
+TEST(ExitDeathTest, EndsTheProcessWithTheCode) { EXPECT_EXIT(nax_serv_exit(3), testing::ExitedWithCode(3), ""); }
 
 TEST(Generation, AgreesWithTheCompilersProcessorTest) {
     const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512cd") &&

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "nax/error.h"
 #include "nax/mode.h"
 #include "tests/lib/vmath_runner.h"
+#include "tests/runtime/fresh_thread.h"
 
 namespace nax::testing {
 namespace {
@@ -275,6 +277,25 @@ TEST_F(VectorProperties, NothingIsReportedWithReportingOff) {
         EXPECT_TRUE(reports.empty());
         EXPECT_TRUE(same_bits(kernel, results, one_by_one, 0, 85));
     }
+}
+
+// A kernel may be the first thing that a thread does: its mode word is made inside the call.
+TEST_F(VectorProperties, FirstCallOnAThreadRunsInTheDefaultMode) {
+    const Record* const record = find_record("dFmod");
+    ASSERT_NE(record, nullptr);
+    on_fresh_thread([record] {
+        const double a[3] = {5.5, 1, -7}, b[3] = {2, 0, 4};
+        double r[3];
+        Arguments arguments{3, {a, b}, {r, nullptr}, {1, 1}, {1, 1}, {}, {}};
+        errno = 0;
+        call(*record, record->stubs[0], arguments);
+        EXPECT_EQ(r[0], 1.5);
+        EXPECT_NE(r[1], r[1]);
+        EXPECT_EQ(r[2], -3);
+        EXPECT_EQ(errno, ERANGE);
+        EXPECT_EQ(_arqGetErrStatus(), ARQ_STATUS_SINGULARITY);
+        EXPECT_EQ(_arqGetMode(), ARQ_MODE_DEFAULT);
+    });
 }
 
 class VectorPropertiesFull : public VectorProperties {};

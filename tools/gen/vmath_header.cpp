@@ -19,10 +19,17 @@ using std::string;
 struct Doc {
     const char *result, *special_values, *statuses;
 };
+// By function; complex types of a function that has real ones too, or has only them, stand under a name of their own.
 const std::map<string, Doc> kDocs = {
 #define DOC(function, result, special_values, statuses) {#function, {result, special_values, statuses}},
+#define COMPLEX_DOC(function, result, special_values, statuses) \
+    {#function " (complex)", {result, special_values, statuses}},
 #include "tools/gen/vmath_docs.def"
 };
+string doc_key(const RecordRow& row) {
+    const bool complex = row.has_strided && (row.type == 'c' || row.type == 'z');
+    return string(row.function) + (complex ? " (complex)" : "");
+}
 
 constexpr const char* kFunctionsHead = R"(/* Vector mathematics: element-wise functions of arrays. Generated from the list of records; don't edit.
  *
@@ -172,17 +179,17 @@ void print_kernels(const RecordRow& row, bool strided) {
 int missing_documentation() {
     int missing = 0;
     for (const RecordRow& row : nax::kRecordRows) {
-        if (kDocs.contains(row.function)) continue;
-        std::fprintf(stderr, "no row for %s in tools/gen/vmath_docs.def\n", row.function);
+        if (kDocs.contains(doc_key(row))) continue;
+        std::fprintf(stderr, "no row for %s in tools/gen/vmath_docs.def\n", doc_key(row).c_str());
         ++missing;
     }
     return missing;
 }
 
-void print_documentation(const char* function) {
-    const Doc& doc = kDocs.at(function);
+void print_documentation(const string& key) {
+    const Doc& doc = kDocs.at(key);
     std::printf("\n/* ");
-    print_wrapped(string(function) + ": " + doc.result + ".");
+    print_wrapped(key + ": " + doc.result + ".");
     if (doc.special_values[0] != '\0') {
         std::printf("\n * ");
         print_wrapped(string("Special values: ") + doc.special_values + ". Statuses: " + doc.statuses + ".");
@@ -201,16 +208,17 @@ int main(int argc, char** argv) {
     }
     if (missing_documentation() != 0) return 1;
     std::fputs(functions ? kFunctionsHead : kKernelsHead, stdout);
-    // All types of a function stand together, in the order in which functions appear in the list.
+    // The types that share a documentation row stand together, in the order in which functions appear in the list.
     std::set<string> done;
     for (const RecordRow& first : nax::kRecordRows) {
-        if (!done.insert(first.function).second) continue;
+        const string key = doc_key(first);
+        if (!done.insert(key).second) continue;
         if (functions)
-            print_documentation(first.function);
+            print_documentation(key);
         else
             std::printf("\n");
         for (const RecordRow& row : nax::kRecordRows) {
-            if (std::strcmp(row.function, first.function) != 0) continue;
+            if (doc_key(row) != key) continue;
             for (const bool strided : {false, true})
                 if (!strided || row.has_strided) functions ? print_functions(row, strided) : print_kernels(row, strided);
         }

@@ -1,0 +1,351 @@
+// Delivery of quasi-random points, for one vector width. Coordinates are words x; reals are a + s (x >> 1),
+// s = (b - a) 2^-31, one fused multiply-add.
+//
+// Below 16 dimensions a block of 16 points is laid out as it is delivered: its words are a fixed pattern of the four lowest
+// direction numbers, exclusive-or the block's first point repeated. From 16 dimensions on coordinates are lanes, and 32 of
+// them at a time go through all points.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "rng/generators/to_real.h"
+#include "rng/generators/words.h"
+#include "rng/quasi/quasi_state.h"
+#include "service/service.h"
+
+namespace nax::rng {
+inline namespace NAX_RNG_ISA {
+
+template <class T>
+struct QuasiScale;
+
+template <>
+struct QuasiScale<double> {
+    double origin, scale;
+
+    QuasiScale(double a, double b) : origin(a), scale((b - a) * 0x1p-31) {}
+    double operator()(uint32_t x) const { return __builtin_fma(scale, static_cast<double>(x >> 1), origin); }
+    void store_block(double* r, U32 x) const {
+        const F64 s = broadcast(scale), o = broadcast(origin);
+        store(r, fma(signed_to_double(lower_half(x >> 1)), s, o));
+        store(r + kLanes64, fma(signed_to_double(upper_half(x >> 1)), s, o));
+    }
+};
+
+template <>
+struct QuasiScale<float> {
+    float origin, scale;
+
+    QuasiScale(float a, float b) : origin(a), scale((b - a) * 0x1p-31f) {}
+    float operator()(uint32_t x) const {
+        return __builtin_fmaf(scale, static_cast<float>(static_cast<int32_t>(x >> 1)), origin);
+    }
+    void store_block(float* r, U32 x) const {
+        store(r, fma(signed_to_float(x >> 1), broadcast(scale), broadcast(origin)));
+    }
+};
+
+template <>
+struct QuasiScale<uint32_t> : RawWords {
+    QuasiScale(uint32_t, uint32_t) {}
+};
+
+// The first count numbers of a vector, count below kLanes32.
+template <class Map, class T>
+inline void store_part(const Map& map, T* r, U32 x, int count) {
+    T numbers[kLanes32];
+    map.store_block(numbers, x);
+#ifdef __AVX512F__
+    if constexpr (sizeof(T) == 4) {
+        store_first(r, load<U32>(numbers), count);
+    } else {
+        store_first(r, load<U32>(numbers), std::min(2 * count, kLanes32));
+        if (2 * count > kLanes32) store_first(r + kLanes64, load<U32>(numbers + kLanes64), 2 * count - kLanes32);
+    }
+#else
+    for (int i = 0; i < count; ++i) r[i] = numbers[i];
+#endif
+}
+
+// What the parallel loop runs for one block of dimensions.
+struct ParallelBodies {
+    nax_serv_chunk_body aligned, unaligned;
+};
+
+// ---- One point ---------------------------------------------------------------------------------------------------------
+
+template <class Map, class T>
+inline void put_coordinates(const PointSet& points, int first, int count, T* r, const Map& map) {
+    if (points.by_bit()) return convert_words(map, points.x + first, r, count);
+    for (int i = 0; i < count; ++i) r[i] = map(points.coordinate(first + i));
+}
+
+inline void step_point(const PointSet& points, int dimension, uint32_t counter) {
+    const int bit = gray_step(counter);
+    for (int d = 0; d < dimension; ++d) points.coordinate(d) ^= points.direction(bit, d);
+}
+
+// ---- Few dimensions: lanes across time ---------------------------------------------------------------------------------
+
+inline constexpr int kBlockPoints = 16;
+inline constexpr int kLowDimensions = kBlockPoints;  // from here on lanes are coordinates
+
+// `words` repeated with period `dimension`, to be read from any phase.
+template <int dimension>
+struct Repeated {
+    static constexpr int kVectors = (dimension - 1 + kLanes32 + kLanes32 - 1) / kLanes32;
+    // Copies overlap: each one overwrites what the one before wrote beyond its own words.
+    alignas(64) uint32_t words[(kVectors + 2) * kLanes32];
+
+    void set(const uint32_t* source) {
+        if constexpr (dimension == 1) {
+            store(words, broadcast(source[0]));
+        } else if constexpr (dimension == 2) {
+            store(words, broadcast(uint64_t{source[1]} << 32 | source[0]));
+            store(words + kLanes32, broadcast(uint64_t{source[1]} << 32 | source[0]));
+        } else {
+            const U32 low = load<U32>(source);
+            const U32 high = load<U32>(source + (kLanes32 < kBlockPoints ? kLanes32 : 0));
+            for (int place = 0; place < kVectors * kLanes32; place += dimension) {
+                store(words + place, low);
+                if constexpr (dimension > kLanes32) store(words + place + kLanes32, high);
+            }
+        }
+    }
+};
+
+// Point c + j differs from point c, a multiple of 16, by the direction numbers at the Gray code of j.
+template <int dimension>
+inline void fill_pattern(const PointSet& points, uint32_t* pattern) {
+    for (int d = 0; d < dimension; ++d) {
+        uint32_t x = 0;
+        for (uint32_t j = 0; j < kBlockPoints; ++j) {
+            pattern[static_cast<int>(j) * dimension + d] = x;
+            x ^= points.direction(gray_step(j), d);
+        }
+    }
+}
+
+// Blocks of 16 points from a counter that is a multiple of 16; x is left at the point after them.
+template <int dimension, class Map, class T>
+inline void put_blocks(const PointSet& points, uint32_t counter, int64_t blocks, T* r, const Map& map) {
+    constexpr int kVectors = kBlockPoints * dimension / kLanes32;
+    alignas(64) uint32_t pattern[kBlockPoints * dimension];
+    fill_pattern<dimension>(points, pattern);
+    alignas(64) uint32_t base[kBlockPoints] = {}, change[kBlockPoints] = {};
+    for (int d = 0; d < dimension; ++d) base[d] = points.coordinate(d);
+    Repeated<dimension> first, step;
+    first.set(base);
+    for (; blocks > 0; --blocks, counter += kBlockPoints, r += kBlockPoints * dimension) {
+#pragma GCC unroll 32
+        for (int v = 0; v < kVectors; ++v) {
+            const U32 x = load<U32>(first.words + v * kLanes32 % dimension);
+            map.store_block(r + v * kLanes32, x ^ load<U32>(pattern + v * kLanes32));
+        }
+        // From c to c + 16 the code changes in bit 3 and in the bit of the step from c + 15.
+        const int bit = gray_step(counter + kBlockPoints - 1);
+        for (int d = 0; d < dimension; ++d) change[d] = points.direction(3, d) ^ points.direction(bit, d);
+        step.set(change);
+        for (int v = 0; v < Repeated<dimension>::kVectors; ++v) {
+            uint32_t* const words = first.words + v * kLanes32;
+            store(words, load<U32>(words) ^ load<U32>(step.words + v * kLanes32));
+        }
+    }
+    for (int d = 0; d < dimension; ++d) points.coordinate(d) = first.words[d];
+}
+
+// Whole points by blocks where there are enough of them, one by one before and after.
+template <int dimension, class Map, class T>
+void _QrngMainDim(const PointSet& points, int, uint32_t counter, int64_t count, T* r, const Map& map,
+                  const ParallelBodies&) {
+    const auto single = [&](int64_t n) {
+        for (; n > 0; --n, ++counter, r += dimension) {
+            put_coordinates(points, 0, dimension, r, map);
+            step_point(points, dimension, counter);
+        }
+    };
+    constexpr int64_t kWorthwhile = 3;  // blocks that pay for the pattern
+    const int64_t before = -counter & (kBlockPoints - 1);
+    const int64_t blocks = (count - before) / kBlockPoints;
+    if (blocks < kWorthwhile) return single(count);
+    single(before);
+    put_blocks<dimension>(points, counter, blocks, r, map);
+    counter += static_cast<uint32_t>(blocks * kBlockPoints);
+    r += blocks * kBlockPoints * dimension;
+    single(count - before - blocks * kBlockPoints);
+}
+
+// ---- Many dimensions: lanes across coordinates -------------------------------------------------------------------------
+
+inline constexpr int kBlockDimensions = 32;
+
+// A job of whole points in many dimensions; also the context of the parallel loop.
+template <class Map, class T>
+struct ManyDimensions {
+    PointSet points;
+    uint32_t counter;
+    int dimension;
+    int64_t count;
+    T* r;
+    Map map;
+};
+
+// Direction numbers of 32 dimensions by bit: in place, or gathered from rows by dimension as they come into use.
+class BlockRows {
+public:
+    BlockRows(const PointSet& points, int width) : points_(points), width_(width) {}
+
+    const uint32_t* row(int bit) {
+        if (points_.by_bit()) return points_.directions + static_cast<long>(bit) * points_.bit_stride;
+        if ((filled_ >> bit & 1) == 0) {
+            filled_ |= 1u << bit;
+            for (int d = 0; d < width_; ++d) rows_[bit][d] = points_.direction(bit, d);
+        }
+        return rows_[bit];
+    }
+
+private:
+    PointSet points_;
+    int width_;
+    uint32_t filled_ = 0;
+    alignas(64) uint32_t rows_[kDirectionBits][kBlockDimensions];
+};
+
+// All points of up to 32 coordinates, in `vectors` vectors of which the last one has `part` coordinates (0: all).
+template <int vectors, class Map, class T>
+inline void put_columns(const ManyDimensions<Map, T>& job, BlockRows& rows, T* r, uint32_t* x_words, int part) {
+    U32 x[vectors];
+    for (int v = 0; v < vectors; ++v) x[v] = load<U32>(x_words + v * kLanes32);
+    uint32_t counter = job.counter;
+    for (int64_t i = 0; i < job.count; ++i, r += job.dimension) {
+#pragma GCC unroll 8
+        for (int v = 0; v + 1 < vectors; ++v) job.map.store_block(r + v * kLanes32, x[v]);
+        T* const last = r + (vectors - 1) * kLanes32;
+        if (part == 0) job.map.store_block(last, x[vectors - 1]);
+        else store_part(job.map, last, x[vectors - 1], part);
+        const uint32_t* const row = rows.row(gray_step(counter++));
+#pragma GCC unroll 8
+        for (int v = 0; v < vectors; ++v) x[v] ^= load<U32>(row + v * kLanes32);
+    }
+    for (int v = 0; v < vectors; ++v) store(x_words + v * kLanes32, x[v]);
+}
+
+// Coordinates 32 block ... of all points; their words after the last point in `after`.
+template <class Map, class T>
+inline void put_dimensions(const ManyDimensions<Map, T>& job, int block, uint32_t (&after)[kBlockDimensions]) {
+    constexpr int kVectors = kBlockDimensions / kLanes32;
+    const int first = block * kBlockDimensions;
+    const int width = std::min(kBlockDimensions, job.dimension - first);
+    const PointSet points = job.points.from(first);
+    BlockRows rows(points, width);
+    for (int d = 0; d < kBlockDimensions; ++d) after[d] = d < width ? points.coordinate(d) : 0;
+    T* const r = job.r + first;
+    const int part = width % kLanes32;
+    switch ((width + kLanes32 - 1) / kLanes32) {
+        case 1: return put_columns<1>(job, rows, r, after, part);
+        case 2: return put_columns<2>(job, rows, r, after, part);
+        case 3: return put_columns<std::min(3, kVectors)>(job, rows, r, after, part);
+        default: return put_columns<kVectors>(job, rows, r, after, part);
+    }
+}
+
+// Bodies of the parallel loop. They only read the stream: the new point is set when all have ended.
+template <class Map, class T>
+void kernel_unaligned(int block, int64_t, int64_t, void* context) {
+    alignas(64) uint32_t after[kBlockDimensions];
+    put_dimensions(*static_cast<const ManyDimensions<Map, T>*>(context), block, after);
+}
+// For an output whose rows all start on cache lines.
+template <class Map, class T>
+void kernel_aligned(int block, int64_t, int64_t, void* context) {
+    ManyDimensions<Map, T> job = *static_cast<const ManyDimensions<Map, T>*>(context);
+    job.r = static_cast<T*>(__builtin_assume_aligned(job.r, 64));
+    alignas(64) uint32_t after[kBlockDimensions];
+    put_dimensions(job, block, after);
+}
+
+template <class Map, class T>
+constexpr ParallelBodies kParallelBodies = {kernel_aligned<Map, T>, kernel_unaligned<Map, T>};
+
+// True if the job ran on several threads.
+template <class Map, class T>
+bool run_on_threads(ManyDimensions<Map, T>& job, int blocks, const ParallelBodies& bodies) {
+    if (!worth_threading(job.count, job.dimension)) return false;
+    const auto limit = reinterpret_cast<nax_serv_threads_limit_function>(
+        nax_serv_load_thread_fun("nax_sto_serv_threader_get_num_threads_limit"));
+    if (limit() <= 1) return false;
+    const auto parallel_for = reinterpret_cast<nax_serv_parallel_for_function>(
+        nax_serv_load_thread_fun("nax_sto_serv_threader_for"));
+    const bool aligned = reinterpret_cast<uintptr_t>(job.r) % 64 == 0 &&
+                         static_cast<uint64_t>(job.dimension) * sizeof(T) % 64 == 0;
+    parallel_for(blocks, 0, &job, aligned ? bodies.aligned : bodies.unaligned);
+    return true;
+}
+
+template <class Map, class T>
+void _QrngMainDim16(const PointSet& points, int dimension, uint32_t counter, int64_t count, T* r, const Map& map,
+                    const ParallelBodies& bodies) {
+    ManyDimensions<Map, T> job = {points, counter, dimension, count, r, map};
+    const int blocks = (dimension + kBlockDimensions - 1) / kBlockDimensions;
+    if (run_on_threads(job, blocks, bodies)) return set_point(points, dimension, counter + static_cast<uint32_t>(count));
+    for (int block = 0; block < blocks; ++block) {
+        alignas(64) uint32_t after[kBlockDimensions];
+        put_dimensions(job, block, after);
+        const int first = block * kBlockDimensions;
+        const int width = std::min(kBlockDimensions, dimension - first);
+        for (int d = 0; d < width; ++d) points.coordinate(first + d) = after[d];
+    }
+}
+
+// ---- A call ------------------------------------------------------------------------------------------------------------
+
+template <class Map, class T>
+using QrngMain = void (*)(const PointSet&, int dimension, uint32_t counter, int64_t count, T* r, const Map&,
+                          const ParallelBodies&);
+
+template <class Map, class T, int... index>
+constexpr std::array<QrngMain<Map, T>, 16> qrng_main_dispatch(std::integer_sequence<int, index...>) {
+    return {_QrngMainDim<index + 1, Map, T>..., _QrngMainDim16<Map, T>};
+}
+// Entry d - 1 serves d dimensions, the last one 16 and more.
+template <class Map, class T>
+constexpr auto _QrngMainDispatch = qrng_main_dispatch<Map, T>(std::make_integer_sequence<int, 15>{});
+
+// The next n numbers of a stream, n at least 1.
+template <class T, class Map = QuasiScale<T>>
+int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
+                const ParallelBodies& bodies = kParallelBodies<Map, T>) {
+    if (place.counter + static_cast<uint64_t>(n) > kLastCounter) return STO_STATUS_QRNG_PERIOD_ELAPSED;
+    const int dimension = static_cast<int>(place.dimension);
+    if (place.selected >= 0) {
+        _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
+        place.counter += static_cast<uint32_t>(n);
+        set_point(points, dimension, place.counter);
+        return STO_STATUS_OK;
+    }
+    if (place.position > 0) {
+        const int take = std::min(n, static_cast<int>(place.position));
+        put_coordinates(points, dimension - static_cast<int>(place.position), take, r, map);
+        place.position -= static_cast<uint32_t>(take);
+        if (place.position > 0) return STO_STATUS_OK;
+        step_point(points, dimension, place.counter++);
+        r += take;
+        n -= take;
+    }
+    const int whole = n / dimension;
+    if (whole > 0) {
+        const std::size_t row = static_cast<std::size_t>(std::min(dimension, kLowDimensions) - 1);
+        _QrngMainDispatch<Map, T>[row](points, dimension, place.counter, whole, r, map, bodies);
+    }
+    place.counter += static_cast<uint32_t>(whole);
+    const int rest = n - whole * dimension;
+    if (rest == 0) return STO_STATUS_OK;
+    put_coordinates(points, 0, rest, r + static_cast<long>(whole) * dimension, map);
+    place.position = static_cast<uint32_t>(dimension - rest);
+    return STO_STATUS_OK;
+}
+
+}  // namespace NAX_RNG_ISA
+}  // namespace nax::rng
