@@ -1,8 +1,8 @@
 // One function at its three accuracy levels: what is lost, what is gained.
-#include <csignal>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <vector>
 
@@ -56,7 +56,8 @@ void show_levels() {
     } levels[] = {{"_arqdExp_HA", _arqdExp_HA}, {"_arqdExp_50", _arqdExp_50}, {"_arqdExp_26", _arqdExp_26}};
     std::vector<double> x(1000), y(x.size());
     for (size_t i = 0; i < x.size(); ++i) x[i] = -10.0 + 0.02 * static_cast<double>(i);
-    std::printf("exp of %zu doubles in [-10, 10)\n%-14s %18s %14s\n", x.size(), "", "largest error, ulp", "correct bits");
+    std::printf("exp of %zu doubles in [-10, 10)\n%-14s %18s %14s\n", x.size(), "", "largest error, ulp",
+                "correct bits");
     for (const auto& level : levels) {
         level.function(static_cast<int32_t>(x.size()), x.data(), y.data());
         const double error = largest_error(x, y);

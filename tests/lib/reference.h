@@ -8,8 +8,8 @@
 namespace nax::testing {
 
 struct Reference {
-    const char* function;                     // as in a record: Exp, Log1p ...
-    double (*in_double)(double);              // good to an ulp of double: for float arguments
+    const char* function;                        // as in a record: Exp, Log1p ...
+    double (*in_double)(double);                 // good to an ulp of double: for float arguments
     long double (*in_long_double)(long double);  // good to about an ulp of 64 bits: for double arguments
     int (*exact)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);
 };

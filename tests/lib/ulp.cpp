@@ -15,7 +15,8 @@ double error_in_ulps(T computed, Wide exact, Wide overflow) {
     constexpr int precision = std::numeric_limits<T>::digits;
     constexpr double infinity = std::numeric_limits<double>::infinity();
     if (std::isnan(exact)) return std::isnan(computed) ? 0 : infinity;
-    if (std::isinf(computed)) return std::fabs(exact) >= overflow && std::signbit(computed) == std::signbit(exact) ? 0 : infinity;
+    if (std::isinf(computed))
+        return std::fabs(exact) >= overflow && std::signbit(computed) == std::signbit(exact) ? 0 : infinity;
     if (std::isnan(computed) || std::isinf(exact)) return infinity;
     if (exact == 0) return computed == 0 ? 0 : infinity;
     const int exponent = std::max(std::ilogb(exact) + 1 - precision, std::numeric_limits<T>::min_exponent - precision);

@@ -9,16 +9,16 @@
 
 namespace nax::testing {
 
-// |computed - exact| in ulp of the exact value's binade (of the denormal grid below the normal range). Infinite where one
-// of them is infinite or NaN and the other isn't; `exact` beyond the largest number counts as infinite.
+// |computed - exact| in ulp of the exact value's binade (of the denormal grid below the normal range). Infinite where
+// one of them is infinite or NaN and the other isn't; `exact` beyond the largest number counts as infinite.
 double ulp_error(float computed, double exact);
 double ulp_error(double computed, long double exact);
 
 struct ErrorStats {
     static constexpr int bins = 64;
-    double max = 0;        // largest error
-    double worst = 0;      // its argument
-    double sum = 0;        // of all errors
+    double max = 0;    // largest error
+    double worst = 0;  // its argument
+    double sum = 0;    // of all errors
     uint64_t count = 0;
     std::array<uint64_t, bins> histogram{};  // of errors in [0, 1), the last bin of larger ones too
 

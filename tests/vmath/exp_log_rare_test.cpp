@@ -28,7 +28,8 @@ constexpr RareCase<double> kDouble[] = {
     {"Exp2", vmath::vdexp2_cout_rare, -1076.0, -1021.0, 0.52},
     {"Exp10", vmath::vdexp10_cout_rare, -323.7, 308.2547155599167, 0.53},
     {"Exp10", vmath::vdexp10_cout_rare, -323.7, -307.0, 0.53},
-    {"Expm1", vmath::vdexpm1_cout_rare, -50.0, 709.782712893384, 0.9},
+    {"Expm1", vmath::vdexpm1_cout_rare, -50.0, 709.782712893384, 0.52},
+    {"Expm1", vmath::vdexpm1_cout_rare, -1.0, 1.0, 0.52},
     {"Expm1", vmath::vdexpm1_cout_rare, 707.0, 709.782712893384, 0.52},
     {"Ln", vmath::vdln_cout_rare, 0x1p-1074, DBL_MAX, 0.52},
     {"Ln", vmath::vdln_cout_rare, 0.5, 2.0, 0.52},
@@ -64,7 +65,7 @@ int32_t deserved_status(const char* function, T x, T y) {
 
 template <class T, size_t N>
 void check(const RareCase<T> (&cases)[N]) {
-    constexpr int count = 20000;
+    constexpr int count = 5000;
     std::vector<T> points(count);
     for (const RareCase<T>& c : cases) {
         SCOPED_TRACE(c.function);
@@ -73,8 +74,9 @@ void check(const RareCase<T> (&cases)[N]) {
         for (const T x : points) {
             T y;
             const int32_t status = c.rare(&x, &y);
-            const double error = sizeof(T) == 8 ? exact_ulp_error(reference, static_cast<double>(x), static_cast<double>(y))
-                                                : ulp_error(static_cast<float>(y), reference.in_double(static_cast<double>(x)));
+            const double error = sizeof(T) == 8
+                                     ? exact_ulp_error(reference, static_cast<double>(x), static_cast<double>(y))
+                                     : ulp_error(static_cast<float>(y), reference.in_double(static_cast<double>(x)));
             ASSERT_LE(error, c.bound) << "at " << x;
             ASSERT_EQ(status, deserved_status(c.function, x, y)) << "at " << x;
         }

@@ -1,5 +1,5 @@
-// What the exponentials and logarithms promise beyond accuracy and single special values: statuses on both sides of every
-// limit, vector results where reports are off, flags, exact results.
+// What the exponentials and logarithms promise beyond accuracy and single special values: statuses on both sides of
+// every limit, vector results where reports are off, flags, exact results.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -143,7 +143,9 @@ void check_flags() {
         std::vector<T> x;
         for (const Interval& interval : find_accuracy_row(r.name())->intervals) {
             // Exponentials beyond their limits are the scalar path's, whose flags are meant.
-            const double cap = std::string(function) == "Exp10" ? (sizeof(T) == 8 ? 300 : 37) : sizeof(T) == 8 ? 700 : 86;
+            const double cap = std::string(function) == "Exp10" ? (sizeof(T) == 8 ? 300 : 37)
+                               : sizeof(T) == 8                 ? 700
+                                                                : 86;
             const auto low = static_cast<T>(logarithm ? interval.low : std::max(interval.low, -cap));
             const auto high = static_cast<T>(logarithm ? interval.high : std::min(interval.high, cap));
             if (!(low < high)) continue;

@@ -52,7 +52,8 @@ Measured measure_row(const AccuracyRow& row, int slot, int points, uint32_t stri
 
 void write_header(std::ostream& out, int points, uint32_t stride) {
     out << "# Accuracy\n\n"
-           "Written by `./run accuracy`. Errors against MPFR in units in the last place (ulp) of the exact result; `bits` "
+           "Written by `./run accuracy`. Errors against MPFR in units in the last place (ulp) of the exact result; "
+           "`bits` "
            "is the precision less log2 of the largest error. Bounds and intervals stand in `tests/vmath/accuracy.def`, "
            "intervals cut where an algorithm changes and with both ends included.\n\n"
         << points << " random points per interval, half uniform over the interval, half over its representable numbers";
@@ -60,7 +61,8 @@ void write_header(std::ostream& out, int points, uint32_t stride) {
         out << "; for the single-precision records every float of the intervals";
     else if (stride > 1)
         out << "; for the single-precision records also every " << stride << "th float of the intervals";
-    out << ".\n\n| record | level | bound | largest error | at | bits | mean | points |\n|---|---|---|---|---|---|---|---|\n";
+    out << ".\n\n| record | level | bound | largest error | at | bits | mean | points "
+           "|\n|---|---|---|---|---|---|---|---|\n";
 }
 
 void write_row(std::ostream& out, const Measured& m) {

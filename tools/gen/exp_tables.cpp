@@ -11,9 +11,7 @@ Wide power(int j, int size) { return exp2(Wide(j) / Wide(size)); }
 
 double high(Type type, int j, int size) { return round_to(type, power(j, size)); }
 
-double low_absolute(Type type, int j, int size) {
-    return round_to(type, power(j, size) - Wide(high(type, j, size)));
-}
+double low_absolute(Type type, int j, int size) { return round_to(type, power(j, size) - Wide(high(type, j, size))); }
 
 double low_relative(Type type, int j, int size) {
     const Wide t(high(type, j, size));

@@ -34,8 +34,7 @@ void write_pair(Type type, Base base, const char* stem, int size, int grid) {
 }
 
 void write_single(Type type, Base base, const char* name, int size) {
-    write_array(type, name, "rounded to nearest", size,
-                [=](int j) { return round_to(type, entry(base, j, size)); });
+    write_array(type, name, "rounded to nearest", size, [=](int j) { return round_to(type, entry(base, j, size)); });
 }
 
 // Scalar path: z in [1, 2) belongs to row j = round(64 (z - 1)), which holds a reciprocal of 1 + j/64 of 14 bits (its

@@ -47,8 +47,10 @@ int main(int argc, char** argv) {
     nax::emulator::install_if_needed();
     if (argc != 3 && argc < 5) return usage();
     const Record* const record = find_record(argv[1]);
-    const auto level = std::find_if(kLevels, kLevels + kSlots, [&](const char* l) { return std::strcmp(l, argv[2]) == 0; });
-    if (record == nullptr || level == kLevels + kSlots || find_reference(record->row->function) == nullptr) return usage();
+    const auto level =
+        std::find_if(kLevels, kLevels + kSlots, [&](const char* l) { return std::strcmp(l, argv[2]) == 0; });
+    if (record == nullptr || level == kLevels + kSlots || find_reference(record->row->function) == nullptr)
+        return usage();
     const int slot = static_cast<int>(level - kLevels);
 
     ErrorStats total;

@@ -49,15 +49,15 @@ struct Exp {
 alignas(64) constexpr Exp exp = {
     exp2_16,
     exp2_16_relative_low,
-    Double::row(0x1.71547652b82fep+0),             // log2(e)
-    Double::row(kSixteenthsShifter),              // leaves N in sixteenths
-    Double::row(0x1.62e42fefa39efp-1),             // ln2; N has few bits, so the fused difference is exact
-    Double::row(0x1.abc9e3b39803fp-56),            // ln2 less the former
-    Double::row_of_bits(kBelowTwoDouble),          // all bits but the 62nd
+    Double::row(0x1.71547652b82fep+0),     // log2(e)
+    Double::row(kSixteenthsShifter),       // leaves N in sixteenths
+    Double::row(0x1.62e42fefa39efp-1),     // ln2; N has few bits, so the fused difference is exact
+    Double::row(0x1.abc9e3b39803fp-56),    // ln2 less the former
+    Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{0.999999999999984, 0.5000000000059126, 0.1666666658485894, 0.0416667205488057, 0.008331512908898442,
-      0.0014193283516881214}},                     // least error on [0, ln2/16), 2^-56
-    Double::row_of_bits(~Double::sign_bit),        // magnitude
-    Double::row(0x1.61da04cbafe44p+9),             // 1021 ln2: from here on overflow or a denormal result threatens
+      0.0014193283516881214}},               // least error on [0, ln2/16), 2^-56
+    Double::row_of_bits(~Double::sign_bit),  // magnitude
+    Double::row(0x1.61da04cbafe44p+9),       // 1021 ln2: from here on overflow or a denormal result threatens
 };
 }  // namespace double_ha
 
@@ -95,15 +95,15 @@ struct Exp {
 
 alignas(64) constexpr Exp exp = {
     exp2_16,
-    Double::row(0x1.71547652b82fep+0),             // log2(e)
-    Double::row(kSixteenthsShifter),              // leaves N in sixteenths
-    Double::row(0x1.62e42fefa39efp-1),             // ln2
-    Double::row(0x1.abc9e3b39803fp-56),            // ln2 less the former
-    Double::row_of_bits(kBelowTwoDouble),          // all bits but the 62nd
+    Double::row(0x1.71547652b82fep+0),     // log2(e)
+    Double::row(kSixteenthsShifter),       // leaves N in sixteenths
+    Double::row(0x1.62e42fefa39efp-1),     // ln2
+    Double::row(0x1.abc9e3b39803fp-56),    // ln2 less the former
+    Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{0.999999999999984, 0.5000000000010838, 0.16666666637508337, 0.041666695348322125, 0.008332058899382488,
-      0.0014149452874381984}},                     // least error on [0, ln2/16), 2^-50.4
-    Double::row_of_bits(~Double::sign_bit),        // magnitude
-    Double::row(0x1.61da04cbafe44p+9),             // 1021 ln2
+      0.0014149452874381984}},               // least error on [0, ln2/16), 2^-50.4
+    Double::row_of_bits(~Double::sign_bit),  // magnitude
+    Double::row(0x1.61da04cbafe44p+9),       // 1021 ln2
 };
 }  // namespace double_la
 
@@ -140,13 +140,13 @@ struct Exp {
 
 alignas(64) constexpr Exp exp = {
     exp2_16,
-    Double::row(0x1.71547652b82fep+0),             // log2(e)
-    Double::row(kSixteenthsShifter),              // leaves N in sixteenths
-    Double::row(0x1.62e42fefa39efp-1),             // ln2
-    Double::row_of_bits(kBelowTwoDouble),          // all bits but the 62nd
+    Double::row(0x1.71547652b82fep+0),                               // log2(e)
+    Double::row(kSixteenthsShifter),                                 // leaves N in sixteenths
+    Double::row(0x1.62e42fefa39efp-1),                               // ln2
+    Double::row_of_bits(kBelowTwoDouble),                            // all bits but the 62nd
     {{1.000000863624094, 0.4999005827986578, 0.17032218485319242}},  // least error on [0, ln2/16), 2^-28.7
-    Double::row_of_bits(~Double::sign_bit),        // magnitude
-    Double::row(0x1.61da04cbafe44p+9),             // 1021 ln2
+    Double::row_of_bits(~Double::sign_bit),                          // magnitude
+    Double::row(0x1.61da04cbafe44p+9),                               // 1021 ln2
 };
 }  // namespace double_ep
 
@@ -185,17 +185,17 @@ struct Exp {
 };
 
 alignas(64) constexpr Exp exp = {
-    Single::row(89.0f),                            // overflow for sure, so that Inf never meets a negative u
+    Single::row(89.0f),  // overflow for sure, so that Inf never meets a negative u
     exp2_32f,
     exp2_32f_relative_low,
-    Single::row(0x1.715476p+0f),                   // log2(e)
-    Single::row(393216.0f),                        // 1.5 2^18: leaves N in 1/32
-    Single::row(0x1.62e43p-1f),                    // ln2; N has few bits, so the fused difference is exact
-    Single::row(-0x1.05c61p-29f),                  // ln2 less the former
-    Single::row_of_bits(kBelowTwoSingle),          // all bits but the 30th
-    {{0.5000146627426147f, 0.16667155921459198f}}, // least error on [0, ln2/32), 2^-28.7
-    Single::row_of_bits(~Single::sign_bit),        // magnitude
-    Single::row(87.33654022216797f),               // 126 ln2
+    Single::row(0x1.715476p+0f),                    // log2(e)
+    Single::row(393216.0f),                         // 1.5 2^18: leaves N in 1/32
+    Single::row(0x1.62e43p-1f),                     // ln2; N has few bits, so the fused difference is exact
+    Single::row(-0x1.05c61p-29f),                   // ln2 less the former
+    Single::row_of_bits(kBelowTwoSingle),           // all bits but the 30th
+    {{0.5000146627426147f, 0.16667155921459198f}},  // least error on [0, ln2/32), 2^-28.7
+    Single::row_of_bits(~Single::sign_bit),         // magnitude
+    Single::row(87.33654022216797f),                // 126 ln2
 };
 }  // namespace single_ha
 
@@ -232,13 +232,13 @@ struct Exp {
 alignas(64) constexpr Exp exp = {
     exp2_32f,
     exp2_1024f,
-    Single::row(0x1.715476p+0f),                   // log2(e)
-    Single::row(12288.0f),                         // 1.5 2^13: leaves N in 1/1024
-    Single::row(0x1.62e43p-1f),                    // ln2
-    Single::row(-0x1.05c61p-29f),                  // ln2 less the former
+    Single::row(0x1.715476p+0f),   // log2(e)
+    Single::row(12288.0f),         // 1.5 2^13: leaves N in 1/1024
+    Single::row(0x1.62e43p-1f),    // ln2
+    Single::row(-0x1.05c61p-29f),  // ln2 less the former
     Single::row(0.5f),
-    Single::row_of_bits(~Single::sign_bit),        // magnitude
-    Single::row(87.33654022216797f),               // 126 ln2
+    Single::row_of_bits(~Single::sign_bit),  // magnitude
+    Single::row(87.33654022216797f),         // 126 ln2
 };
 }  // namespace single_la
 
@@ -272,10 +272,10 @@ alignas(64) constexpr Exp exp = {
     exp2_16384f,
     exp2_1024f,
     exp2_32f,
-    Single::row(0x1.715476p+0f),                   // log2(e)
-    Single::row(768.0f),                           // 1.5 2^9: leaves N in 1/16384
-    Single::row_of_bits(~Single::sign_bit),        // magnitude
-    Single::row(87.33654022216797f),               // 126 ln2
+    Single::row(0x1.715476p+0f),             // log2(e)
+    Single::row(768.0f),                     // 1.5 2^9: leaves N in 1/16384
+    Single::row_of_bits(~Single::sign_bit),  // magnitude
+    Single::row(87.33654022216797f),         // 126 ln2
 };
 }  // namespace single_ep
 

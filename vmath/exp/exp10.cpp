@@ -47,28 +47,28 @@ struct Exp10 {
 alignas(64) constexpr Exp10<Double, 6> exp10_double = {
     exp2_16,
     exp2_16_relative_low,
-    Double::row(3.321928094887362),                // log2(10)
-    Double::row(kSixteenthsShifter),              // leaves N in sixteenths
-    Double::row(0.3010299956639812),               // log10(2); N has few bits, so the fused difference is exact
-    Double::row(-2.8037281277851704e-18),          // log10(2) less the former
-    Double::row(0x1p-4),                           // above every r
+    Double::row(3.321928094887362),        // log2(10)
+    Double::row(kSixteenthsShifter),       // leaves N in sixteenths
+    Double::row(0.3010299956639812),       // log10(2); N has few bits, so the fused difference is exact
+    Double::row(-2.8037281277851704e-18),  // log10(2) less the former
+    Double::row(0x1p-4),                   // above every r
     {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
-      0.2115324552507909}},                        // least error on [0, log10(2)/16)
-    Double::row_of_bits(~Double::sign_bit),        // magnitude
-    Double::row(307.6526555685887),                // 1022 log10(2)
+      0.2115324552507909}},                  // least error on [0, log10(2)/16)
+    Double::row_of_bits(~Double::sign_bit),  // magnitude
+    Double::row(307.6526555685887),          // 1022 log10(2)
 };
 
 alignas(64) constexpr Exp10<Single, 3> exp10_single = {
     exp2_32f,
     exp2_32f_relative_low,
-    Single::row(0x1.a934fp+1f),                    // log2(10)
-    Single::row(393216.0f),                        // 1.5 2^18: leaves N in 1/32
-    Single::row(0x1.344136p-2f),                   // log10(2)
-    Single::row(-0x1.ec10cp-27f),                  // log10(2) less the former
-    Single::row(0x1p-4f),                          // above every r
+    Single::row(0x1.a934fp+1f),    // log2(10)
+    Single::row(393216.0f),        // 1.5 2^18: leaves N in 1/32
+    Single::row(0x1.344136p-2f),   // log10(2)
+    Single::row(-0x1.ec10cp-27f),  // log10(2) less the former
+    Single::row(0x1p-4f),          // above every r
     exp10_single_coefficients,
-    Single::row_of_bits(~Single::sign_bit),        // magnitude
-    Single::row(37.929779052734375f),              // 126 log10(2)
+    Single::row_of_bits(~Single::sign_bit),  // magnitude
+    Single::row(37.929779052734375f),        // 126 log10(2)
 };
 
 }  // namespace

@@ -41,19 +41,19 @@ struct Exp2 {
 alignas(64) constexpr Exp2<Double, 2, 6> exp2_double = {
     exp2_16,
     exp2_16_relative_low,
-    Double::row(422212465065984.0),                // 1.5 2^48: leaves x in sixteenths
+    Double::row(422212465065984.0),  // 1.5 2^48: leaves x in sixteenths
     {{0.6931471805599342, 0.24022650696194142, 0.055504108392381686, 0.009618141545517354, 0.0013330645418221986,
-      0.00015741120530459663}},                    // least error on [0, 1/16)
-    Double::row_of_bits(~Double::sign_bit),        // magnitude
-    Double::row(1021.99951171875),                 // 1022 - 2^-11
+      0.00015741120530459663}},              // least error on [0, 1/16)
+    Double::row_of_bits(~Double::sign_bit),  // magnitude
+    Double::row(1021.99951171875),           // 1022 - 2^-11
 };
 
 alignas(64) constexpr Exp2<Single, 1, 4> exp2_single = {
     exp2_16f,
     exp2_16f_relative_low,
-    Single::row(786432.0f),                        // 1.5 2^19: leaves x in sixteenths
+    Single::row(786432.0f),  // 1.5 2^19: leaves x in sixteenths
     {{0.6931471824645996f, 0.24022676050662994f, 0.05549252778291702f, 0.009829008020460606f}},
-    Single::row_of_bits(~Single::sign_bit),        // magnitude
+    Single::row_of_bits(~Single::sign_bit),  // magnitude
     Single::row(126.0f),
 };
 

@@ -20,18 +20,20 @@ constexpr double kRoundToInteger = 6755399441055744.0;  // 1.5 2^52: its ulp is 
 struct Reduced {
     int64_t k;
     unsigned j;
-    double r;
+    double r, r_low;
 };
 
-Reduced split(double rounded, double r) {
+Reduced split(double rounded, double r, double r_low = 0.0) {
     const auto n = static_cast<int64_t>(rounded);
-    return {n >> 6, static_cast<unsigned>(n & 63), r};
+    return {n >> 6, static_cast<unsigned>(n & 63), r, r_low};
 }
 
 Reduced reduce_e(double x) {
     const double n = (x * 92.33248261689366 + kRoundToInteger) - kRoundToInteger;  // 64/ln2
     // ln2/64 in two parts; the first ends in zeros, so its product with N is exact.
-    return split(n, (x - n * 0.010830424696223417) - n * 2.572804622327669e-14);
+    const double difference = x - n * 0.010830424696223417, tail = n * 2.572804622327669e-14;
+    const double r = difference - tail;
+    return split(n, r, (difference - r) - tail);
 }
 
 Reduced reduce_2(double x) {
@@ -46,14 +48,14 @@ Reduced reduce_10(double x) {
     return split(n, r * 2.302585092994046);
 }
 
-// e^r - 1 for |r| <= ln2/128, relative error 2^-70.
-double expm1_small(double r) {
+// e^r - 1 - r for |r| <= ln2/128; e^r - 1 has relative error 2^-70.
+double expm1_rest(double r) {
     double p = 0.0013888870459233254;
     p = 0.008333341995140497 + r * p;
     p = 0.04166666666677052 + r * p;
     p = 0.1666666666665788 + r * p;
     p = 0.5 + r * p;
-    return r + r * r * p;
+    return r * r * p;
 }
 
 // 2^k (high + rest) where the result may lie below the normal range, in one rounding. The sum is built 60 binades up;
@@ -68,7 +70,8 @@ double scale_below_normal(double high, double rest, int64_t k) {
     return head * 0x1p-60 + tail * 0x1p-60;
 }
 
-// One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x + ...
+// One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x +
+// ...
 struct Base {
     double largest, smallest, normal, slope;
 };
@@ -98,7 +101,7 @@ int32_t exponential(double x, double* y, const Base& base, Reduce reduce) {
     }
     const Reduced a = reduce(x);
     const double high = exp2_64[a.j];
-    const double rest = exp2_64_absolute_low[a.j] + high * expm1_small(a.r);
+    const double rest = exp2_64_absolute_low[a.j] + high * (a.r + expm1_rest(a.r));
     // Below the normal range: denormal or 0.
     if (x < base.normal) {
         *y = scale_below_normal(high, rest, a.k);
@@ -115,7 +118,7 @@ int32_t in_double(int32_t (*function)(const double*, double*), float x, float* y
     double result;
     const int32_t status = function(&wide, &result);
     *y = static_cast<float>(result);
-    if (status != kSuccess || !(std::fabs(x) <= FLT_MAX)) return status;
+    if (status != kSuccess || biased_exponent(x) == 255) return status;
     if (std::fabs(*y) > FLT_MAX) return kOverflow;
     return result != 0.0 && std::fabs(result) < static_cast<double>(FLT_MIN) ? kUnderflow : kSuccess;
 }
@@ -131,7 +134,8 @@ int32_t vdexp2_cout_rare(const double* x, double* y) {
 }
 
 int32_t vdexp10_cout_rare(const double* x, double* y) {
-    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873, 2.302585092994046}, reduce_10);
+    return exponential(*x, y, {308.2547155599167, -323.60724533877976, -307.65265556858873, 2.302585092994046},
+                       reduce_10);
 }
 
 int32_t vdexpm1_cout_rare(const double* x, double* y) {
@@ -157,14 +161,16 @@ int32_t vdexpm1_cout_rare(const double* x, double* y) {
         *y = -1.0 + hide(DBL_MIN);
         return kSuccess;
     }
+    // Half of the result, so that 2^1024 does no harm: (S - 1/2) + S r + ..., S = 2^(k-1+j/64). The first two terms may
+    // cancel by half; their errors are kept.
     const Reduced b = reduce_e(a);
-    // Half of the result, so that 2^1024 does no harm. S = 2^(k-1+j/64), and S - 1/2 is exact up to 2^52; above, the
-    // half counts less than the rounding of the result.
     const double half = power_of_two(b.k - 1);
-    const double s = exp2_64[b.j] * half;
-    const double rest = (exp2_64_absolute_low[b.j] + exp2_64[b.j] * expm1_small(b.r)) * half;
-    const DoubleWord high = s > 0.5 ? fast_two_sum(s, -0.5) : fast_two_sum(-0.5, s);
-    *y = (high.high + (high.low + rest)) * 2.0;
+    const double s = exp2_64[b.j] * half, s_low = exp2_64_absolute_low[b.j] * half;
+    const DoubleWord difference = s > 0.5 ? fast_two_sum(s, -0.5) : fast_two_sum(-0.5, s);
+    const double product = s * b.r;
+    const DoubleWord sum = fast_two_sum(difference.high, product);
+    const double errors = sum.low + difference.low + std::fma(s, b.r, -product) + (s_low + s_low * b.r);
+    *y = (sum.high + (errors + s * (b.r_low + expm1_rest(b.r)))) * 2.0;
     return kSuccess;
 }
 

@@ -27,9 +27,9 @@ struct Function {
 template <class E>
 struct Split {
     using Vector = typename E::Vector;
-    Vector smallest = E::row(by_precision<E>(-0x1.62e43p+5f, -0x1.62e42fefa39efp+6));   // -64 ln2, -128 ln2
+    Vector smallest = E::row(by_precision<E>(-0x1.62e43p+5f, -0x1.62e42fefa39efp+6));  // -64 ln2, -128 ln2
     Vector log2_e = E::row(by_precision<E>(0x1.715476p+0f, 0x1.71547652b82fep+0));
-    Vector shifter = E::row(by_precision<E>(786432.0f, kSixteenthsShifter));            // leaves N in sixteenths
+    Vector shifter = E::row(by_precision<E>(786432.0f, kSixteenthsShifter));  // leaves N in sixteenths
     Vector ln2 = E::row(by_precision<E>(0x1.62e43p-1f, 0x1.62e42fefa39efp-1));
 
     // x raised to the smallest argument, NaN kept; N; and j in the low bits of z
@@ -49,7 +49,7 @@ struct Finish {
     using Vector = typename E::Vector;
     Vector too_large = E::row(by_precision<E>(128.0f, 1024.0));
     Vector sign = E::row_of_bits(E::sign_bit);
-    Vector limit = E::row(by_precision<E>(86.64339447021484f, 707.7032713517042));      // 125 ln2, 1021 ln2
+    Vector limit = E::row(by_precision<E>(86.64339447021484f, 707.7032713517042));  // 125 ln2, 1021 ln2
 
     // An infinite S is the result: beside it the other terms are NaN. -0 keeps its sign. NaN is rare too.
     NAX_VEC auto operator()(Vector x, Vector n, Vector s, Vector& y) const {

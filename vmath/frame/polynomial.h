@@ -15,8 +15,8 @@ struct Coefficients {
 
     constexpr Coefficients(const Element (&values)[N]) : Coefficients(values, std::make_integer_sequence<int, N>{}) {}
 
-    // c0 + c1 x + c2 x^2 + ...: pairs c + c' x first, then a chain in x^2. As many operations as Horner's rule, half the
-    // depth.
+    // c0 + c1 x + c2 x^2 + ...: pairs c + c' x first, then a chain in x^2. As many operations as Horner's rule, half
+    // the depth.
     NAX_VEC Vector operator()(Vector x, Vector x2) const {
         constexpr int last = (N - 1) / 2 * 2;
         Vector sum = pair<last>(x);

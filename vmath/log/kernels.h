@@ -2,9 +2,9 @@
 //
 //     log(x) = e log(2) + log(1/c) + log(1 + r)
 //
-// HA adds e log(2) and the table's entry in high parts that make the sum exact, then the leading term of log(1 + r) with
-// its rounding error; the low parts, that error and the rest of the series make up the low sum. LA and EP know single
-// constants only and differ in the length of the series.
+// HA adds e log(2) and the table's entry in high parts that make the sum exact, then the leading term of log(1 + r)
+// with its rounding error; the low parts, that error and the rest of the series make up the low sum. LA and EP know
+// single constants only and differ in the length of the series.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"

@@ -1,6 +1,7 @@
 // Ln:  ln(x) = e ln2 + ln(1/c) + r + r^2 P(r).
 //
-// Levels and steps: kernels.h. A float HA table has 32 entries, c six fraction bits: the short series needs |r| <= 1/64.
+// Levels and steps: kernels.h. A float HA table has 32 entries, c six fraction bits: the short series needs |r| <=
+// 1/64.
 #include "vmath/log/kernels.h"
 #include "vmath/log/ln_constants.h"
 

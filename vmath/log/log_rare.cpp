@@ -2,8 +2,8 @@
 //
 //     ln(2^e z) = e ln2 - ln(c) + ln(1 + r),   r = z c - 1,   z in [1, 2),   c a 14-bit reciprocal from 65 rows
 //
-// summed as a pair of doubles; another base multiplies the mantissa's part by 1/ln(base), so powers of two keep an exact
-// log2. Within 0.52 ulp. The float functions go through the double ones.
+// summed as a pair of doubles; another base multiplies the mantissa's part by 1/ln(base), so powers of two keep an
+// exact log2. Within 0.52 ulp. The float functions go through the double ones.
 #include "vmath/log/log_rare.h"
 
 #include <cmath>
@@ -38,7 +38,8 @@ double ln_rest(double v) {
 // e log(2) + (high + low)/ln(base).
 double in_base(const Base& base, double e, DoubleWord ln) {
     const double high = ln.high * base.factor_high;
-    const double low = std::fma(ln.high, base.factor_high, -high) + (ln.high * base.factor_low + ln.low * base.factor_high);
+    const double low =
+        std::fma(ln.high, base.factor_high, -high) + (ln.high * base.factor_low + ln.low * base.factor_high);
     const DoubleWord sum = fast_two_sum(e * base.two_high, high);
     return sum.high + (sum.low + (e * base.two_low + low));
 }
