@@ -62,7 +62,8 @@ inline void measure(std::vector<Contender>& contenders, int64_t elements, const 
     std::vector<int64_t> calls(contenders.size(), 1);
     for (std::size_t k = 0; k < contenders.size(); ++k) {
         contenders[k].run();
-        while (time(contenders[k].run, calls[k]) < options.seconds_per_round && calls[k] < (int64_t{1} << 30)) calls[k] *= 2;
+        while (time(contenders[k].run, calls[k]) < options.seconds_per_round && calls[k] < (int64_t{1} << 30))
+            calls[k] *= 2;
     }
     for (int round = 0; round < options.rounds; ++round)
         for (std::size_t k = 0; k < contenders.size(); ++k)
@@ -114,22 +115,24 @@ public:
     // A section of docs/performance.md: the best rival beside ours, cases that we lose in bold.
     bool write_markdown(const std::string& path) const {
         std::ofstream out(path);
-        out << "## " << title_ << "\n\n" << processor_name() << ", compiler " << __VERSION__
+        out << "## " << title_ << "\n\n"
+            << processor_name() << ", compiler " << __VERSION__
             << ". Nanoseconds per element, minimum of the rounds.\n\n"
             << "| work | layout | n | ours | best rival | its time | rival / ours |\n|---|---|---|---|---|---|---|\n";
         for (const Row& row : rows_) {
             const Contender& ours = row.contenders.front();
-            const auto best = std::min_element(
-                row.contenders.begin() + 1, row.contenders.end(),
-                [](const Contender& a, const Contender& b) { return a.minimum_ns < b.minimum_ns; });
+            const auto best =
+                std::min_element(row.contenders.begin() + 1, row.contenders.end(),
+                                 [](const Contender& a, const Contender& b) { return a.minimum_ns < b.minimum_ns; });
             char line[256];
             if (best == row.contenders.end()) {
-                std::snprintf(line, sizeof line, "| %s | %s | %lld | %.4f | | | |\n", row.work.c_str(), row.layout.c_str(),
-                              static_cast<long long>(row.elements), ours.minimum_ns);
+                std::snprintf(line, sizeof line, "| %s | %s | %lld | %.4f | | | |\n", row.work.c_str(),
+                              row.layout.c_str(), static_cast<long long>(row.elements), ours.minimum_ns);
             } else {
                 const double ratio = best->minimum_ns / ours.minimum_ns;
-                std::snprintf(line, sizeof line, ratio < 1 ? "| %s | %s | %lld | %.4f | %s | %.4f | **%.2f** |\n"
-                                                           : "| %s | %s | %lld | %.4f | %s | %.4f | %.2f |\n",
+                std::snprintf(line, sizeof line,
+                              ratio < 1 ? "| %s | %s | %lld | %.4f | %s | %.4f | **%.2f** |\n"
+                                        : "| %s | %s | %lld | %.4f | %s | %.4f | %.2f |\n",
                               row.work.c_str(), row.layout.c_str(), static_cast<long long>(row.elements),
                               ours.minimum_ns, best->name.c_str(), best->minimum_ns, ratio);
             }

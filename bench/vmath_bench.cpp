@@ -1,4 +1,5 @@
-// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec and SLEEF.
+// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec and
+// SLEEF.
 //     vmath_bench [--json FILE] [--markdown FILE] [--only NAME]      NAME as in dAdd
 // Needs AVX-512; exits with 3 where it is missing.
 #include <cmath>
@@ -26,12 +27,18 @@ struct Domain {
 };
 constexpr Domain kDefaultDomain = {"", "", -4, 4, 0.5, 10, false};
 constexpr Domain kDomains[] = {
-    {"Ln", "", 1e-3, 1e3, 0, 0, false},          {"Log2", "", 1e-3, 1e3, 0, 0, false},
-    {"Log10", "", 1e-3, 1e3, 0, 0, false},       {"Log1p", "", -0.9, 10, 0, 0, false},
-    {"Exp", "", -20, 20, 0, 0, false},           {"Exp2", "", -20, 20, 0, 0, false},
-    {"Exp10", "", -8, 8, 0, 0, false},           {"Expm1", "", -5, 5, 0, 0, false},
-    {"Fmod", "", -100, 100, 0.5, 10, false},     {"Fmod", " wide", 1, 1e16, 1, 2, true},
-    {"Remainder", "", -100, 100, 0.5, 10, false}, {"Remainder", " wide", 1, 1e16, 1, 2, true},
+    {"Ln", "", 1e-3, 1e3, 0, 0, false},
+    {"Log2", "", 1e-3, 1e3, 0, 0, false},
+    {"Log10", "", 1e-3, 1e3, 0, 0, false},
+    {"Log1p", "", -0.9, 10, 0, 0, false},
+    {"Exp", "", -20, 20, 0, 0, false},
+    {"Exp2", "", -20, 20, 0, 0, false},
+    {"Exp10", "", -8, 8, 0, 0, false},
+    {"Expm1", "", -5, 5, 0, 0, false},
+    {"Fmod", "", -100, 100, 0.5, 10, false},
+    {"Fmod", " wide", 1, 1e16, 1, 2, true},
+    {"Remainder", "", -100, 100, 0.5, 10, false},
+    {"Remainder", " wide", 1, 1e16, 1, 2, true},
 };
 
 // What the rivals call a function; empty where they have none.
@@ -39,7 +46,7 @@ struct RivalNames {
     const char *function, *libmvec, *sleef, *sleef_accuracy;
 };
 constexpr RivalNames kRivals[] = {
-    {"Exp", "exp", "exp", "_u10"},      {"Exp2", "exp2", "exp2", "_u10"},    {"Exp10", "exp10", "exp10", "_u10"},
+    {"Exp", "exp", "exp", "_u10"},       {"Exp2", "exp2", "exp2", "_u10"},    {"Exp10", "exp10", "exp10", "_u10"},
     {"Expm1", "expm1", "expm1", "_u10"}, {"Ln", "log", "log", "_u10"},        {"Log2", "log2", "log2", "_u10"},
     {"Log10", "log10", "log10", "_u10"}, {"Log1p", "log1p", "log1p", "_u10"}, {"Fmod", "", "fmod", "_"},
     {"Remainder", "", "remainder", "_"}, {"Sin", "sin", "sin", "_u10"},       {"Cos", "cos", "cos", "_u10"},
@@ -58,20 +65,42 @@ struct PlainLoop {
     const char* function;
     Loop<T> loop;
 };
-#define NAX_PLAIN(function, expression) \
-    {#function, plain_loop<T, decltype([](T a, [[maybe_unused]] T b) { return expression; })>}
+#define NAX_PLAIN(function, expression)                                                            \
+    {                                                                                              \
+#function, plain_loop < T, decltype([](T a, [[maybe_unused]] T b) { return expression; })> \
+    }
 template <class T>
-const PlainLoop<T> kPlainLoops[] = {
-    NAX_PLAIN(Add, a + b), NAX_PLAIN(Sub, a - b), NAX_PLAIN(Mul, a* b), NAX_PLAIN(Div, a / b), NAX_PLAIN(Sqr, a* a),
-    NAX_PLAIN(Inv, 1 / a), NAX_PLAIN(Abs, std::fabs(a)), NAX_PLAIN(Sqrt, std::sqrt(a)), NAX_PLAIN(Ceil, std::ceil(a)),
-    NAX_PLAIN(Floor, std::floor(a)), NAX_PLAIN(Trunc, std::trunc(a)), NAX_PLAIN(Rint, std::rint(a)),
-    NAX_PLAIN(NearbyInt, std::nearbyint(a)), NAX_PLAIN(Round, std::round(a)), NAX_PLAIN(Frac, a - std::trunc(a)),
-    NAX_PLAIN(CopySign, std::copysign(a, b)), NAX_PLAIN(Fmax, std::fmax(a, b)), NAX_PLAIN(Fmin, std::fmin(a, b)),
-    NAX_PLAIN(Fdim, std::fdim(a, b)), NAX_PLAIN(NextAfter, std::nextafter(a, b)), NAX_PLAIN(Fmod, std::fmod(a, b)),
-    NAX_PLAIN(Remainder, std::remainder(a, b)), NAX_PLAIN(Exp, std::exp(a)), NAX_PLAIN(Exp2, std::exp2(a)),
-    NAX_PLAIN(Expm1, std::expm1(a)), NAX_PLAIN(Ln, std::log(a)), NAX_PLAIN(Log2, std::log2(a)),
-    NAX_PLAIN(Log10, std::log10(a)), NAX_PLAIN(Log1p, std::log1p(a)), NAX_PLAIN(Logb, std::logb(a)),
-    NAX_PLAIN(LinearFrac, (a * T(1.25) + T(0.5)) / (b * T(0.75) + T(3)))};
+const PlainLoop<T> kPlainLoops[] = {NAX_PLAIN(Add, a + b),
+                                    NAX_PLAIN(Sub, a - b),
+                                    NAX_PLAIN(Mul, a* b),
+                                    NAX_PLAIN(Div, a / b),
+                                    NAX_PLAIN(Sqr, a* a),
+                                    NAX_PLAIN(Inv, 1 / a),
+                                    NAX_PLAIN(Abs, std::fabs(a)),
+                                    NAX_PLAIN(Sqrt, std::sqrt(a)),
+                                    NAX_PLAIN(Ceil, std::ceil(a)),
+                                    NAX_PLAIN(Floor, std::floor(a)),
+                                    NAX_PLAIN(Trunc, std::trunc(a)),
+                                    NAX_PLAIN(Rint, std::rint(a)),
+                                    NAX_PLAIN(NearbyInt, std::nearbyint(a)),
+                                    NAX_PLAIN(Round, std::round(a)),
+                                    NAX_PLAIN(Frac, a - std::trunc(a)),
+                                    NAX_PLAIN(CopySign, std::copysign(a, b)),
+                                    NAX_PLAIN(Fmax, std::fmax(a, b)),
+                                    NAX_PLAIN(Fmin, std::fmin(a, b)),
+                                    NAX_PLAIN(Fdim, std::fdim(a, b)),
+                                    NAX_PLAIN(NextAfter, std::nextafter(a, b)),
+                                    NAX_PLAIN(Fmod, std::fmod(a, b)),
+                                    NAX_PLAIN(Remainder, std::remainder(a, b)),
+                                    NAX_PLAIN(Exp, std::exp(a)),
+                                    NAX_PLAIN(Exp2, std::exp2(a)),
+                                    NAX_PLAIN(Expm1, std::expm1(a)),
+                                    NAX_PLAIN(Ln, std::log(a)),
+                                    NAX_PLAIN(Log2, std::log2(a)),
+                                    NAX_PLAIN(Log10, std::log10(a)),
+                                    NAX_PLAIN(Log1p, std::log1p(a)),
+                                    NAX_PLAIN(Logb, std::logb(a)),
+                                    NAX_PLAIN(LinearFrac, (a * T(1.25) + T(0.5)) / (b * T(0.75) + T(3)))};
 
 // One function, type and stub with its arguments.
 template <class T>
@@ -116,16 +145,19 @@ std::function<void()> own_call(Case<T>& c, int64_t elements, bool strided) {
         return [=] { function(arguments...); };
     };
     switch (c.row.signature) {
-        case Signature::UNARY: return strided ? std::function<void()>(bind(n, a, s, r, s)) : bind(n, a, r);
+        case Signature::UNARY:
+            return strided ? std::function<void()>(bind(n, a, s, r, s)) : bind(n, a, r);
         case Signature::BINARY:
             return strided ? std::function<void()>(bind(n, a, s, b, s, r, s)) : bind(n, a, b, r);
         case Signature::TWO_RESULTS:
             return strided ? std::function<void()>(bind(n, a, s, r, s, r2, s)) : bind(n, a, r, r2);
         case Signature::LINEAR_FRAC: {
             const T p = T(1.25), q = T(0.5), u = T(0.75), v = T(3);
-            return strided ? std::function<void()>(bind(n, a, s, b, s, p, q, u, v, r, s)) : bind(n, a, b, p, q, u, v, r);
+            return strided ? std::function<void()>(bind(n, a, s, b, s, p, q, u, v, r, s))
+                           : bind(n, a, b, p, q, u, v, r);
         }
-        default: return nullptr;
+        default:
+            return nullptr;
     }
 }
 
@@ -147,9 +179,8 @@ std::vector<Contender> contenders_of(Case<T>& c, int64_t n, bool strided) {
     const int64_t s = strided ? kStride : 1;
     for (const PlainLoop<T>& plain : kPlainLoops<T>)
         if (std::strcmp(plain.function, c.row.function) == 0)
-            contenders.push_back({"loop", [&c, n, s, loop = plain.loop] {
-                                      loop(n, c.a.data(), s, c.b.data(), s, c.r2.data(), s);
-                                  }});
+            contenders.push_back(
+                {"loop", [&c, n, s, loop = plain.loop] { loop(n, c.a.data(), s, c.b.data(), s, c.r2.data(), s); }});
     if (strided) return contenders;
     constexpr bool single = sizeof(T) == 4;
     for (const RivalNames& rival : kRivals) {

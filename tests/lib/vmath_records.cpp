@@ -13,15 +13,15 @@
 #define NAX_KERNEL(name, tag) NAX_CAT(nax_arq_kernel_##name##_, NAX_TAG_##tag)
 
 extern "C" {
-#define DECLARE(type, name, la, ha, ep)               \
-    void _arq##name();                                \
-    void _arq##name##_HA();                           \
-    void NAX_LA_STUB(type, name)();                   \
-    void NAX_EP_STUB(type, name)();                   \
+#define DECLARE(type, name, la, ha, ep)                         \
+    void _arq##name();                                          \
+    void _arq##name##_HA();                                     \
+    void NAX_LA_STUB(type, name)();                             \
+    void NAX_EP_STUB(type, name)();                             \
     extern nax::testing::Entry nax_arq_kernel_##name##_ttab[3]; \
-    extern float nax_arq_kernel_##name##_ctab[4];     \
-    void NAX_KERNEL(name, la)();                      \
-    void NAX_KERNEL(name, ha)();                      \
+    extern float nax_arq_kernel_##name##_ctab[4];               \
+    void NAX_KERNEL(name, la)();                                \
+    void NAX_KERNEL(name, ha)();                                \
     void NAX_KERNEL(name, ep)();
 #define RECORD(type, function, signature, la, ha, ep, cost_la, cost_ha, cost_ep) \
     DECLARE(type, type##function, la, ha, ep)                                    \
@@ -37,12 +37,12 @@ namespace {
 std::vector<Record> make_records() {
     std::vector<Record> records;
     const RecordRow* row = kRecordRows;
-#define ADD(type, name, strided, la, ha, ep)                                                       \
-    records.push_back({row,                                                                        \
-                       strided,                                                                    \
+#define ADD(type, name, strided, la, ha, ep)                                                            \
+    records.push_back({row,                                                                             \
+                       strided,                                                                         \
                        {_arq##name, _arq##name##_HA, NAX_LA_STUB(type, name), NAX_EP_STUB(type, name)}, \
-                       nax_arq_kernel_##name##_ttab,                                               \
-                       nax_arq_kernel_##name##_ctab,                                               \
+                       nax_arq_kernel_##name##_ttab,                                                    \
+                       nax_arq_kernel_##name##_ctab,                                                    \
                        {NAX_KERNEL(name, la), NAX_KERNEL(name, ha), NAX_KERNEL(name, ep)}});
 #define RECORD(type, function, signature, la, ha, ep, cost_la, cost_ha, cost_ep) \
     ADD(type, type##function, false, la, ha, ep)                                 \
@@ -105,11 +105,16 @@ Shape shape_of(const Record& record) {
     const int reals = record.complex() ? 2 : 1;
     switch (record.row->signature) {
         case Signature::BINARY:
-        case Signature::LINEAR_FRAC: return {2, 1, reals, reals};
-        case Signature::TWO_RESULTS: return {1, 2, reals, reals};
-        case Signature::TO_REAL: return {1, 1, 2, 1};
-        case Signature::TO_COMPLEX: return {1, 1, 1, 2};
-        default: return {1, 1, reals, reals};
+        case Signature::LINEAR_FRAC:
+            return {2, 1, reals, reals};
+        case Signature::TWO_RESULTS:
+            return {1, 2, reals, reals};
+        case Signature::TO_REAL:
+            return {1, 1, 2, 1};
+        case Signature::TO_COMPLEX:
+            return {1, 1, 1, 2};
+        default:
+            return {1, 1, reals, reals};
     }
 }
 
@@ -130,10 +135,14 @@ void call(const Record& record, Entry entry, const Arguments& x) {
         case Signature::POWX: {
             const float re = static_cast<float>(x.scalar_b[0]), im = static_cast<float>(x.scalar_b[1]);
             switch (record.type()) {
-                case 's': return call_powx(record, entry, x, re);
-                case 'd': return call_powx(record, entry, x, x.scalar_b[0]);
-                case 'c': return call_powx(record, entry, x, Pair<float>{re, im});
-                default: return call_powx(record, entry, x, Pair<double>{x.scalar_b[0], x.scalar_b[1]});
+                case 's':
+                    return call_powx(record, entry, x, re);
+                case 'd':
+                    return call_powx(record, entry, x, x.scalar_b[0]);
+                case 'c':
+                    return call_powx(record, entry, x, Pair<float>{re, im});
+                default:
+                    return call_powx(record, entry, x, Pair<double>{x.scalar_b[0], x.scalar_b[1]});
             }
         }
         case Signature::LINEAR_FRAC:

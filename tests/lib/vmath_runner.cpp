@@ -35,10 +35,14 @@ T pool_value(std::mt19937_64& random) {
                               3 * Limits::denorm_min()};
     const T uniform = std::uniform_real_distribution<T>(-1, 1)(random);
     switch (random() % 8) {
-        case 0: return edges[random() % std::size(edges)];
-        case 1: return uniform * 1000;
-        case 2: return std::ldexp(uniform, static_cast<int>(random() % 200) - 100);
-        default: return uniform * 4;
+        case 0:
+            return edges[random() % std::size(edges)];
+        case 1:
+            return uniform * 1000;
+        case 2:
+            return std::ldexp(uniform, static_cast<int>(random() % 200) - 100);
+        default:
+            return uniform * 4;
     }
 }
 
@@ -96,9 +100,8 @@ Results run(const Record& record, Entry entry, const ArgumentPool& pool, int64_t
     const Shape shape = shape_of(record);
     const std::size_t size = result_size(record);
     const auto stride = [&](int32_t s) { return record.strided ? s : 1; };
-    CallerVector in[2] = {
-        {n, pool.element_size(), stride(layout.in_stride[0]), layout.guard, layout.offset},
-        {n, pool.element_size(), stride(layout.in_stride[1]), layout.guard, layout.offset}};
+    CallerVector in[2] = {{n, pool.element_size(), stride(layout.in_stride[0]), layout.guard, layout.offset},
+                          {n, pool.element_size(), stride(layout.in_stride[1]), layout.guard, layout.offset}};
     CallerVector out[2] = {{n, size, stride(layout.out_stride[0]), layout.guard, layout.offset},
                            {n, size, stride(layout.out_stride[1]), layout.guard, layout.offset}};
     Arguments arguments;
@@ -114,7 +117,8 @@ Results run(const Record& record, Entry entry, const ArgumentPool& pool, int64_t
 
     Results results;
     for (int k = 0; k < shape.outputs; ++k) {
-        for (int64_t i = 0; i < n; ++i) results.out[k].insert(results.out[k].end(), out[k].get(i), out[k].get(i) + size);
+        for (int64_t i = 0; i < n; ++i)
+            results.out[k].insert(results.out[k].end(), out[k].get(i), out[k].get(i) + size);
         results.outside_untouched &= out[k].gaps_unchanged();
     }
     for (int k = 0; k < shape.inputs; ++k)

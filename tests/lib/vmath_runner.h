@@ -39,8 +39,8 @@ private:
     GuardedBuffer<unsigned char> bytes_;
 };
 
-// Argument tuples of a function: ordinary numbers of all sizes mixed with zeros, denormals, Inf, NaN and the ends of the
-// range. Every record of a shape gets the same pool.
+// Argument tuples of a function: ordinary numbers of all sizes mixed with zeros, denormals, Inf, NaN and the ends of
+// the range. Every record of a shape gets the same pool.
 class ArgumentPool {
 public:
     ArgumentPool(const Record& record, int size, uint64_t seed);

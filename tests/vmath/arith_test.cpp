@@ -85,8 +85,12 @@ const std::vector<Reference<T>>& references() {
         {"CopySign", [](T a, T b) { return std::copysign(a, b); }},
         {"NextAfter", [](T a, T b) { return std::nextafter(a, b); }},
         {"Fdim", [](T a, T b) { return std::fdim(a, b); }},
-        {"Fmax", [](T a, T b) { return b != b ? a : a != a ? b : std::fmax(a, b); }},
-        {"Fmin", [](T a, T b) { return b != b ? a : a != a ? b : std::fmin(a, b); }},
+        {"Fmax", [](T a, T b) { return b != b   ? a
+                                       : a != a ? b
+                                                : std::fmax(a, b); }},
+        {"Fmin", [](T a, T b) { return b != b   ? a
+                                       : a != a ? b
+                                                : std::fmin(a, b); }},
         {"MaxMag", [](T a, T b) { return std::fabs(a) > std::fabs(b) || b != b ? a : b; }},
         {"MinMag", [](T a, T b) { return std::fabs(a) < std::fabs(b) || b != b ? a : b; }},
         {"Fmod", [](T a, T b) { return std::fmod(a, b); }},
@@ -132,11 +136,13 @@ void check_quotients(std::size_t count, uint64_t seed) {
         any.a.push_back(from_random_bits<T>(random));
         any.b.push_back(i % 2 ? from_random_bits<T>(random) : std::numeric_limits<T>::denorm_min() * T(i));
     }
-    check<T>("Fmod", [](T a, T b) { return std::fmod(a, b); }, any.a, any.b);
+    check<T>(
+        "Fmod", [](T a, T b) { return std::fmod(a, b); }, any.a, any.b);
     check<T>("Remainder", remainder_of<T>, any.a, any.b);
     for (const int spread : {4, 22, 54, 90}) {
         const QuotientPairs<T> pairs(count, spread, seed + static_cast<uint64_t>(spread));
-        check<T>("Fmod", [](T a, T b) { return std::fmod(a, b); }, pairs.a, pairs.b);
+        check<T>(
+            "Fmod", [](T a, T b) { return std::fmod(a, b); }, pairs.a, pairs.b);
         check<T>("Remainder", remainder_of<T>, pairs.a, pairs.b);
     }
 }
@@ -186,7 +192,7 @@ TEST_F(Arith, NanAndInfinityAreSettledWithReportsOff) {
     const struct {
         const char* name;
         double r[4];
-    } cases[] = {{"dFmax", {-5, -5, inf, inf}}, {"dFmin", {-5, -5, -5, -5}},  {"dMaxMag", {-5, -5, inf, inf}},
+    } cases[] = {{"dFmax", {-5, -5, inf, inf}}, {"dFmin", {-5, -5, -5, -5}},    {"dMaxMag", {-5, -5, inf, inf}},
                  {"dMinMag", {-5, -5, -5, -5}}, {"dFmod", {nan, nan, -5, nan}}, {"dRemainder", {nan, nan, -5, nan}},
                  {"dFdim", {nan, nan, 0, inf}}};
     _arqSetMode(ARQ_ERRMODE_NOERR);
@@ -203,7 +209,8 @@ TEST_F(Arith, NanAndInfinityAreSettledWithReportsOff) {
 TEST_F(Arith, VectorCodeRaisesNoFlag) {
     std::vector<double> a, b, r(64);
     for (int i = 0; i < 64; ++i) a.push_back(i % 7 == 0 ? 5e-324 * i : 1.0 / (i + 3)), b.push_back(3.7 * i + 1);
-    for (const char* name : {"dAdd", "dMul", "dSqr", "dRint", "dCeil", "dRound", "dFmod", "dRemainder", "dFrac", "dFdim"}) {
+    for (const char* name :
+         {"dAdd", "dMul", "dSqr", "dRint", "dCeil", "dRound", "dFmod", "dRemainder", "dFrac", "dFdim"}) {
         const Record* const record = find_record(name);
         Arguments arguments{64, {a.data(), b.data()}, {r.data(), r.data()}, {1, 1}, {1, 1}, {}, {}};
         uint32_t word = 0x1F80;

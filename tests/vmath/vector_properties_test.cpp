@@ -253,7 +253,8 @@ TEST_F(VectorProperties, ReportsComeInOrderAndTheCallbacksResultStays) {
                     ASSERT_LT(next, reports.size());
                     EXPECT_EQ(reports[next].index, i);
                     EXPECT_EQ(reports[next].status, status);
-                    EXPECT_EQ(reports[next].name, std::string("v") + kernel.record->type() + kernel.record->row->function);
+                    EXPECT_EQ(reports[next].name,
+                              std::string("v") + kernel.record->type() + kernel.record->row->function);
                     ++next;
                 }
                 EXPECT_EQ(next, reports.size());

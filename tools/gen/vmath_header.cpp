@@ -31,7 +31,8 @@ string doc_key(const RecordRow& row) {
     return string(row.function) + (complex ? " (complex)" : "");
 }
 
-constexpr const char* kFunctionsHead = R"(/* Vector mathematics: element-wise functions of arrays. Generated from the list of records; don't edit.
+constexpr const char* kFunctionsHead =
+    R"(/* Vector mathematics: element-wise functions of arrays. Generated from the list of records; don't edit.
  *
  * Names: _arq, a type letter, the function, I for the strided form, and a suffix for the accuracy.
  *   type       s float, d double, c and z pairs of them, real part first
@@ -64,7 +65,8 @@ typedef struct nax_complex_s { float real, imag; } nax_complex_s;
 typedef struct nax_complex_z { double real, imag; } nax_complex_z;
 )";
 
-constexpr const char* kKernelsHead = R"(/* Kernels and dispatch tables behind nax/vmath.h, for layers that dispatch on their own. Generated; don't edit.
+constexpr const char* kKernelsHead =
+    R"(/* Kernels and dispatch tables behind nax/vmath.h, for layers that dispatch on their own. Generated; don't edit.
  *
  * Each record is two objects side by side:
  *   nax_arq_kernel_<name>_ttab   three kernels: slot 0 lower accuracy, 1 high accuracy, 2 enhanced performance
@@ -95,10 +97,14 @@ constexpr const char* kTail = R"(
 
 const char* element_type(char letter) {
     switch (letter) {
-        case 's': return "float";
-        case 'd': return "double";
-        case 'c': return "nax_complex_s";
-        default: return "nax_complex_z";
+        case 's':
+            return "float";
+        case 'd':
+            return "double";
+        case 'c':
+            return "nax_complex_s";
+        default:
+            return "nax_complex_z";
     }
 }
 // The type with the same precision and the other number of parts.
@@ -114,12 +120,24 @@ string pack_arguments(const RecordRow& row, bool kernel) {
     const string type = element_type(row.type), a = ", const " + type + "* a", y = ", " + type + "* y";
     string arguments = integer + " n" + a;
     switch (row.signature) {
-        case Signature::PACK_I: arguments += ", " + integer + " inca" + y; break;
-        case Signature::PACK_V: arguments += ", " + indices + "ia" + y; break;
-        case Signature::PACK_M: arguments += ", " + indices + "ma" + y; break;
-        case Signature::UNPACK_I: arguments += y + ", " + integer + " incy"; break;
-        case Signature::UNPACK_V: arguments += y + ", " + indices + "iy"; break;
-        default: arguments += y + ", " + indices + "my"; break;
+        case Signature::PACK_I:
+            arguments += ", " + integer + " inca" + y;
+            break;
+        case Signature::PACK_V:
+            arguments += ", " + indices + "ia" + y;
+            break;
+        case Signature::PACK_M:
+            arguments += ", " + indices + "ma" + y;
+            break;
+        case Signature::UNPACK_I:
+            arguments += y + ", " + integer + " incy";
+            break;
+        case Signature::UNPACK_V:
+            arguments += y + ", " + indices + "iy";
+            break;
+        default:
+            arguments += y + ", " + indices + "my";
+            break;
     }
     return kernel ? arguments + ", int32_t flag" : arguments;
 }
@@ -131,16 +149,19 @@ string arguments(const RecordRow& row, bool strided, bool kernel) {
     switch (row.signature) {
         case Signature::BINARY:
             return a + vector_argument(type, "b", true, strided) + vector_argument(type, "r", false, strided);
-        case Signature::POWX: return a + ", " + type + " b" + vector_argument(type, "r", false, strided);
+        case Signature::POWX:
+            return a + ", " + type + " b" + vector_argument(type, "r", false, strided);
         case Signature::TWO_RESULTS:
             return a + vector_argument(type, "r1", false, strided) + vector_argument(type, "r2", false, strided);
-        case Signature::TO_REAL: return a + vector_argument(real, "r", false, strided);
+        case Signature::TO_REAL:
+            return a + vector_argument(real, "r", false, strided);
         case Signature::TO_COMPLEX:
             return "int32_t n" + vector_argument(real, "a", true, strided) + vector_argument(type, "r", false, strided);
         case Signature::LINEAR_FRAC:
-            return a + vector_argument(type, "b", true, strided) + ", " + type + " scalea, " + type + " shifta, " + type +
-                   " scaleb, " + type + " shiftb" + vector_argument(type, "r", false, strided);
-        default: return a + vector_argument(type, "r", false, strided);
+            return a + vector_argument(type, "b", true, strided) + ", " + type + " scalea, " + type + " shifta, " +
+                   type + " scaleb, " + type + " shiftb" + vector_argument(type, "r", false, strided);
+        default:
+            return a + vector_argument(type, "r", false, strided);
     }
 }
 
@@ -220,7 +241,8 @@ int main(int argc, char** argv) {
         for (const RecordRow& row : nax::kRecordRows) {
             if (doc_key(row) != key) continue;
             for (const bool strided : {false, true})
-                if (!strided || row.has_strided) functions ? print_functions(row, strided) : print_kernels(row, strided);
+                if (!strided || row.has_strided)
+                    functions ? print_functions(row, strided) : print_kernels(row, strided);
         }
     }
     std::fputs(kTail, stdout);

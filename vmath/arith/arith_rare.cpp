@@ -29,8 +29,8 @@ struct Parts {
     }
 };
 
-// mantissa 2^exponent in units of the smallest denormal, exact whenever the value is representable. A denormal comes out
-// of a multiplication, so it is flushed when the control word says so.
+// mantissa 2^exponent in units of the smallest denormal, exact whenever the value is representable. A denormal comes
+// out of a multiplication, so it is flushed when the control word says so.
 template <class T>
 T compose(uint64_t mantissa, int exponent) {
     constexpr int up = Format<T>::mantissa_bits + 1;
@@ -209,12 +209,12 @@ int32_t remainder(T a, T b, T* r) {
 #define NAX_RARE_ONE(name, path)                                                                          \
     extern "C" int32_t vs##name##_cout_rare(const float* a, float* r) { return nax::vmath::path(*a, r); } \
     extern "C" int32_t vd##name##_cout_rare(const double* a, double* r) { return nax::vmath::path(*a, r); }
-#define NAX_RARE_TWO(name, path)                                                               \
-    extern "C" int32_t vs##name##_cout_rare(const float* a, const float* b, float* r) {        \
-        return nax::vmath::path(*a, *b, r);                                                    \
-    }                                                                                          \
-    extern "C" int32_t vd##name##_cout_rare(const double* a, const double* b, double* r) {     \
-        return nax::vmath::path(*a, *b, r);                                                    \
+#define NAX_RARE_TWO(name, path)                                                           \
+    extern "C" int32_t vs##name##_cout_rare(const float* a, const float* b, float* r) {    \
+        return nax::vmath::path(*a, *b, r);                                                \
+    }                                                                                      \
+    extern "C" int32_t vd##name##_cout_rare(const double* a, const double* b, double* r) { \
+        return nax::vmath::path(*a, *b, r);                                                \
     }
 
 NAX_RARE_ONE(frac, frac)

@@ -1,9 +1,10 @@
-// r = a - n b with n the integer nearest to a/b, ties to even; |r| <= |b|/2, and a zero has the sign of a. Always exact.
+// r = a - n b with n the integer nearest to a/b, ties to even; |r| <= |b|/2, and a zero has the sign of a. Always
+// exact.
 //
-// With q = a/b rounded to nearest and below 2^p (p bits of mantissa), t = q rounded to nearest even is n or a neighbour,
-// and a - t b in one fused step is exact. Then one |b| more or less brings it to |r| <= |b|/2; in a tie the odd quotient
-// gives way, which turns the sign. Larger quotients are brought down first (quotient.h), by even multiples of b.
-// Rare: b zero or NaN, a Inf or NaN, and quotients that overflow.
+// With q = a/b rounded to nearest and below 2^p (p bits of mantissa), t = q rounded to nearest even is n or a
+// neighbour, and a - t b in one fused step is exact. Then one |b| more or less brings it to |r| <= |b|/2; in a tie the
+// odd quotient gives way, which turns the sign. Larger quotients are brought down first (quotient.h), by even multiples
+// of b. Rare: b zero or NaN, a Inf or NaN, and quotients that overflow.
 #include "vmath/arith/arith_rare.h"
 #include "vmath/arith/quotient.h"
 #include "vmath/frame/kernel_exports.h"

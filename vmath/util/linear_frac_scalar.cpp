@@ -3,8 +3,8 @@
 // Single precision: with the denominator d and the numerator u, y0 the processor's 12-bit reciprocal of d,
 //   y = 2 y0 - d y0 y0,  r = u y:
 // one Newton step, relative error below 2^-22 and no true quotient by design; a zero, infinite or huge denominator
-// gives what the reciprocal makes of it. Double precision divides. A constant denominator (scaleb zero) divides in both,
-// which makes the result an affine function of a when shiftb is one.
+// gives what the reciprocal makes of it. Double precision divides. A constant denominator (scaleb zero) divides in
+// both, which makes the result an affine function of a when shiftb is one.
 #include <emmintrin.h>
 
 #include "vmath/frame/control_words.h"

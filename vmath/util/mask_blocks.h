@@ -1,7 +1,7 @@
 // Mask vectors of the caller as bits, a block at a time, and the moves of elements under such bits.
 //
-// A block is turned into bits first. Its number of elements is then known, so that all but the last few stores of packed
-// elements can be whole vectors: they never reach behind the block's last element.
+// A block is turned into bits first. Its number of elements is then known, so that all but the last few stores of
+// packed elements can be whole vectors: they never reach behind the block's last element.
 #pragma once
 
 #include <cstdint>

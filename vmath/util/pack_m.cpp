@@ -1,7 +1,7 @@
 // For each non-zero ma[i] in ascending order, the next element of y takes a[i].
 //
-// Elements are compressed in a register and stored from there: compressing to memory takes fifteen times as long on some
-// processors.
+// Elements are compressed in a register and stored from there: compressing to memory takes fifteen times as long on
+// some processors.
 #include "vmath/util/mask_blocks.h"
 #include "vmath/util/selection.h"
 

@@ -1,4 +1,5 @@
-// For each non-zero my[i] in ascending order, y[i] takes the next element of a; the other elements of y are not touched.
+// For each non-zero my[i] in ascending order, y[i] takes the next element of a; the other elements of y are not
+// touched.
 #include "vmath/util/mask_blocks.h"
 #include "vmath/util/selection.h"
 
