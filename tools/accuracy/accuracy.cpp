@@ -52,9 +52,10 @@ Measured measure_row(const AccuracyRow& row, int slot, int points, uint32_t stri
 
 void write_header(std::ostream& out, int points, uint32_t stride) {
     out << "# Accuracy\n\n"
-           "Written by `./run accuracy`. Errors against MPFR in units in the last place (ulp) of the exact result; "
-           "`bits` "
-           "is the precision less log2 of the largest error. Bounds and intervals stand in `tests/vmath/accuracy.def`, "
+           "Written by `./run accuracy`. Errors in units in the last place (ulp) of the exact result, in double "
+           "precision "
+           "against MPFR, in single against double-precision values; `bits` is the precision less log2 of the largest "
+           "error. Bounds and intervals stand in `tests/vmath/accuracy.def`, "
            "intervals cut where an algorithm changes and with both ends included.\n\n"
         << points << " random points per interval, half uniform over the interval, half over its representable numbers";
     if (stride == 1)
