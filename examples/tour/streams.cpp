@@ -204,8 +204,8 @@ void write_picture(const std::string& path, const std::vector<Curve>& curves) {
         for (size_t i = 0; i < curve.errors.size(); ++i) {
             svg << plot_x(kSmallest + static_cast<double>(i)) << ',' << plot_y(std::max(curve.errors[i], 1e-6)) << ' ';
         }
-        svg << "'/>\n<line x1='330' x2='360' y1='" << legend - 4 << "' y2='" << legend - 4 << "' stroke-width='2' stroke='" << curve.colour << "'/>\n";
-        write_text(svg, 368, legend, "start", curve.name);
+        svg << "'/>\n<line x1='290' x2='320' y1='" << legend - 4 << "' y2='" << legend - 4 << "' stroke-width='2' stroke='" << curve.colour << "'/>\n";
+        write_text(svg, 328, legend, "start", curve.name);
         legend += 20;
     }
     svg << "</svg>\n";
