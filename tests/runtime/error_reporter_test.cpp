@@ -259,7 +259,7 @@ TEST(Reporter, NamesAreCutTo47Characters) {
     on_fresh_thread([] {
         _arqSetErrorCallBack(keep_record);
         double x = 1;
-        for (const size_t length : {0, 5, 46, 47, 48, 50, 200}) {
+        for (const size_t length : {0u, 5u, 46u, 47u, 48u, 50u, 200u}) {
             const std::string name(length, 'n');
             nax_arq_kernel_dError(1, 0, &x, &x, &x, &x, name.c_str());
             const size_t kept = length < 47 ? length : 47;
