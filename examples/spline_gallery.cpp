@@ -46,7 +46,7 @@ Curve evaluate(const Family& family, int64_t boundary, size_t n, const std::vect
     }
     const bool own = family.order == 4 && (family.type == 0 || family.type == NAX_DF_TYPE_HERMITE);
     const double bc[] = {boundary == 128 ? (y[0] + y[1]) / 2 : 0, 0};
-    std::vector<double> c(family.order * n), r(sites.size());
+    std::vector<double> c(static_cast<size_t>(family.order) * n), r(sites.size());
     nax_df_task* task = nullptr;
     nax_df_kernel_dNewTask1D(&task, static_cast<int64_t>(n), kX.data(), 0, 1, y.data(), 0, 1);
     nax_df_kernel_dEditPPSpline1D(task, family.order, family.type, boundary, bc, own ? 1 : 0, own ? ic.data() : nullptr, c.data(), 0);

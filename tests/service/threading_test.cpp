@@ -14,9 +14,6 @@
 #include "service/threaders.h"
 #include "tests/service/separate_layer.h"
 
-// The leak checker of clang 14 crashes on the living threads of an OpenMP runtime that was loaded by dlopen.
-extern "C" int __lsan_is_turned_off() { return 1; }
-
 namespace nax::testing {
 namespace {
 

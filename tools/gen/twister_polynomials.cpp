@@ -37,8 +37,8 @@ Block shift_up_8(Block a) { return {{a.half[0] << 8, a.half[1] << 8 | a.half[0] 
 Block shift_down_8(Block a) { return {{a.half[0] >> 8 | a.half[1] << 56, a.half[1] >> 8}}; }
 Block by_word(Block a, uint32_t (*f)(uint32_t, int)) {
     Block r{};
-    for (int i = 0; i < 4; ++i) {
-        const uint64_t word = f(static_cast<uint32_t>(a.half[i / 2] >> 32 * (i % 2)), i);
+    for (size_t i = 0; i < 4; ++i) {
+        const uint64_t word = f(static_cast<uint32_t>(a.half[i / 2] >> 32 * (i % 2)), static_cast<int>(i));
         r.half[i / 2] |= word << 32 * (i % 2);
     }
     return r;
