@@ -9,11 +9,14 @@ using namespace nax::primitives::avx2;
 
 namespace {
 
+// Short arrays are cleared here: a call more would take as long as the clearing.
 inline int zero_member(void* array, int64_t element, int32_t length) {
     if (const int status = check_array(array, length); status != 0) return status;
     uint8_t* const p = static_cast<uint8_t*>(array);
     const int64_t bytes = element * length;
-    return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
+    return fill_short_or<1>(p, bytes, _mm256_setzero_si256(), [=] {
+        return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
+    });
 }
 
 }  // namespace
@@ -21,8 +24,7 @@ inline int zero_member(void* array, int64_t element, int32_t length) {
 extern "C" {
 
 int nax_dft_avx2_ownsZero_8u(uint8_t* array, int64_t bytes) {
-    if (exceeds_caches(bytes)) return fill_streaming<1>(array, bytes, _mm256_setzero_si256());
-    return nax_dft_avx2_ownsZero_8u_E9(array, bytes);
+    return fill_large<1>(array, bytes, _mm256_setzero_si256());
 }
 
 int nax_dft_avx2_ownsZero_8u_E9(uint8_t* array, int64_t bytes) {
