@@ -116,7 +116,8 @@ void move_by(const uint8_t* source, uint8_t* target, uint64_t bytes) {
     return nax_dft_avx2_ownsCopy_8u_repE9(source, target, static_cast<int32_t>(bytes));
 }
 
-[[gnu::always_inline]] inline int copy_member(const void* source_array, void* target_array, int64_t element, int32_t length) {
+[[gnu::always_inline]] inline int copy_member(const void* source_array, void* target_array, int64_t element,
+                                              int32_t length) {
     if (source_array == nullptr) return NAX_PRIMITIVES_NULL;
     if (const int status = check_array(target_array, length); status != 0) return status;
     const auto source = static_cast<const uint8_t*>(source_array);
@@ -171,9 +172,9 @@ int nax_dft_avx2_ownsCopy_8u_E9(const uint8_t* source, uint8_t* target, int32_t 
     return 0;
 }
 
-#define COPY_MEMBER(suffix, type, parts)                                                   \
-    int nax_dft_avx2_opasCopy_##suffix(const type* source, type* target, int32_t length) { \
-        return copy_member(source, target, sizeof(type) * parts, length);                  \
+#define COPY_MEMBER(suffix, type, parts)                                                                    \
+    NAX_SHORT_MEMBER int nax_dft_avx2_opasCopy_##suffix(const type* source, type* target, int32_t length) { \
+        return copy_member(source, target, sizeof(type) * parts, length);                                   \
     }
 NAX_PRIMITIVE_TYPES(COPY_MEMBER)
 #undef COPY_MEMBER

@@ -28,8 +28,8 @@ inline void store_rows(uint8_t* p, __m256i row) {
     store32(p + 32 * (Rows - 1), row);
 }
 
-// Two units, one from the start and one up to the end, that may overlap: sizeof(Unit) <= bytes <= 2 sizeof(Unit). As all
-// units and `bytes` are multiples of the Width, what both write is the same.
+// Two units, one from the start and one up to the end, that may overlap: sizeof(Unit) <= bytes <= 2 sizeof(Unit). As
+// all units and `bytes` are multiples of the Width, what both write is the same.
 template <class Unit>
 inline void store_both_ends(uint8_t* p, int64_t bytes, __m128i row) {
     std::memcpy(p, &row, sizeof(Unit));

@@ -24,55 +24,36 @@ __m256i repeated(uint16_t bits) { return _mm256_set1_epi16(static_cast<short>(bi
 __m256i repeated(uint32_t bits) { return _mm256_set1_epi32(static_cast<int>(bits)); }
 __m256i repeated(uint64_t bits) { return _mm256_set1_epi64x(static_cast<long long>(bits)); }
 
-// The whole of Set_64s, with the value where the members of floating-point type have it: in a vector register.
-[[gnu::noinline]] int fill_64(uint8_t* p, int64_t bytes, __m256i row) { return fill_large<8>(p, bytes, row); }
-
-// The members do short fills themselves: a call more would take as long as the fill.
-
-inline int set_8(uint8_t bits, uint8_t* array, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
-    return fill_short_or<1>(array, length, repeated(bits), [=] {
-        return length > kCachedFillLimit ? nax_dft_avx2_ownsSet_8u(bits, array, length)
-                                         : nax_dft_avx2_ownsSet_8u_E9(bits, array, length);
-    });
+__m256i repeated(uint64_t real, uint64_t imag) {
+    const auto low = static_cast<long long>(real), high = static_cast<long long>(imag);
+    return _mm256_set_epi64x(high, low, high, low);
 }
 
-inline int set_16(uint16_t bits, void* array, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
-    const int64_t bytes = 2 * int64_t{length};
-    return fill_short_or<2>(static_cast<uint8_t*>(array), bytes, repeated(bits), [=] {
-        const auto target = static_cast<uint16_t*>(array);
-        return bytes > kCachedFillLimit ? nax_dft_avx2_ownsSet_16u(bits, target, length)
-                                        : nax_dft_avx2_ownsSet_16u_E9(bits, target, length);
-    });
+// The whole of a workhorse, apart from its members. The value comes in a vector register, where members of
+// floating-point type have it: the way through a general register and back shows up to some kilobytes.
+template <int Width>
+[[gnu::noinline]] int fill(uint8_t* p, int64_t bytes, __m256i row) {
+    return fill_large<Width>(p, bytes, row);
 }
 
-inline int set_32(uint32_t bits, void* array, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
-    const int64_t bytes = 4 * int64_t{length};
-    return fill_short_or<4>(static_cast<uint8_t*>(array), bytes, repeated(bits), [=] {
-        const auto value = static_cast<int32_t>(bits);
-        const auto target = static_cast<int32_t*>(array);
-        return bytes > kCachedFillLimit ? nax_dft_avx2_ownsSet_32s(value, target, length)
-                                        : nax_dft_avx2_ownsSet_32s_E9(value, target, length);
-    });
+// An array of pairs that starts in the middle of a 16-byte row gets its first and last half element apart; what is
+// between is a fill of rows with the halves exchanged.
+template <>
+[[gnu::noinline]] int fill<16>(uint8_t* p, int64_t bytes, __m256i row) {
+    if (!aligned_to(p, 8) || aligned_to(p, 16)) return fill_large<16>(p, bytes, row);
+    const __m256i exchanged = _mm256_shuffle_epi32(row, 0x4E);
+    std::memcpy(p, &row, 8);
+    std::memcpy(p + bytes - 8, &exchanged, 8);
+    return fill_large<16>(p + 8, bytes - 16, exchanged);
 }
 
-inline int set_64(uint64_t bits, void* array, int32_t length) {
+// Members fill short arrays themselves: a call more would take as long as the fill.
+template <int Width>
+[[gnu::always_inline]] inline int set(__m256i row, void* array, int32_t length) {
     if (const int status = check_array(array, length); status != 0) return status;
     const auto p = static_cast<uint8_t*>(array);
-    const int64_t bytes = 8 * int64_t{length};
-    const __m256i row = repeated(bits);
-    return fill_short_or<8>(p, bytes, row, [=] { return fill_64(p, bytes, row); });
-}
-
-inline int set_64_pairs(uint64_t real, uint64_t imag, void* array, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
-    const auto low = static_cast<int64_t>(real), high = static_cast<int64_t>(imag);
-    const __m256i row = _mm256_set_epi64x(high, low, high, low);
-    return fill_short_or<16>(static_cast<uint8_t*>(array), 16 * int64_t{length}, row, [=] {
-        return nax_dft_avx2_ownsSet_64sc(low, high, static_cast<int64_t*>(array), length);
-    });
+    const int64_t bytes = int64_t{Width} * length;
+    return fill_short_or<Width>(p, bytes, row, [=] { return fill<Width>(p, bytes, row); });
 }
 
 }  // namespace
@@ -92,69 +73,62 @@ int nax_dft_avx2_ownsSet_32s_E9(int32_t value, int32_t* array, int64_t length) {
 }
 
 int nax_dft_avx2_ownsSet_8u(uint8_t value, uint8_t* array, int64_t length) {
-    return fill_large<1>(array, length, repeated(value));
+    return fill<1>(array, length, repeated(value));
 }
 int nax_dft_avx2_ownsSet_16u(uint16_t value, uint16_t* array, int64_t length) {
-    return fill_large<2>(bytes_of(array), 2 * length, repeated(value));
+    return fill<2>(bytes_of(array), 2 * length, repeated(value));
 }
 int nax_dft_avx2_ownsSet_32s(int32_t value, int32_t* array, int64_t length) {
-    return fill_large<4>(bytes_of(array), 4 * length, repeated(static_cast<uint32_t>(value)));
+    return fill<4>(bytes_of(array), 4 * length, repeated(static_cast<uint32_t>(value)));
 }
 int nax_dft_avx2_ownsSet_64s(int64_t value, int64_t* array, int64_t length) {
-    return fill_64(bytes_of(array), 8 * length, repeated(static_cast<uint64_t>(value)));
+    return fill<8>(bytes_of(array), 8 * length, repeated(static_cast<uint64_t>(value)));
 }
 
 int nax_dft_avx2_ownsSet_64sc(int64_t real, int64_t imag, int64_t* array, int64_t length) {
     const int64_t pattern[2] = {real, imag};
     return nax_dft_avx2_ownsSet_64sc_M7(pattern, array, length);
 }
-
-// An array that starts in the middle of a 16-byte row gets its first and last half element apart; what is between is a
-// fill of rows with the halves exchanged.
 int nax_dft_avx2_ownsSet_64sc_M7(const int64_t pattern[2], int64_t* array, int64_t length) {
-    const int64_t real = pattern[0], imag = pattern[1];
-    uint8_t* const p = bytes_of(array);
-    if (aligned_to(p, 8) && !aligned_to(p, 16)) {
-        array[0] = real;
-        fill_large<16>(p + 8, 16 * (length - 1), _mm256_set_epi64x(real, imag, real, imag));
-        array[2 * length - 1] = imag;
-        return 0;
-    }
-    return fill_large<16>(p, 16 * length, _mm256_set_epi64x(imag, real, imag, real));
+    const auto real = static_cast<uint64_t>(pattern[0]), imag = static_cast<uint64_t>(pattern[1]);
+    return fill<16>(bytes_of(array), 16 * length, repeated(real, imag));
 }
 
-// --- members: every type is a bit pattern of one of five widths
+// --- members: every type is a bit pattern of one of five widths. Where a workhorse stands apart for fills of up to
+// 2 MiB, `set` chooses between the two by the same limit.
 
-int nax_dft_avx2_opasSet_8u(uint8_t value, uint8_t* array, int32_t length) { return set_8(value, array, length); }
-int nax_dft_avx2_opasSet_16s(int16_t value, int16_t* array, int32_t length) {
-    return set_16(static_cast<uint16_t>(value), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_8u(uint8_t value, uint8_t* array, int32_t length) {
+    return set<1>(repeated(value), array, length);
 }
-int nax_dft_avx2_opasSet_16sc(int16_t real, int16_t imag, int16_t* array, int32_t length) {
-    return set_32(joined(static_cast<uint16_t>(real), static_cast<uint16_t>(imag)), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_16s(int16_t value, int16_t* array, int32_t length) {
+    return set<2>(repeated(static_cast<uint16_t>(value)), array, length);
 }
-int nax_dft_avx2_opasSet_32s(int32_t value, int32_t* array, int32_t length) {
-    return set_32(static_cast<uint32_t>(value), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_16sc(int16_t real, int16_t imag, int16_t* array, int32_t length) {
+    return set<4>(repeated(joined(static_cast<uint16_t>(real), static_cast<uint16_t>(imag))), array, length);
 }
-int nax_dft_avx2_opasSet_32sc(int32_t real, int32_t imag, int32_t* array, int32_t length) {
-    return set_64(joined(static_cast<uint32_t>(real), static_cast<uint32_t>(imag)), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_32s(int32_t value, int32_t* array, int32_t length) {
+    return set<4>(repeated(static_cast<uint32_t>(value)), array, length);
 }
-int nax_dft_avx2_opasSet_32f(float value, float* array, int32_t length) {
-    return set_32(std::bit_cast<uint32_t>(value), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_32sc(int32_t real, int32_t imag, int32_t* array, int32_t length) {
+    return set<8>(repeated(joined(static_cast<uint32_t>(real), static_cast<uint32_t>(imag))), array, length);
 }
-int nax_dft_avx2_opasSet_32fc(float real, float imag, float* array, int32_t length) {
-    return set_64(joined(std::bit_cast<uint32_t>(real), std::bit_cast<uint32_t>(imag)), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_32f(float value, float* array, int32_t length) {
+    return set<4>(repeated(std::bit_cast<uint32_t>(value)), array, length);
 }
-int nax_dft_avx2_opasSet_64s(int64_t value, int64_t* array, int32_t length) {
-    return set_64(static_cast<uint64_t>(value), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_32fc(float real, float imag, float* array, int32_t length) {
+    return set<8>(repeated(joined(std::bit_cast<uint32_t>(real), std::bit_cast<uint32_t>(imag))), array, length);
 }
-int nax_dft_avx2_opasSet_64sc(int64_t real, int64_t imag, int64_t* array, int32_t length) {
-    return set_64_pairs(static_cast<uint64_t>(real), static_cast<uint64_t>(imag), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_64s(int64_t value, int64_t* array, int32_t length) {
+    return set<8>(repeated(static_cast<uint64_t>(value)), array, length);
 }
-int nax_dft_avx2_opasSet_64f(double value, double* array, int32_t length) {
-    return set_64(std::bit_cast<uint64_t>(value), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_64sc(int64_t real, int64_t imag, int64_t* array, int32_t length) {
+    return set<16>(repeated(static_cast<uint64_t>(real), static_cast<uint64_t>(imag)), array, length);
 }
-int nax_dft_avx2_opasSet_64fc(double real, double imag, double* array, int32_t length) {
-    return set_64_pairs(std::bit_cast<uint64_t>(real), std::bit_cast<uint64_t>(imag), array, length);
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_64f(double value, double* array, int32_t length) {
+    return set<8>(repeated(std::bit_cast<uint64_t>(value)), array, length);
+}
+NAX_SHORT_MEMBER int nax_dft_avx2_opasSet_64fc(double real, double imag, double* array, int32_t length) {
+    return set<16>(repeated(std::bit_cast<uint64_t>(real), std::bit_cast<uint64_t>(imag)), array, length);
 }
 
 }  // extern "C"

@@ -10,7 +10,7 @@ using namespace nax::primitives::avx2;
 namespace {
 
 // Short arrays are cleared here: a call more would take as long as the clearing.
-inline int zero_member(void* array, int64_t element, int32_t length) {
+[[gnu::always_inline]] inline int zero_member(void* array, int64_t element, int32_t length) {
     if (const int status = check_array(array, length); status != 0) return status;
     uint8_t* const p = static_cast<uint8_t*>(array);
     const int64_t bytes = element * length;
@@ -43,9 +43,9 @@ int nax_dft_avx2_ownsZero_8u_repE9(uint8_t* array, int64_t bytes) {
     return 0;
 }
 
-#define ZERO_MEMBER(suffix, type, parts)                              \
-    int nax_dft_avx2_opasZero_##suffix(type* array, int32_t length) { \
-        return zero_member(array, sizeof(type) * parts, length);      \
+#define ZERO_MEMBER(suffix, type, parts)                                               \
+    NAX_SHORT_MEMBER int nax_dft_avx2_opasZero_##suffix(type* array, int32_t length) { \
+        return zero_member(array, sizeof(type) * parts, length);                       \
     }
 NAX_PRIMITIVE_TYPES(ZERO_MEMBER)
 #undef ZERO_MEMBER
