@@ -52,11 +52,12 @@ inline void copy_from_both_ends(const uint8_t* source, uint8_t* target, int64_t 
     }
 }
 
-// Up to kShortCopy bytes; more are left to `longer`. With so few moves each branch taken shows: the sizes of one test
-// each come first, and fall through.
+// Up to kShortCopy bytes; more are left to `longer`. With so few moves each test and each branch taken shows: the sizes
+// of one test each come first, and fall through, and a length below 1 is found last, for which the result is `none`.
 constexpr int64_t kShortCopy = 256;
 template <class Longer>
-[[gnu::always_inline]] inline int copy_short_or(const uint8_t* source, uint8_t* target, int64_t n, Longer longer) {
+[[gnu::always_inline]] inline int copy_short_or(const uint8_t* source, uint8_t* target, int64_t n, int none,
+                                                Longer longer) {
     if (__builtin_expect_with_probability(n >= 32 && n <= 64, 1, 0.6)) {
         copy_from_both_ends<1>(source, target, n);
         return 0;
@@ -70,6 +71,7 @@ template <class Longer>
         copy_from_both_ends<2>(source, target, n);
         return 0;
     }
+    if (n < 1) return none;
     copy_below_32(source, target, n);
     return 0;
 }
@@ -116,14 +118,14 @@ void move_by(const uint8_t* source, uint8_t* target, uint64_t bytes) {
     return nax_dft_avx2_ownsCopy_8u_repE9(source, target, static_cast<int32_t>(bytes));
 }
 
+// Short arrays are copied here: a call more would take as long as the copy.
 [[gnu::always_inline]] inline int copy_member(const void* source_array, void* target_array, int64_t element,
                                               int32_t length) {
-    if (source_array == nullptr) return NAX_PRIMITIVES_NULL;
-    if (const int status = check_array(target_array, length); status != 0) return status;
+    if (source_array == nullptr || target_array == nullptr) return NAX_PRIMITIVES_NULL;
     const auto source = static_cast<const uint8_t*>(source_array);
     const auto target = static_cast<uint8_t*>(target_array);
     const int64_t bytes = element * length;
-    return copy_short_or(source, target, bytes, [=] {  // here: a call more would take as long as a short copy
+    return copy_short_or(source, target, bytes, NAX_PRIMITIVES_SIZE, [=] {
         return bytes < kStringCopy ? nax_dft_avx2_ownsCopy_8u_AVX(source, target, static_cast<int32_t>(bytes))
                                    : copy_long(source, target, bytes);
     });
@@ -134,7 +136,7 @@ void move_by(const uint8_t* source, uint8_t* target, uint64_t bytes) {
 extern "C" {
 
 int nax_dft_avx2_ownsCopy_8u_AVX(const uint8_t* source, uint8_t* target, int32_t bytes) {
-    return copy_short_or(source, target, bytes, [=] {
+    return copy_short_or(source, target, bytes, 0, [=] {
         copy_rounds(source, target, bytes);
         return 0;
     });

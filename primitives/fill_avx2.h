@@ -59,14 +59,15 @@ inline int64_t bytes_to_boundary(const uint8_t* p, int boundary) {
     return static_cast<int64_t>(-reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(boundary - 1));
 }
 
-// All of what follows returns 0, the status of a member that ends with it.
+// All of what follows returns the status of a member that ends with it.
 
 // Up to kShortFill bytes, whatever the alignment: by the power of two that fits, once from the start and once up to the
 // end, which takes fewer branches than one test for each bit of the length. More bytes are left to `longer`. With so
-// few stores each branch taken shows: the sizes of one test each come first, and fall through.
+// few stores each test and each branch taken shows: the sizes of one test each come first, and fall through, and a
+// length below 1 is found last, for which the result is `none`.
 inline constexpr int64_t kShortFill = 256;
 template <int Width, class Longer>
-[[gnu::always_inline]] inline int fill_short_or(uint8_t* p, int64_t bytes, __m256i row, Longer longer) {
+[[gnu::always_inline]] inline int fill_short_or(uint8_t* p, int64_t bytes, __m256i row, int none, Longer longer) {
     if (__builtin_expect_with_probability(bytes >= 32 && bytes <= 64, 1, 0.6)) {
         store32(p, row);
         store32(p + bytes - 32, row);
@@ -83,6 +84,7 @@ template <int Width, class Longer>
         store_rows<2>(p + bytes - 64, row);
         return 0;
     }
+    if (bytes < 1) return none;
     fill_below_32<Width>(p, bytes, row);
     return 0;
 }
@@ -90,7 +92,7 @@ template <int Width, class Longer>
 // Up to 127 bytes, or none.
 template <int Width>
 inline void fill_rest(uint8_t* p, int64_t bytes, __m256i row) {
-    fill_short_or<Width>(p, bytes, row, [] { return 0; });
+    fill_short_or<Width>(p, bytes, row, 0, [] { return 0; });
 }
 
 // The plain loop for arrays that are not aligned to their element.
@@ -135,7 +137,7 @@ inline int fill_forward(uint8_t* p, int64_t bytes, __m256i row) {
 template <int Width>
 [[gnu::always_inline]] inline int fill_cached(uint8_t* p, int64_t bytes, __m256i row) {
     __asm__("" : "+x"(row));
-    return fill_short_or<Width>(p, bytes, row, [=] {
+    return fill_short_or<Width>(p, bytes, row, 0, [=] {
         if (!aligned_to(p, Width)) return fill_unaligned<Width>(p, bytes, row);
         return bytes < kBackwardFill ? fill_forward(p, bytes, row) : fill_backward(p, bytes, row);
     });

@@ -30,9 +30,4 @@ namespace nax::primitives {
 #define NAX_SHORT_MEMBER [[gnu::aligned(64), gnu::no_icf]]
 #endif
 
-inline int check_array(const void* array, int32_t length) {
-    if (array == nullptr) return NAX_PRIMITIVES_NULL;
-    return length < 1 ? NAX_PRIMITIVES_SIZE : 0;
-}
-
 }  // namespace nax::primitives

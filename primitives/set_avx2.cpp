@@ -50,10 +50,10 @@ template <>
 // Members fill short arrays themselves: a call more would take as long as the fill.
 template <int Width>
 [[gnu::always_inline]] inline int set(__m256i row, void* array, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
+    if (array == nullptr) return NAX_PRIMITIVES_NULL;
     const auto p = static_cast<uint8_t*>(array);
     const int64_t bytes = int64_t{Width} * length;
-    return fill_short_or<Width>(p, bytes, row, [=] { return fill<Width>(p, bytes, row); });
+    return fill_short_or<Width>(p, bytes, row, NAX_PRIMITIVES_SIZE, [=] { return fill<Width>(p, bytes, row); });
 }
 
 }  // namespace

@@ -11,10 +11,10 @@ namespace {
 
 // Short arrays are cleared here: a call more would take as long as the clearing.
 [[gnu::always_inline]] inline int zero_member(void* array, int64_t element, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
+    if (array == nullptr) return NAX_PRIMITIVES_NULL;
     uint8_t* const p = static_cast<uint8_t*>(array);
     const int64_t bytes = element * length;
-    return fill_short_or<1>(p, bytes, _mm256_setzero_si256(), [=] {
+    return fill_short_or<1>(p, bytes, _mm256_setzero_si256(), NAX_PRIMITIVES_SIZE, [=] {
         return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
     });
 }
