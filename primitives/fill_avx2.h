@@ -168,18 +168,20 @@ inline bool exceeds_caches(int64_t bytes) {
     return bytes > kCachedFillLimit && nax_dft_opaGetMaxCacheSizeB(&cache) == 0 && cache > 0 && bytes > cache;
 }
 
-// Apart, so that smaller fills don't pay for what the call in here makes it save. More than kCachedFillLimit bytes.
+// Apart, so that smaller fills don't pay for what the call in here makes it save. More than kCachedFillLimit bytes. It
+// takes half a row, as GCC omits the vzeroupper at the end of a function that takes a whole one.
 template <int Width>
-[[gnu::noinline]] int fill_beyond_limit(uint8_t* p, int64_t bytes, __m256i row) {
-    const bool aligned = aligned_to(p, Width);
-    if (aligned && exceeds_caches(bytes)) return fill_streaming<Width>(p, bytes, row);
-    return aligned ? fill_backward(p, bytes, row) : fill_unaligned<Width>(p, bytes, row);
+[[gnu::noinline]] int fill_beyond_limit(uint8_t* p, int64_t bytes, __m128i half_row) {
+    const bool streaming = aligned_to(p, Width) && exceeds_caches(bytes);
+    const __m256i row = _mm256_broadcastsi128_si256(half_row);
+    if (streaming) return fill_streaming<Width>(p, bytes, row);
+    return aligned_to(p, Width) ? fill_backward(p, bytes, row) : fill_unaligned<Width>(p, bytes, row);
 }
 
 template <int Width>
 [[gnu::always_inline]] inline int fill_large(uint8_t* p, int64_t bytes, __m256i row) {
     if (bytes > kCachedFillLimit) [[unlikely]]
-        return fill_beyond_limit<Width>(p, bytes, row);
+        return fill_beyond_limit<Width>(p, bytes, _mm256_castsi256_si128(row));
     return fill_cached<Width>(p, bytes, row);
 }
 

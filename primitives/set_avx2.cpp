@@ -19,41 +19,43 @@ uint8_t* bytes_of(T* array) {
 uint32_t joined(uint16_t real, uint16_t imag) { return uint32_t{imag} << 16 | real; }
 uint64_t joined(uint32_t real, uint32_t imag) { return uint64_t{imag} << 32 | real; }
 
-__m256i repeated(uint8_t bits) { return _mm256_set1_epi8(static_cast<char>(bits)); }
-__m256i repeated(uint16_t bits) { return _mm256_set1_epi16(static_cast<short>(bits)); }
-__m256i repeated(uint32_t bits) { return _mm256_set1_epi32(static_cast<int>(bits)); }
-__m256i repeated(uint64_t bits) { return _mm256_set1_epi64x(static_cast<long long>(bits)); }
-
-__m256i repeated(uint64_t real, uint64_t imag) {
-    const auto low = static_cast<long long>(real), high = static_cast<long long>(imag);
-    return _mm256_set_epi64x(high, low, high, low);
+// Half a row of 32 bytes. Functions that aren't inlined take the halves: GCC leaves the upper halves of the registers
+// in use at the end of one that takes a whole row, which slows down SSE code of the caller by a hundred cycles and
+// more.
+__m128i repeated(uint8_t bits) { return _mm_set1_epi8(static_cast<char>(bits)); }
+__m128i repeated(uint16_t bits) { return _mm_set1_epi16(static_cast<short>(bits)); }
+__m128i repeated(uint32_t bits) { return _mm_set1_epi32(static_cast<int>(bits)); }
+__m128i repeated(uint64_t bits) { return _mm_set1_epi64x(static_cast<long long>(bits)); }
+__m128i repeated(uint64_t real, uint64_t imag) {
+    return _mm_set_epi64x(static_cast<long long>(imag), static_cast<long long>(real));
 }
 
 // The whole of a workhorse, apart from its members. The value comes in a vector register, where members of
 // floating-point type have it: the way through a general register and back shows up to some kilobytes.
 template <int Width>
-[[gnu::noinline]] int fill(uint8_t* p, int64_t bytes, __m256i row) {
-    return fill_large<Width>(p, bytes, row);
+[[gnu::noinline]] int fill(uint8_t* p, int64_t bytes, __m128i half_row) {
+    return fill_large<Width>(p, bytes, _mm256_broadcastsi128_si256(half_row));
 }
 
 // An array of pairs that starts in the middle of a 16-byte row gets its first and last half element apart; what is
 // between is a fill of rows with the halves exchanged.
 template <>
-[[gnu::noinline]] int fill<16>(uint8_t* p, int64_t bytes, __m256i row) {
-    if (!aligned_to(p, 8) || aligned_to(p, 16)) return fill_large<16>(p, bytes, row);
-    const __m256i exchanged = _mm256_shuffle_epi32(row, 0x4E);
-    std::memcpy(p, &row, 8);
+[[gnu::noinline]] int fill<16>(uint8_t* p, int64_t bytes, __m128i pair) {
+    if (!aligned_to(p, 8) || aligned_to(p, 16)) return fill_large<16>(p, bytes, _mm256_broadcastsi128_si256(pair));
+    const __m128i exchanged = _mm_shuffle_epi32(pair, 0x4E);
+    std::memcpy(p, &pair, 8);
     std::memcpy(p + bytes - 8, &exchanged, 8);
-    return fill_large<16>(p + 8, bytes - 16, exchanged);
+    return fill_large<16>(p + 8, bytes - 16, _mm256_broadcastsi128_si256(exchanged));
 }
 
 // Members fill short arrays themselves: a call more would take as long as the fill.
 template <int Width>
-[[gnu::always_inline]] inline int set(__m256i row, void* array, int32_t length) {
+[[gnu::always_inline]] inline int set(__m128i half_row, void* array, int32_t length) {
     if (array == nullptr) return NAX_PRIMITIVES_NULL;
     const auto p = static_cast<uint8_t*>(array);
     const int64_t bytes = int64_t{Width} * length;
-    return fill_short_or<Width>(p, bytes, row, NAX_PRIMITIVES_SIZE, [=] { return fill<Width>(p, bytes, row); });
+    const __m256i row = _mm256_broadcastsi128_si256(half_row);
+    return fill_short_or<Width>(p, bytes, row, NAX_PRIMITIVES_SIZE, [=] { return fill<Width>(p, bytes, half_row); });
 }
 
 }  // namespace
@@ -63,13 +65,14 @@ extern "C" {
 // --- workhorses
 
 int nax_dft_avx2_ownsSet_8u_E9(uint8_t value, uint8_t* array, int64_t length) {
-    return fill_cached<1>(array, length, repeated(value));
+    return fill_cached<1>(array, length, _mm256_broadcastsi128_si256(repeated(value)));
 }
 int nax_dft_avx2_ownsSet_16u_E9(uint16_t value, uint16_t* array, int64_t length) {
-    return fill_cached<2>(bytes_of(array), 2 * length, repeated(value));
+    return fill_cached<2>(bytes_of(array), 2 * length, _mm256_broadcastsi128_si256(repeated(value)));
 }
 int nax_dft_avx2_ownsSet_32s_E9(int32_t value, int32_t* array, int64_t length) {
-    return fill_cached<4>(bytes_of(array), 4 * length, repeated(static_cast<uint32_t>(value)));
+    return fill_cached<4>(bytes_of(array), 4 * length,
+                          _mm256_broadcastsi128_si256(repeated(static_cast<uint32_t>(value))));
 }
 
 int nax_dft_avx2_ownsSet_8u(uint8_t value, uint8_t* array, int64_t length) {
