@@ -137,9 +137,12 @@ inline int fill_forward(uint8_t* p, int64_t bytes, __m256i row) {
 template <int Width>
 [[gnu::always_inline]] inline int fill_cached(uint8_t* p, int64_t bytes, __m256i row) {
     __asm__("" : "+x"(row));
+    // What most calls come for, before the chain of tests that short fills begin.
+    if (bytes > kShortFill && bytes < kBackwardFill && aligned_to(p, Width)) [[likely]]
+        return fill_forward(p, bytes, row);
     return fill_short_or<Width>(p, bytes, row, 0, [=] {
         if (!aligned_to(p, Width)) return fill_unaligned<Width>(p, bytes, row);
-        return bytes < kBackwardFill ? fill_forward(p, bytes, row) : fill_backward(p, bytes, row);
+        return fill_backward(p, bytes, row);
     });
 }
 
