@@ -52,6 +52,30 @@ inline void copy_from_both_ends(const uint8_t* source, uint8_t* target, int64_t 
     }
 }
 
+// Up to kShortCopy bytes; more are left to `longer`. With so few moves each test and each branch taken shows: the sizes
+// of one test each come first, and fall through, and a length below 1 is found last, for which the result is `none`.
+constexpr int64_t kShortCopy = 256;
+template <class Longer>
+[[gnu::always_inline]] inline int copy_short_or(const uint8_t* source, uint8_t* target, int64_t n, int none,
+                                                Longer longer) {
+    if (__builtin_expect_with_probability(n >= 32 && n <= 64, 1, 0.6)) {
+        copy_from_both_ends<1>(source, target, n);
+        return 0;
+    }
+    if (__builtin_expect_with_probability(n > kShortCopy, 0, 0.6)) return longer();
+    if (__builtin_expect_with_probability(n > 128, 1, 0.6)) {
+        copy_from_both_ends<4>(source, target, n);
+        return 0;
+    }
+    if (__builtin_expect_with_probability(n > 64, 1, 0.6)) {
+        copy_from_both_ends<2>(source, target, n);
+        return 0;
+    }
+    if (n < 1) return none;
+    copy_below_32(source, target, n);
+    return 0;
+}
+
 // More than 256 bytes: the first row, rounds of four rows to aligned targets, and the last four rows.
 inline void copy_rounds(const uint8_t* source, uint8_t* target, int64_t n) {
     const uint8_t* const source_end = source + n;
@@ -88,20 +112,23 @@ void move_by(const uint8_t* source, uint8_t* target, uint64_t bytes) {
     if (Unit != 1 && bytes % Unit != 0) string_move<1>(source, target, bytes % Unit);
 }
 
-int copy(const uint8_t* source, uint8_t* target, int64_t bytes) {
+[[gnu::noinline]] int copy_long(const uint8_t* source, uint8_t* target, int64_t bytes) {
     for (; bytes > kLongestCopy; bytes -= kPiece, source += kPiece, target += kPiece)
         nax_dft_avx2_ownsCopy_8u_repE9(source, target, kPiece);
     return nax_dft_avx2_ownsCopy_8u_repE9(source, target, static_cast<int32_t>(bytes));
 }
 
-inline int copy_member(const void* source_array, void* target_array, int64_t element, int32_t length) {
-    if (source_array == nullptr) return NAX_PRIMITIVES_NULL;
-    if (const int status = check_array(target_array, length); status != 0) return status;
+// Short arrays are copied here: a call more would take as long as the copy.
+[[gnu::always_inline]] inline int copy_member(const void* source_array, void* target_array, int64_t element,
+                                              int32_t length) {
+    if (source_array == nullptr || target_array == nullptr) return NAX_PRIMITIVES_NULL;
     const auto source = static_cast<const uint8_t*>(source_array);
     const auto target = static_cast<uint8_t*>(target_array);
     const int64_t bytes = element * length;
-    if (bytes >= kStringCopy) return copy(source, target, bytes);
-    return nax_dft_avx2_ownsCopy_8u_AVX(source, target, static_cast<int32_t>(bytes));
+    return copy_short_or(source, target, bytes, NAX_PRIMITIVES_SIZE, [=] {
+        return bytes < kStringCopy ? nax_dft_avx2_ownsCopy_8u_AVX(source, target, static_cast<int32_t>(bytes))
+                                   : copy_long(source, target, bytes);
+    });
 }
 
 }  // namespace
@@ -109,17 +136,10 @@ inline int copy_member(const void* source_array, void* target_array, int64_t ele
 extern "C" {
 
 int nax_dft_avx2_ownsCopy_8u_AVX(const uint8_t* source, uint8_t* target, int32_t bytes) {
-    if (bytes < 32)
-        copy_below_32(source, target, bytes);
-    else if (bytes <= 64)
-        copy_from_both_ends<1>(source, target, bytes);
-    else if (bytes <= 128)
-        copy_from_both_ends<2>(source, target, bytes);
-    else if (bytes <= 256)
-        copy_from_both_ends<4>(source, target, bytes);
-    else
+    return copy_short_or(source, target, bytes, 0, [=] {
         copy_rounds(source, target, bytes);
-    return 0;
+        return 0;
+    });
 }
 
 int nax_dft_avx2_ownsCopy_8u_repE9(const uint8_t* source, uint8_t* target, int32_t bytes) {
@@ -154,9 +174,9 @@ int nax_dft_avx2_ownsCopy_8u_E9(const uint8_t* source, uint8_t* target, int32_t 
     return 0;
 }
 
-#define COPY_MEMBER(suffix, type, parts)                                                   \
-    int nax_dft_avx2_opasCopy_##suffix(const type* source, type* target, int32_t length) { \
-        return copy_member(source, target, sizeof(type) * parts, length);                  \
+#define COPY_MEMBER(suffix, type, parts)                                                                    \
+    NAX_SHORT_MEMBER int nax_dft_avx2_opasCopy_##suffix(const type* source, type* target, int32_t length) { \
+        return copy_member(source, target, sizeof(type) * parts, length);                                   \
     }
 NAX_PRIMITIVE_TYPES(COPY_MEMBER)
 #undef COPY_MEMBER

@@ -18,9 +18,6 @@ inline constexpr int64_t kBackwardFill = 32768;
 
 inline void store32(uint8_t* p, __m256i row) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), row); }
 inline void stream32(uint8_t* p, __m256i row) { _mm256_stream_si256(reinterpret_cast<__m256i*>(p), row); }
-inline void store16(uint8_t* p, __m256i row) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(row));
-}
 inline void store16_aligned(uint8_t* p, __m256i row) {
     _mm_store_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(row));
 }
@@ -30,46 +27,89 @@ inline void store_rows(uint8_t* p, __m256i row) {
     if constexpr (Rows > 1) store_rows<Rows - 1>(p, row);
     store32(p + 32 * (Rows - 1), row);
 }
-template <class Integer>
-inline void store_low(uint8_t* p, __m256i row) {
-    std::memcpy(p, &row, sizeof(Integer));
+
+// Two units, one from the start and one up to the end, that may overlap: sizeof(Unit) <= bytes <= 2 sizeof(Unit). As
+// all units and `bytes` are multiples of the Width, what both write is the same.
+template <class Unit>
+inline void store_both_ends(uint8_t* p, int64_t bytes, __m128i row) {
+    std::memcpy(p, &row, sizeof(Unit));
+    std::memcpy(p + bytes - sizeof(Unit), &row, sizeof(Unit));
 }
 
-// Less than 256 bytes by falling powers of two, told by the bits of the length.
+template <int Width>
+inline void fill_below_32(uint8_t* p, int64_t bytes, __m256i wide_row) {
+    const __m128i row = _mm256_castsi256_si128(wide_row);
+    if (bytes >= 16) return store_both_ends<__m128i>(p, bytes, row);
+    if constexpr (Width <= 8)
+        if (bytes >= 8) return store_both_ends<uint64_t>(p, bytes, row);
+    if constexpr (Width <= 4)
+        if (bytes >= 4) return store_both_ends<uint32_t>(p, bytes, row);
+    if constexpr (Width <= 2)
+        if (bytes >= 2) return store_both_ends<uint16_t>(p, bytes, row);
+    if constexpr (Width <= 1)
+        if (bytes == 1) std::memcpy(p, &row, 1);
+}
+
+inline bool aligned_to(const uint8_t* p, int width) {
+    return (reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(width - 1)) == 0;
+}
+
+// Bytes from `p` to the next multiple of `boundary`.
+inline int64_t bytes_to_boundary(const uint8_t* p, int boundary) {
+    return static_cast<int64_t>(-reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(boundary - 1));
+}
+
+// All of what follows returns the status of a member that ends with it.
+
+// Up to kShortFill bytes, whatever the alignment: by the power of two that fits, once from the start and once up to the
+// end, which takes fewer branches than one test for each bit of the length. More bytes are left to `longer`. With so
+// few stores each test and each branch taken shows: the sizes of one test each come first, and fall through, and a
+// length below 1 is found last, for which the result is `none`.
+inline constexpr int64_t kShortFill = 256;
+template <int Width, class Longer>
+[[gnu::always_inline]] inline int fill_short_or(uint8_t* p, int64_t bytes, __m256i row, int none, Longer longer) {
+    if (__builtin_expect_with_probability(bytes >= 32 && bytes <= 64, 1, 0.6)) {
+        store32(p, row);
+        store32(p + bytes - 32, row);
+        return 0;
+    }
+    if (__builtin_expect_with_probability(bytes > kShortFill, 0, 0.6)) return longer();
+    if (__builtin_expect_with_probability(bytes > 128, 1, 0.6)) {
+        store_rows<4>(p, row);
+        store_rows<4>(p + bytes - 128, row);
+        return 0;
+    }
+    if (__builtin_expect_with_probability(bytes > 64, 1, 0.6)) {
+        store_rows<2>(p, row);
+        store_rows<2>(p + bytes - 64, row);
+        return 0;
+    }
+    if (bytes < 1) return none;
+    fill_below_32<Width>(p, bytes, row);
+    return 0;
+}
+
+// Up to 127 bytes, or none.
 template <int Width>
 inline void fill_rest(uint8_t* p, int64_t bytes, __m256i row) {
-    if ((bytes & 128) != 0) {
-        store_rows<4>(p, row);
-        p += 128;
-    }
-    if ((bytes & 64) != 0) {
-        store_rows<2>(p, row);
-        p += 64;
-    }
-    if ((bytes & 32) != 0) store32(p, row), p += 32;
-    if ((bytes & 31) == 0) return;
-    if ((bytes & 16) != 0) store16(p, row), p += 16;
-    if constexpr (Width <= 8)
-        if ((bytes & 8) != 0) store_low<uint64_t>(p, row), p += 8;
-    if constexpr (Width <= 4)
-        if ((bytes & 4) != 0) store_low<uint32_t>(p, row), p += 4;
-    if constexpr (Width <= 2)
-        if ((bytes & 2) != 0) store_low<uint16_t>(p, row), p += 2;
-    if constexpr (Width <= 1)
-        if ((bytes & 1) != 0) store_low<uint8_t>(p, row);
+    fill_short_or<Width>(p, bytes, row, 0, [] { return 0; });
 }
 
 // The plain loop for arrays that are not aligned to their element.
 template <int Width>
 inline int fill_unaligned(uint8_t* p, int64_t bytes, __m256i row) {
     for (; bytes >= 32; bytes -= 32, p += 32) store32(p, row);
-    fill_rest<Width>(p, bytes, row);
+    fill_below_32<Width>(p, bytes, row);
     return 0;
 }
 
-// Backward from the end, in rows of 64 bytes by 16-byte stores: the start of the array, where its reader begins, is
-// what the caches saw last. `p` is a multiple of 16.
+// From the first 32-byte boundary on backward from the end, in rows of 64 bytes by 16-byte stores: the start of the
+// array, where its reader begins, is what the caches saw last. At least kBackwardFill bytes.
 inline int fill_backward(uint8_t* p, int64_t bytes, __m256i row) {
+    store32(p, row);
+    const int64_t head = bytes_to_boundary(p, 32);
+    p += head;
+    bytes -= head;
     store32(p + bytes - 32, row);
     store32(p + bytes - 64, row);
     for (uint8_t* q = p + (bytes & ~int64_t{63}); q != p;) {
@@ -82,33 +122,28 @@ inline int fill_backward(uint8_t* p, int64_t bytes, __m256i row) {
     return 0;
 }
 
-inline bool aligned_to(const uint8_t* p, int width) {
-    return (reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(width - 1)) == 0;
+// Forward in rounds of 256 bytes from the first 32-byte boundary on; more than 256 bytes.
+inline int fill_forward(uint8_t* p, int64_t bytes, __m256i row) {
+    uint8_t* const end = p + bytes;
+    store32(p, row);
+    p += 32 - static_cast<int64_t>(reinterpret_cast<uintptr_t>(p) & 31);
+    for (; end - p >= 256; p += 256) store_rows<8>(p, row);
+    if (end - p > 128) store_rows<4>(p, row);
+    store_rows<4>(end - 128, row);
+    return 0;
 }
-
-// Bytes from `p` to the next multiple of `boundary`.
-inline int64_t bytes_to_boundary(const uint8_t* p, int boundary) {
-    return static_cast<int64_t>(-reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(boundary - 1));
-}
-
-// All of these return 0, the status of a member that ends with them.
 
 // Through the caches. The empty asm hides what `row` holds, or a compiler turns the loops into calls of memset.
 template <int Width>
-inline int fill_cached(uint8_t* p, int64_t bytes, __m256i row) {
+[[gnu::always_inline]] inline int fill_cached(uint8_t* p, int64_t bytes, __m256i row) {
     __asm__("" : "+x"(row));
-    if (!aligned_to(p, Width)) return fill_unaligned<Width>(p, bytes, row);
-    const bool backward = bytes >= kBackwardFill;
-    if (bytes >= 256) {
-        store32(p, row);
-        const int64_t head = bytes_to_boundary(p, 32);
-        p += head;
-        bytes -= head;
-    }
-    if (backward) return fill_backward(p, bytes, row);
-    for (; bytes >= 256; bytes -= 256, p += 256) store_rows<8>(p, row);
-    fill_rest<Width>(p, bytes, row);
-    return 0;
+    // What most calls come for, before the chain of tests that short fills begin.
+    if (bytes > kShortFill && bytes < kBackwardFill && aligned_to(p, Width)) [[likely]]
+        return fill_forward(p, bytes, row);
+    return fill_short_or<Width>(p, bytes, row, 0, [=] {
+        if (!aligned_to(p, Width)) return fill_unaligned<Width>(p, bytes, row);
+        return fill_backward(p, bytes, row);
+    });
 }
 
 // Past the caches, by stores that don't fetch the lines: from the first 64-byte boundary on, two lines a round.
@@ -136,9 +171,20 @@ inline bool exceeds_caches(int64_t bytes) {
     return bytes > kCachedFillLimit && nax_dft_opaGetMaxCacheSizeB(&cache) == 0 && cache > 0 && bytes > cache;
 }
 
+// Apart, so that smaller fills don't pay for what the call in here makes it save. More than kCachedFillLimit bytes. It
+// takes half a row, as GCC omits the vzeroupper at the end of a function that takes a whole one.
 template <int Width>
-inline int fill_large(uint8_t* p, int64_t bytes, __m256i row) {
-    if (exceeds_caches(bytes) && aligned_to(p, Width)) return fill_streaming<Width>(p, bytes, row);
+[[gnu::noinline]] int fill_beyond_limit(uint8_t* p, int64_t bytes, __m128i half_row) {
+    const bool streaming = aligned_to(p, Width) && exceeds_caches(bytes);
+    const __m256i row = _mm256_broadcastsi128_si256(half_row);
+    if (streaming) return fill_streaming<Width>(p, bytes, row);
+    return aligned_to(p, Width) ? fill_backward(p, bytes, row) : fill_unaligned<Width>(p, bytes, row);
+}
+
+template <int Width>
+[[gnu::always_inline]] inline int fill_large(uint8_t* p, int64_t bytes, __m256i row) {
+    if (bytes > kCachedFillLimit) [[unlikely]]
+        return fill_beyond_limit<Width>(p, bytes, _mm256_castsi256_si128(row));
     return fill_cached<Width>(p, bytes, row);
 }
 

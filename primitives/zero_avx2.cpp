@@ -9,11 +9,14 @@ using namespace nax::primitives::avx2;
 
 namespace {
 
-inline int zero_member(void* array, int64_t element, int32_t length) {
-    if (const int status = check_array(array, length); status != 0) return status;
+// Short arrays are cleared here: a call more would take as long as the clearing.
+[[gnu::always_inline]] inline int zero_member(void* array, int64_t element, int32_t length) {
+    if (array == nullptr) return NAX_PRIMITIVES_NULL;
     uint8_t* const p = static_cast<uint8_t*>(array);
     const int64_t bytes = element * length;
-    return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
+    return fill_short_or<1>(p, bytes, _mm256_setzero_si256(), NAX_PRIMITIVES_SIZE, [=] {
+        return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
+    });
 }
 
 }  // namespace
@@ -21,8 +24,7 @@ inline int zero_member(void* array, int64_t element, int32_t length) {
 extern "C" {
 
 int nax_dft_avx2_ownsZero_8u(uint8_t* array, int64_t bytes) {
-    if (exceeds_caches(bytes)) return fill_streaming<1>(array, bytes, _mm256_setzero_si256());
-    return nax_dft_avx2_ownsZero_8u_E9(array, bytes);
+    return fill_large<1>(array, bytes, _mm256_setzero_si256());
 }
 
 int nax_dft_avx2_ownsZero_8u_E9(uint8_t* array, int64_t bytes) {
@@ -41,9 +43,9 @@ int nax_dft_avx2_ownsZero_8u_repE9(uint8_t* array, int64_t bytes) {
     return 0;
 }
 
-#define ZERO_MEMBER(suffix, type, parts)                              \
-    int nax_dft_avx2_opasZero_##suffix(type* array, int32_t length) { \
-        return zero_member(array, sizeof(type) * parts, length);      \
+#define ZERO_MEMBER(suffix, type, parts)                                               \
+    NAX_SHORT_MEMBER int nax_dft_avx2_opasZero_##suffix(type* array, int32_t length) { \
+        return zero_member(array, sizeof(type) * parts, length);                       \
     }
 NAX_PRIMITIVE_TYPES(ZERO_MEMBER)
 #undef ZERO_MEMBER
