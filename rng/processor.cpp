@@ -48,11 +48,11 @@ int __stoCPUisAES(void) {
     return kept(aes, [] { return (cpuid_leaf(1).ecx & bit_AES) != 0; });
 }
 
-// The generation tagged qgd has vector AES and its state; of any other processor it is asked.
+// The generation tagged qgd has vector AES and its state; of any other processor it is asked. A yes holds for AES too.
 int __stoCPUisVAES(void) {
     return kept(vector_aes, [] {
         const bool has_vaes = (cpuid_leaf(7).ecx & bit_VAES) != 0;
-        return has_vaes && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
+        return has_vaes && __stoCPUisAES() != 0 && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
     });
 }
 
