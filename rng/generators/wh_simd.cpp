@@ -55,6 +55,7 @@ struct Block {
     Block(Quad first, const Row& row) {
         constexpr int kDoublings = 4;
         Quad power[kDoublings + 1] = {row.a};      // a, a^2, a^4, a^8, a^16
+#pragma GCC unroll 4
         for (int i = 0; i < kDoublings; ++i) power[i + 1] = step(power[i], power[i], row.m, row.reciprocal);
         stride = power[kDoublings];
         x[0] = first;
