@@ -29,13 +29,15 @@ bool saves_vector_state() {
 // The tests stand before every call of some generators, and CPUID traps under a hypervisor: each answer is kept, as 1 or -1.
 // Threads that come first at once find the same one.
 template <class Ask>
+[[gnu::noinline]] int learn(int& answer, const Ask& ask) {
+    const int known = ask() ? 1 : -1;
+    __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    return known;
+}
+template <class Ask>
 bool kept(int& answer, const Ask& ask) {
-    int known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
-    if (known == 0) {
-        known = ask() ? 1 : -1;
-        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
-    }
-    return known > 0;
+    const int known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    return (known != 0 ? known : learn(answer, ask)) > 0;
 }
 
 int aes, vector_aes, rdrand, vector_clmul;
