@@ -140,12 +140,12 @@ template <class Map, class T>
         leave(kShort / kCounterBlockWords, last_block(s[kShortRows - 1]));
         return;
     }
-    U32 rows[kShortRows];
+    uint32_t words[kShort];
 #pragma GCC unroll 2
-    for (int i = 0; i < kShortRows; ++i) rows[i] = reinterpret_cast<U32>(s[i]);
-    convert_words(map, rows, r, n);
+    for (int i = 0; i < kShortRows; ++i) store(words + i * kLanes32, reinterpret_cast<U32>(s[i]));
+    convert_words(map, words, r, n);
     const int blocks = (n + kCounterBlockWords - 1) / kCounterBlockWords;
-    leave(blocks, load_words(reinterpret_cast<const uint32_t*>(rows) + (blocks - 1) * kCounterBlockWords));
+    leave(blocks, load_words(words + (blocks - 1) * kCounterBlockWords));
     state.left = static_cast<uint32_t>(blocks * kCounterBlockWords - n);
 }
 
