@@ -29,13 +29,15 @@ bool saves_vector_state() {
 // The tests stand before every call of some generators, and CPUID traps under a hypervisor: each answer is kept, as 1 or -1.
 // Threads that come first at once find the same one.
 template <class Ask>
+[[gnu::noinline]] int learn(int& answer, const Ask& ask) {
+    const int known = ask() ? 1 : -1;
+    __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
+    return known;
+}
+template <class Ask>
 bool kept(int& answer, const Ask& ask) {
-    int known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
-    if (known == 0) {
-        known = ask() ? 1 : -1;
-        __atomic_store_n(&answer, known, __ATOMIC_RELAXED);
-    }
-    return known > 0;
+    const int known = __atomic_load_n(&answer, __ATOMIC_RELAXED);
+    return (known != 0 ? known : learn(answer, ask)) > 0;
 }
 
 int aes, vector_aes, rdrand, vector_clmul;
@@ -48,11 +50,11 @@ int __stoCPUisAES(void) {
     return kept(aes, [] { return (cpuid_leaf(1).ecx & bit_AES) != 0; });
 }
 
-// The generation tagged qgd has vector AES and its state; of any other processor it is asked.
+// The generation tagged qgd has vector AES and its state; of any other processor it is asked. A yes holds for AES too.
 int __stoCPUisVAES(void) {
     return kept(vector_aes, [] {
         const bool has_vaes = (cpuid_leaf(7).ecx & bit_VAES) != 0;
-        return has_vaes && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
+        return has_vaes && __stoCPUisAES() != 0 && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
     });
 }
 

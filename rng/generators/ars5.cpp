@@ -19,11 +19,11 @@ void seed(Ars5State& state, const uint32_t* seeds, int n) {
     state.unused = 0;
 }
 
-// Numbers and skips need the processor's AES; seeding doesn't.
-template <class Draw>
-int with_aes(const Draw& draw) {
+// Skips need the processor's AES like numbers; seeding doesn't.
+template <class Move>
+int with_aes(const Move& move) {
     if (__stoCPUisAES() == 0) return STO_STATUS_NO_AES;
-    draw();
+    move();
     return STO_STATUS_OK;
 }
 
@@ -45,24 +45,6 @@ int __stoBRngARS5InitStream(int method, nax_stream* stream, int n, const void* p
         case NAX_INIT_SKIPAHEADEX: return with_aes([&] { skip_counter(state, n, nskip, ars5_block); });
         default: return STO_STATUS_BAD_METHOD;
     }
-}
-
-int __stosBRngARS5(nax_stream* stream, int n, float* r, float a, float b) {
-    return with_aes([&] {
-        if (n > 0) ars5_draw(payload<Ars5State>(stream), n, r, a, b);
-    });
-}
-
-int __stodBRngARS5(nax_stream* stream, int n, double* r, double a, double b) {
-    return with_aes([&] {
-        if (n > 0) ars5_draw(payload<Ars5State>(stream), n, r, a, b);
-    });
-}
-
-int __stoiBRngARS5(nax_stream* stream, int n, void* r) {
-    return with_aes([&] {
-        if (n > 0) ars5_draw(payload<Ars5State>(stream), n, static_cast<uint32_t*>(r));
-    });
 }
 
 }  // extern "C"

@@ -23,9 +23,4 @@ inline constexpr uint64_t kArs5KeyStepHigh = 0xBB67AE8584CAA73Bu;
 // The output block of state.counter.
 void ars5_block(const Ars5State& state, uint32_t (&out)[4]);
 
-// The next n numbers, n at least 1.
-void ars5_draw(Ars5State& state, int n, uint32_t* r);
-void ars5_draw(Ars5State& state, int n, double* r, double a, double b);
-void ars5_draw(Ars5State& state, int n, float* r, float a, float b);
-
 }  // namespace nax::rng

@@ -1,4 +1,4 @@
-// ARS5: the block loop, on AES rounds of vectors where the processor has them and of single blocks elsewhere.
+// Output of ARS5: the block loop, on AES rounds of vectors where the processor has them and of single blocks elsewhere.
 #include "rng/generators/ars5.h"
 
 #include "rng/generators/counter_draw.h"
@@ -38,6 +38,7 @@ inline Vector add64(Vector a, Vector b) { return _mm512_add_epi64(a, b); }
 inline Vector exclusive_or(Vector a, Vector b) { return _mm512_xor_si512(a, b); }
 inline Vector round_of(Vector s, Vector key) { return _mm512_aesenc_epi128(s, key); }
 inline Vector last_round(Vector s, Vector key) { return _mm512_aesenclast_epi128(s, key); }
+inline __m128i last_block(Vector s) { return _mm512_maskz_extracti32x4_epi32(0xF, s, 3); }
 
 #else
 
@@ -48,6 +49,7 @@ inline Vector add64(Vector a, Vector b) { return _mm256_add_epi64(a, b); }
 inline Vector exclusive_or(Vector a, Vector b) { return _mm256_xor_si256(a, b); }
 inline Vector round_of(Vector s, Vector key) { return _mm256_aesenc_epi128(s, key); }
 inline Vector last_round(Vector s, Vector key) { return _mm256_aesenclast_epi128(s, key); }
+inline __m128i last_block(Vector s) { return _mm256_extracti128_si256(s, 1); }
 
 #endif
 
@@ -94,14 +96,78 @@ struct _vARS5 {
     }
 };
 
+constexpr int kShort = 16;  // numbers of a short call
+constexpr int kShortRows = kShort / kLanes32;
+
+// The lanes' additions stay within the low half of the counter, and nothing is left of the last block.
+inline bool is_short(const Ars5State& state, int n) {
+    uint64_t low;
+    std::memcpy(&low, state.counter, sizeof(low));
+    return n <= kShort && state.left == 0 && !low_half_wraps(low, kShort / kCounterBlockWords);
+}
+
+// A short call costs little more than its rounds if counter and keys stay in vectors: no key schedule in memory, no
+// arithmetic on 128 bits.
 template <class Map, class T>
-void draw(Ars5State& state, int n, T* r, const Map& map) {
-    const RoundKeys round(state);
-    if (__stoCPUisVAES() != 0) {
-        draw_counter(state, n, r, map, WideAes{round}, ars5_block);
-    } else {
-        draw_counter(state, n, r, map, _vARS5{round}, ars5_block);
+[[gnu::always_inline]] inline void draw_short(Ars5State& state, int n, T* r, const Map& map) {
+    const __m128i counter = load_words(state.counter);
+    const Vector key = spread(load_words(state.key));
+    const auto round_key = [&](uint64_t i) {
+        const __m128i steps = _mm_set_epi64x(static_cast<int64_t>(i * kArs5KeyStepHigh), static_cast<int64_t>(i * kArs5KeyStepLow));
+        return add64(key, spread(steps));
+    };
+    Vector s[kShortRows];
+    Vector at = add64(spread(counter), block_numbers());
+#pragma GCC unroll 2
+    for (Vector& row : s) {
+        row = exclusive_or(at, key);
+        at = add64(at, spread(_mm_set_epi64x(0, kRowBlocks)));
     }
+#pragma GCC unroll 8
+    for (uint64_t i = 1; i <= kArs5Rounds; ++i) {
+        const Vector k = round_key(i);
+#pragma GCC unroll 2
+        for (Vector& row : s) row = i < kArs5Rounds ? round_of(row, k) : last_round(row, k);
+    }
+
+    const auto leave = [&](int blocks, __m128i last) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(state.counter), _mm_add_epi64(counter, _mm_set_epi64x(0, blocks)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(state.block), last);
+    };
+    if (n == kShort) {
+#pragma GCC unroll 2
+        for (int i = 0; i < kShortRows; ++i) map.store_block(r + i * kLanes32, reinterpret_cast<U32>(s[i]));
+        leave(kShort / kCounterBlockWords, last_block(s[kShortRows - 1]));
+        return;
+    }
+    uint32_t words[kShort];
+#pragma GCC unroll 2
+    for (int i = 0; i < kShortRows; ++i) store(words + i * kLanes32, reinterpret_cast<U32>(s[i]));
+    convert_words(map, words, r, n);
+    const int blocks = (n + kCounterBlockWords - 1) / kCounterBlockWords;
+    leave(blocks, load_words(words + (blocks - 1) * kCounterBlockWords));
+    state.left = static_cast<uint32_t>(blocks * kCounterBlockWords - n);
+}
+
+template <class Generator, class Map, class T>
+[[gnu::noinline]] void draw_long(Ars5State& state, int n, T* r, const Map& map) {
+    const RoundKeys round(state);
+    draw_counter(state, n, r, map, Generator{round}, ars5_block);
+}
+
+// Numbers need the processor's AES.
+template <class Map, class T>
+int draw(nax_stream* stream, int n, T* r, const Map& map) {
+    Ars5State& state = payload<Ars5State>(stream);
+    if (__stoCPUisVAES() != 0) {
+        if (n <= 0) return STO_STATUS_OK;
+        if (is_short(state, n)) draw_short(state, n, r, map);
+        else draw_long<WideAes>(state, n, r, map);
+        return STO_STATUS_OK;
+    }
+    if (__stoCPUisAES() == 0) return STO_STATUS_NO_AES;
+    if (n > 0) draw_long<_vARS5>(state, n, r, map);
+    return STO_STATUS_OK;
 }
 
 }  // namespace
@@ -111,8 +177,20 @@ void ars5_block(const Ars5State& state, uint32_t (&out)[4]) {
     std::memcpy(out, &words, sizeof(out));
 }
 
-void ars5_draw(Ars5State& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void ars5_draw(Ars5State& state, int n, double* r, double a, double b) { draw(state, n, r, MidpointScale<double>(a, b)); }
-void ars5_draw(Ars5State& state, int n, float* r, float a, float b) { draw(state, n, r, MidpointScale<float>(a, b)); }
-
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+extern "C" {
+
+int __stosBRngARS5(nax_stream* stream, int n, float* r, float a, float b) {
+    return draw(stream, n, r, MidpointScale<float>(a, b));
+}
+
+int __stodBRngARS5(nax_stream* stream, int n, double* r, double a, double b) {
+    return draw(stream, n, r, MidpointScale<double>(a, b));
+}
+
+int __stoiBRngARS5(nax_stream* stream, int n, void* r) { return draw(stream, n, static_cast<uint32_t*>(r), RawWords{}); }
+
+}  // extern "C"

@@ -3,7 +3,7 @@
 // Products: A. Karatsuba, Yu. Ofman (1962) below 39 words, Toom-Cook with three parts from there on, evaluated at 0, 1, w,
 // w + 1 and infinity for w = x^64, so that evaluation and exact division are whole-word work (M. Bodrato, "Towards optimal
 // Toom-Cook multiplication for univariate and multivariate polynomials in characteristic 2 and 0", WAIFI 2007). Remainders:
-// P. Barrett's reduction with a precomputed inverse, which has no division.
+// P. Barrett's reduction with a precomputed inverse, which has no division; modulo polynomials of few terms, folding.
 #pragma once
 
 #include <cstddef>
@@ -37,5 +37,15 @@ void poly_mod_p(uint64_t* result, int degree, const uint64_t* inverse, const uin
 
 // Scratch of the two functions above.
 constexpr std::size_t poly_mod_scratch(std::size_t words) { return 8 * words + poly_mul_scratch(words); }
+
+// Folding: for up to kFoldTerms terms whose second exponent lies a block of words or more below the degree. The exponents
+// stand in ascending order.
+inline constexpr int kFoldTerms = 256;
+inline constexpr int kFoldBlock = 8;
+inline constexpr int kFoldPadding = 2 * kFoldBlock;
+bool poly_folds(int degree, int terms, const int32_t* exponents);
+// value := value mod p, for a value of any number of words that is a multiple of kFoldBlock; the scratch has kFoldPadding
+// words more.
+void poly_fold(uint64_t* value, int words, int degree, int terms, const int32_t* exponents, uint64_t* scratch);
 
 }  // namespace nax::rng

@@ -1,4 +1,4 @@
-// Remainders of polynomials over GF(2): Barrett reduction, and x^n modulo a polynomial.
+// Remainders of polynomials over GF(2): Barrett reduction, and x^n modulo a polynomial by it or by folding.
 #include <algorithm>
 #include <bit>
 #include <utility>
@@ -135,22 +135,66 @@ void poly_mod_p(uint64_t* result, int degree, const uint64_t* inverse, const uin
     truncate(result, 2 * words, degree);
 }
 
+bool poly_folds(int degree, int terms, const int32_t* exponents) {
+    return terms >= 2 && terms <= kFoldTerms && exponents[0] >= 0 && exponents[terms - 1] == degree &&
+           degree - exponents[terms - 2] >= kWordBits * kFoldBlock &&
+           std::adjacent_find(exponents, exponents + terms, [](int32_t a, int32_t b) { return a >= b; }) == exponents + terms;
+}
+
 namespace {
 
-// x^n mod p by squaring; `power` has room for 2 words words.
-void power_of_x(uint64_t* power, uint64_t n, int degree, const uint64_t* inverse, const uint64_t* p, int words,
-                uint64_t* square, uint64_t* scratch) {
-    std::fill_n(power, 2 * words, uint64_t{0});
+// The modulus, with what reduces by it.
+struct Modulus {
+    int degree, terms;
+    const int32_t* exponents;
+    int words;              // poly_mod_words(degree)
+    int square_words;       // of a square: 2 words, rounded up to blocks
+    bool folds;
+    const uint64_t* p = nullptr;
+    uint64_t* inverse = nullptr;      // unless it folds
+    uint64_t* scratch = nullptr;
+
+    Modulus(int d, int count, const int32_t* table)
+        : degree(d), terms(count), exponents(table), words(poly_mod_words(d)),
+          square_words((2 * words + kFoldBlock - 1) / kFoldBlock * kFoldBlock), folds(poly_folds(d, count, table)) {}
+
+    std::size_t memory() const {
+        const std::size_t w = static_cast<std::size_t>(words), square = static_cast<std::size_t>(square_words);
+        return 2 * w + 2 * square + std::max(poly_mod_scratch(w), square + kFoldPadding);
+    }
+    // Takes its words and the scratch from zeroed memory; returns the place for two squares.
+    uint64_t* place(uint64_t* memory) {
+        uint64_t* const dense = memory;
+        for (int i = 0; i < terms; ++i) {
+            const int word = exponents[i] / kWordBits;
+            if (word < words) dense[word] |= uint64_t{1} << (exponents[i] % kWordBits);
+        }
+        p = dense;
+        inverse = dense + words;
+        uint64_t* const squares = inverse + words;
+        scratch = squares + 2 * square_words;
+        if (!folds) poly_inverse(inverse, degree, p, words, scratch);
+        return squares;
+    }
+    void reduce(uint64_t* square) const {
+        if (folds) poly_fold(square, square_words, degree, terms, exponents, scratch);
+        else poly_mod_p(square, degree, inverse, p, words, scratch);
+    }
+};
+
+// x^n mod p by squaring, for n > 0; `power` and `square` have room for a square.
+void power_of_x(uint64_t* power, uint64_t n, const Modulus& modulus, uint64_t* square) {
+    const int words = modulus.words, degree = modulus.degree;
     power[0] = 2;
     for (int bit = static_cast<int>(std::bit_width(n)) - 2; bit >= 0; --bit) {
         poly_square(square, power, words);
-        if (reaches(square, 2 * words, degree)) poly_mod_p(square, degree, inverse, p, words, scratch);
+        if (reaches(square, 2 * words, degree)) modulus.reduce(square);
         std::copy_n(square, words, power);
         if ((n >> bit & 1) == 0) continue;
         const uint64_t carry = power[words - 1] >> 63;
         for (int i = words - 1; i > 0; --i) power[i] = power[i] << 1 | power[i - 1] >> 63;
         power[0] <<= 1;
-        if (carry != 0 || reaches(power, words, degree)) xor_words(power, p, words);
+        if (carry != 0 || reaches(power, words, degree)) xor_words(power, modulus.p, words);
         truncate(power, words, degree);
     }
 }
@@ -166,23 +210,12 @@ extern "C" int __stoPolyRem(uint64_t nskip, int degree, int terms, const int32_t
         out[nskip / kWordBits] = uint64_t{1} << (nskip % kWordBits);
         return STO_STATUS_OK;
     }
-    const int size = poly_mod_words(degree);
-    const std::size_t length = static_cast<std::size_t>(size);
-    nax::service::Block<uint64_t> work(6 * length + poly_mod_scratch(length));
+    Modulus modulus(degree, terms, table);
+    nax::service::Block<uint64_t> work(modulus.memory());
     if (!work) return STO_STATUS_NO_MEMORY;
-    uint64_t* const p = work.get();
-    uint64_t* const inverse = p + length;
-    uint64_t* const power = inverse + length;
-    uint64_t* const square = power + 2 * length;
-    uint64_t* const scratch = square + 2 * length;
-
-    std::fill_n(p, length, uint64_t{0});
-    for (int i = 0; i < terms; ++i) {
-        const int word = table[i] / kWordBits;
-        if (word < size) p[word] |= uint64_t{1} << (table[i] % kWordBits);
-    }
-    poly_inverse(inverse, degree, p, size, scratch);
-    power_of_x(power, nskip, degree, inverse, p, size, square, scratch);
+    std::fill_n(work.get(), modulus.memory(), uint64_t{0});
+    uint64_t* const power = modulus.place(work.get());
+    power_of_x(power, nskip, modulus, power + modulus.square_words);
     std::copy_n(power, std::min(words, (degree + kWordBits - 1) / kWordBits), out);
     return STO_STATUS_OK;
 }

@@ -28,9 +28,10 @@ void seed(Mrg32k3aState& state, int n, const uint32_t* seeds) {
 constexpr uint32_t kRowX[3] = {kMrgX.row(0), kMrgX.row(1), kMrgX.row(2)};
 constexpr uint32_t kRowY[3] = {kMrgY.row(0), kMrgY.row(1), kMrgY.row(2)};
 
-void skip(Mrg32k3aState& state, uint64_t count) {
-    __stoiVect3PowMod(state.x, kRowX, kMrgX.modulus, count);
-    __stoiVect3PowMod(state.y, kRowY, kMrgY.modulus, count);
+// By the tabulated powers: a product of matrix and vector for each bit set.
+void skip(Mrg32k3aState& state, int words, const uint64_t* count) {
+    __stoiVect3PowArrayMod_M1(state.x, words, count, _sto_mrg32k3a_skipahead_table);
+    __stoiVect3PowArrayMod_M2(state.y, words, count, _sto_mrg32k3a_skipahead_table + 9 * kMrgMatrices);
 }
 
 // Bits that the table of matrices covers.
@@ -46,9 +47,7 @@ bool fits_table(int words, const uint64_t* count) {
 int skip_long(Mrg32k3aState& state, int words, const uint64_t* count) {
     if (words <= 0) return STO_STATUS_OK;
     if (fits_table(words, count)) {
-        const int used = std::min(words, (kMrgMatrices + 63) / 64);
-        __stoiVect3PowArrayMod_M1(state.x, used, count, _sto_mrg32k3a_skipahead_table);
-        __stoiVect3PowArrayMod_M2(state.y, used, count, _sto_mrg32k3a_skipahead_table + 9 * kMrgMatrices);
+        skip(state, std::min(words, (kMrgMatrices + 63) / 64), count);
         return STO_STATUS_OK;
     }
     Mrg32k3aState moved = state;
@@ -65,7 +64,7 @@ extern "C" int __stoBRngMRG32K3AInitStream(int method, nax_stream* stream, int n
     switch (method) {
         case NAX_INIT_STANDARD: seed(state, n, static_cast<const uint32_t*>(params)); return STO_STATUS_OK;
         case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: skip(state, *static_cast<const uint64_t*>(params)); return STO_STATUS_OK;
+        case NAX_INIT_SKIPAHEAD: skip(state, 1, static_cast<const uint64_t*>(params)); return STO_STATUS_OK;
         case NAX_INIT_SKIPAHEADEX: return skip_long(state, n, static_cast<const uint64_t*>(params));
         default: return STO_STATUS_BAD_METHOD;
     }

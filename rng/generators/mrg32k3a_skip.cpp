@@ -68,19 +68,18 @@ long spread_bits(int words, const uint64_t* n, uint8_t* bits) {
     return used;
 }
 
-// Multiplies the tabulated powers of the set bits and applies their product once.
+// Applies the tabulated powers of the set bits, the highest first: the same vector as by their product, with a third of the
+// multiplications.
 template <uint32_t m>
 void tabulated_power(uint32_t x[3], int words, const uint64_t* n, const uint32_t* table) {
-    Matrix power = kIdentity;
-    bool is_identity = true;
-    for (int w = 0; w < words; ++w) {
-        for (uint64_t bits = n[w]; bits != 0; bits &= bits - 1) {
-            const Matrix& factor = reinterpret_cast<const Matrix*>(table)[64 * w + __builtin_ctzll(bits)];
-            power = is_identity ? factor : product(power, factor, m);
-            is_identity = false;
+    const Matrix* const powers = reinterpret_cast<const Matrix*>(table);
+    for (int w = words - 1; w >= 0; --w) {
+        for (uint64_t bits = n[w]; bits != 0;) {
+            const int b = 63 - __builtin_clzll(bits);
+            apply(powers[64 * w + b], x, m);
+            bits ^= uint64_t{1} << b;
         }
     }
-    if (!is_identity) apply(power, x, m);
 }
 
 constexpr SkipTable skip_table() {

@@ -55,6 +55,7 @@ struct Block {
     Block(Quad first, const Row& row) {
         constexpr int kDoublings = 4;
         Quad power[kDoublings + 1] = {row.a};      // a, a^2, a^4, a^8, a^16
+#pragma GCC unroll 4
         for (int i = 0; i < kDoublings; ++i) power[i + 1] = step(power[i], power[i], row.m, row.reciprocal);
         stride = power[kDoublings];
         x[0] = first;
@@ -64,7 +65,19 @@ struct Block {
             x[i] = step(x[i - (1 << level)], power[level], row.m, row.reciprocal);
         }
     }
+    // The state after n outputs, n at most the block's length.
+    Quad after(int n, const Row& row) const { return n < kBlock ? x[n] : step(x[0], stride, row.m, row.reciprocal); }
 };
+
+// Four vectors of four components to four components of four outputs.
+[[gnu::always_inline]] inline void transpose(const Quad* from, Quad (&to)[kWhComponents]) {
+    const Quad low02 = __builtin_shufflevector(from[0], from[1], 0, 4, 2, 6), low13 = __builtin_shufflevector(from[0], from[1], 1, 5, 3, 7);
+    const Quad high02 = __builtin_shufflevector(from[2], from[3], 0, 4, 2, 6), high13 = __builtin_shufflevector(from[2], from[3], 1, 5, 3, 7);
+    to[0] = __builtin_shufflevector(low02, high02, 0, 1, 4, 5);
+    to[1] = __builtin_shufflevector(low13, high13, 0, 1, 4, 5);
+    to[2] = __builtin_shufflevector(low02, high02, 2, 3, 6, 7);
+    to[3] = __builtin_shufflevector(low13, high13, 2, 3, 6, 7);
+}
 
 // The same component by component, lanes along the sequence.
 struct Lanes {
@@ -80,15 +93,12 @@ struct Lanes {
             reciprocal[j] = broadcast(row.reciprocal[j]);
         }
 #pragma GCC unroll 16
-        for (int i = 0; i < kBlock; i += 4) transpose(block.x + i, i);
-    }
-    void transpose(const Quad* from, int column) {
-        const Quad low02 = __builtin_shufflevector(from[0], from[1], 0, 4, 2, 6), low13 = __builtin_shufflevector(from[0], from[1], 1, 5, 3, 7);
-        const Quad high02 = __builtin_shufflevector(from[2], from[3], 0, 4, 2, 6), high13 = __builtin_shufflevector(from[2], from[3], 1, 5, 3, 7);
-        store(x[0] + column, __builtin_shufflevector(low02, high02, 0, 1, 4, 5));
-        store(x[1] + column, __builtin_shufflevector(low13, high13, 0, 1, 4, 5));
-        store(x[2] + column, __builtin_shufflevector(low02, high02, 2, 3, 6, 7));
-        store(x[3] + column, __builtin_shufflevector(low13, high13, 2, 3, 6, 7));
+        for (int i = 0; i < kBlock; i += 4) {
+            Quad components[kWhComponents];
+            transpose(block.x + i, components);
+#pragma GCC unroll 16
+            for (int k = 0; k < kWhComponents; ++k) store(x[k] + i, components[k]);
+        }
     }
     Quad output(int i) const { return Quad{x[0][i], x[1][i], x[2][i], x[3][i]}; }
 };
@@ -104,7 +114,26 @@ struct Interval {
         if constexpr (sizeof(T) == sizeof(float)) store(r, narrow(value));
         else store(r, value);
     }
+    void store_quad(T* r, Quad sum) const {
+        const Quad value = _mm256_fmadd_pd(Quad{} + width, sum - truncate(sum), Quad{} + origin);
+        if constexpr (sizeof(T) == sizeof(float)) _mm_storeu_ps(r, _mm256_cvtpd_ps(value));
+        else store(r, value);
+    }
 };
+
+// The numbers of a call of one block: the terms of an output are made before they are brought side by side, and nothing
+// moves on beyond the block.
+template <class T>
+void put_short(const Block& block, const Row& row, const Interval<T>& interval, T* r) {
+#pragma GCC unroll 16
+    for (int i = 0; i < kBlock; i += 4) {
+        Quad terms[4], term[kWhComponents];
+#pragma GCC unroll 16
+        for (int k = 0; k < 4; ++k) terms[k] = block.x[i + k] * row.reciprocal;
+        transpose(terms, term);
+        interval.store_quad(r + i, term[0] + term[1] + term[2] + term[3]);
+    }
+}
 
 template <class T>
 void put_block(const Lanes& lanes, const Interval<T>& interval, T* r) {
@@ -156,6 +185,12 @@ int generate_real(Stream* stream, int n, T* r, T a, T b) {
     Quad x = from_words(state);
     if (n <= kSequential) {
         for (int i = 0; i < n; ++i, x = step(x, row.a, row.m, row.reciprocal)) r[i] = interval(fraction(x, row.reciprocal));
+    } else if (n <= kBlock) {
+        const Block block(x, row);
+        T part[kBlock];
+        put_short(block, row, interval, n == kBlock ? r : part);
+        if (n < kBlock) std::memcpy(r, part, static_cast<unsigned>(n) * sizeof(T));
+        x = block.after(n, row);
     } else {
         Lanes lanes(Block(x, row), row);
         const int tail = n % kBlock;
@@ -189,6 +224,10 @@ int generate_words(Stream* stream, int n, uint32_t* r) {
     Quad x = from_words(state);
     if (n <= kSequential) {
         for (int i = 0; i < n; ++i, r += kWhComponents, x = step(x, row.a, row.m, row.reciprocal)) put_words(r, x);
+    } else if (n <= kBlock) {
+        const Block block(x, row);
+        for (int i = 0; i < n; ++i, r += kWhComponents) put_words(r, block.x[i]);
+        x = block.after(n, row);
     } else {
         Block block(x, row);
         const int blocks = n / kBlock, tail = n % kBlock;

@@ -116,6 +116,39 @@ TEST(Gf2, BarrettRemainders) {
     }
 }
 
+TEST(Gf2, FoldingByPolynomialsOfFewTerms) {
+    std::mt19937_64 engine(5);
+    for (const int degree : {512, 575, 576, 1000, 1024, 5003, 19937}) {
+        for (const int terms : {2, 3, 17, kFoldTerms}) {
+            std::set<int32_t> exponents = {0, degree};
+            const int highest = degree - 64 * kFoldBlock;
+            if (terms > 2) exponents.insert(highest);
+            while (static_cast<int>(exponents.size()) < std::min(terms, highest / 2)) {
+                exponents.insert(static_cast<int32_t>(engine() % static_cast<uint64_t>(highest + 1)));
+            }
+            const std::vector<int32_t> table(exponents.begin(), exponents.end());
+            const int count = static_cast<int>(table.size());
+            ASSERT_TRUE(poly_folds(degree, count, table.data()));
+            Poly p(degree + 1);
+            for (const int32_t exponent : table) p.flip(exponent);
+            const int words = (2 * degree / 64 / kFoldBlock + 1) * kFoldBlock;
+            Poly value(64 * words - 1);
+            value.words.resize(static_cast<size_t>(words));
+            for (int i = 0; i < 64 * words - 1; ++i) {
+                if (engine() % 2 != 0) value.flip(i);
+            }
+            const Poly expected = remainder(value, p);
+            std::vector<uint64_t> scratch(static_cast<size_t>(words + kFoldPadding), ~uint64_t{0});
+            poly_fold(value.words.data(), words, degree, count, table.data(), scratch.data());
+            ASSERT_EQ(value.words, expected.words) << degree << ' ' << count;
+        }
+    }
+    const std::vector<int32_t> near = {0, 489, 1000}, twice = {0, 3, 3, 1000}, lower = {0, 3, 999};
+    EXPECT_FALSE(poly_folds(1000, 3, near.data()));
+    EXPECT_FALSE(poly_folds(1000, 4, twice.data()));
+    EXPECT_FALSE(poly_folds(1000, 3, lower.data()));
+}
+
 TEST(Gf2, PowersOfX) {
     const std::vector<int32_t> table = {0, 3, 31};  // a primitive trinomial: x has order 2^31 - 1
     std::vector<uint64_t> out(2);

@@ -204,6 +204,20 @@ TEST(LinearSkip, Mrg32k3aLongSkipWithoutMemoryLeavesTheStream) {
     EXPECT_EQ(skip_far(stream, far), STO_STATUS_OK);
 }
 
+// The tabulated powers and binary exponentiation of the recurrence come to the same state, for any pattern of bits.
+TEST(LinearSkip, Mrg32k3aTableAgreesWithExponentiation) {
+    const uint32_t row_x[3] = {4294156359, 1403580, 0}, row_y[3] = {4293573854, 0, 527612};
+    for (const uint64_t n : {uint64_t{0}, uint64_t{1} << 40, uint64_t{0x8000000000000001}, uint64_t{0x0123456789ABCDEF}, ~uint64_t{0}}) {
+        const TestStream stream(NAX_BRNG_MRG32K3A, {1, 2, 3, 4294967086, 5, 4294944442});
+        uint32_t state[6];
+        std::memcpy(state, payload_bytes(stream).data(), sizeof(state));
+        __stoiVect3PowMod(state, row_x, 4294967087, n);
+        __stoiVect3PowMod(state + 3, row_y, 4294944443, n);
+        ASSERT_EQ(__stoSkipAheadStream(stream, n), STO_STATUS_OK);
+        EXPECT_EQ(std::memcmp(state, payload_bytes(stream).data(), sizeof(state)), 0) << n;
+    }
+}
+
 TEST(LinearSkip, TabulatedMatricesFollowTheRecurrence) {
     const uint32_t* const x = _sto_mrg32k3a_skipahead_table;
     const uint32_t* const y = x + 193 * 9;
