@@ -23,20 +23,24 @@ void store32(uint8_t* p, __m256i row) { _mm256_storeu_si256(reinterpret_cast<__m
 
 // Copies n bytes, Unit <= n <= 2 Unit, by two moves that may overlap.
 template <class Unit>
-inline void copy_by_two(const uint8_t* source, uint8_t* target, int64_t n) {
+inline int copy_by_two(const uint8_t* source, uint8_t* target, int64_t n) {
     Unit first, last;
     std::memcpy(&first, source, sizeof(Unit));
     std::memcpy(&last, source + n - sizeof(Unit), sizeof(Unit));
     std::memcpy(target, &first, sizeof(Unit));
     std::memcpy(target + n - sizeof(Unit), &last, sizeof(Unit));
+    return success();
 }
 
-inline void copy_below_32(const uint8_t* source, uint8_t* target, int64_t n) {
-    if (n >= 16) return copy_by_two<__m128i_u>(source, target, n);
-    if (n >= 8) return copy_by_two<uint64_t>(source, target, n);
-    if (n >= 4) return copy_by_two<uint32_t>(source, target, n);
-    if (n >= 2) return copy_by_two<uint16_t>(source, target, n);
-    if (n == 1) *target = *source;
+// The result is `none` for a length below 1.
+inline int copy_below_32(const uint8_t* source, uint8_t* target, int64_t n, int none) {
+    if (rather(n >= 16)) return copy_by_two<__m128i_u>(source, target, n);
+    if (rather(n >= 8)) return copy_by_two<uint64_t>(source, target, n);
+    if (rather(n >= 4)) return copy_by_two<uint32_t>(source, target, n);
+    if (rather(n >= 2)) return copy_by_two<uint16_t>(source, target, n);
+    if (n < 1) return none;
+    *target = *source;
+    return success();
 }
 
 // Copies n bytes, 32 Rows <= n <= 64 Rows, as rows from the start and rows up to the end. Written as a recursion so
@@ -52,28 +56,23 @@ inline void copy_from_both_ends(const uint8_t* source, uint8_t* target, int64_t 
     }
 }
 
-// Up to kShortCopy bytes; more are left to `longer`. With so few moves each test and each branch taken shows: the sizes
-// of one test each come first, and fall through, and a length below 1 is found last, for which the result is `none`.
+// Up to kShortCopy bytes; more are left to `longer`. A length below 1 is found last; its result is `none`.
 constexpr int64_t kShortCopy = 256;
 template <class Longer>
 [[gnu::always_inline]] inline int copy_short_or(const uint8_t* source, uint8_t* target, int64_t n, int none,
                                                 Longer longer) {
-    if (__builtin_expect_with_probability(n >= 32 && n <= 64, 1, 0.6)) {
+    if (rather(n <= 64)) {
+        if (!rather(n >= 32)) return copy_below_32(source, target, n, none);
         copy_from_both_ends<1>(source, target, n);
-        return 0;
+        return success();
     }
-    if (__builtin_expect_with_probability(n > kShortCopy, 0, 0.6)) return longer();
-    if (__builtin_expect_with_probability(n > 128, 1, 0.6)) {
-        copy_from_both_ends<4>(source, target, n);
-        return 0;
-    }
-    if (__builtin_expect_with_probability(n > 64, 1, 0.6)) {
+    if (!rather(n <= kShortCopy)) return longer();
+    if (rather(n <= 128)) {
         copy_from_both_ends<2>(source, target, n);
-        return 0;
+        return success();
     }
-    if (n < 1) return none;
-    copy_below_32(source, target, n);
-    return 0;
+    copy_from_both_ends<4>(source, target, n);
+    return success();
 }
 
 // More than 256 bytes: the first row, rounds of four rows to aligned targets, and the last four rows.
@@ -164,14 +163,12 @@ int nax_dft_avx2_ownsCopy_8u_repE9(const uint8_t* source, uint8_t* target, int32
 
 int nax_dft_avx2_ownsCopy_8u(const uint8_t* source, uint8_t* target, int32_t bytes) {
     for (; bytes >= 16; bytes -= 16, source += 16, target += 16) std::memcpy(target, source, 16);
-    copy_below_32(source, target, bytes);
-    return 0;
+    return copy_below_32(source, target, bytes, 0);
 }
 
 int nax_dft_avx2_ownsCopy_8u_E9(const uint8_t* source, uint8_t* target, int32_t bytes) {
     for (; bytes >= 32; bytes -= 32, source += 32, target += 32) store32(target, load32(source));
-    copy_below_32(source, target, bytes);
-    return 0;
+    return copy_below_32(source, target, bytes, 0);
 }
 
 #define COPY_MEMBER(suffix, type, parts)                                                                    \

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "nax/processor.h"
+#include "primitives/member.h"
 
 namespace nax::primitives::avx2 {
 
@@ -31,23 +32,27 @@ inline void store_rows(uint8_t* p, __m256i row) {
 // Two units, one from the start and one up to the end, that may overlap: sizeof(Unit) <= bytes <= 2 sizeof(Unit). As
 // all units and `bytes` are multiples of the Width, what both write is the same.
 template <class Unit>
-inline void store_both_ends(uint8_t* p, int64_t bytes, __m128i row) {
+inline int store_both_ends(uint8_t* p, int64_t bytes, __m128i row) {
     std::memcpy(p, &row, sizeof(Unit));
     std::memcpy(p + bytes - sizeof(Unit), &row, sizeof(Unit));
+    return success();
 }
 
+// All of what follows returns the status of a member that ends with it.
+
+// The result is `none` for a length below 1.
 template <int Width>
-inline void fill_below_32(uint8_t* p, int64_t bytes, __m256i wide_row) {
-    const __m128i row = _mm256_castsi256_si128(wide_row);
-    if (bytes >= 16) return store_both_ends<__m128i>(p, bytes, row);
+inline int fill_below_32(uint8_t* p, int64_t bytes, __m128i row, int none) {
+    if (rather(bytes >= 16)) return store_both_ends<__m128i>(p, bytes, row);
     if constexpr (Width <= 8)
-        if (bytes >= 8) return store_both_ends<uint64_t>(p, bytes, row);
+        if (rather(bytes >= 8)) return store_both_ends<uint64_t>(p, bytes, row);
     if constexpr (Width <= 4)
-        if (bytes >= 4) return store_both_ends<uint32_t>(p, bytes, row);
+        if (rather(bytes >= 4)) return store_both_ends<uint32_t>(p, bytes, row);
     if constexpr (Width <= 2)
-        if (bytes >= 2) return store_both_ends<uint16_t>(p, bytes, row);
-    if constexpr (Width <= 1)
-        if (bytes == 1) std::memcpy(p, &row, 1);
+        if (rather(bytes >= 2)) return store_both_ends<uint16_t>(p, bytes, row);
+    if (bytes < 1) return none;
+    if constexpr (Width == 1) std::memcpy(p, &row, 1);
+    return success();
 }
 
 inline bool aligned_to(const uint8_t* p, int width) {
@@ -59,48 +64,41 @@ inline int64_t bytes_to_boundary(const uint8_t* p, int boundary) {
     return static_cast<int64_t>(-reinterpret_cast<uintptr_t>(p) & static_cast<uintptr_t>(boundary - 1));
 }
 
-// All of what follows returns the status of a member that ends with it.
-
 // Up to kShortFill bytes, whatever the alignment: by the power of two that fits, once from the start and once up to the
-// end, which takes fewer branches than one test for each bit of the length. More bytes are left to `longer`. With so
-// few stores each test and each branch taken shows: the sizes of one test each come first, and fall through, and a
-// length below 1 is found last, for which the result is `none`.
+// end, which takes fewer branches than one test for each bit of the length. More bytes are left to `longer`. A length
+// below 1 is found last; its result is `none`.
 inline constexpr int64_t kShortFill = 256;
 template <int Width, class Longer>
-[[gnu::always_inline]] inline int fill_short_or(uint8_t* p, int64_t bytes, __m256i row, int none, Longer longer) {
-    if (__builtin_expect_with_probability(bytes >= 32 && bytes <= 64, 1, 0.6)) {
+[[gnu::always_inline]] inline int fill_short_or(uint8_t* p, int64_t bytes, __m128i half_row, int none, Longer longer) {
+    const __m256i row = _mm256_broadcastsi128_si256(half_row);
+    if (rather(bytes <= 64)) {
+        if (!rather(bytes >= 32)) return fill_below_32<Width>(p, bytes, half_row, none);
         store32(p, row);
         store32(p + bytes - 32, row);
-        return 0;
+        return success();
     }
-    if (__builtin_expect_with_probability(bytes > kShortFill, 0, 0.6)) return longer();
-    if (__builtin_expect_with_probability(bytes > 128, 1, 0.6)) {
-        store_rows<4>(p, row);
-        store_rows<4>(p + bytes - 128, row);
-        return 0;
-    }
-    if (__builtin_expect_with_probability(bytes > 64, 1, 0.6)) {
+    if (!rather(bytes <= kShortFill)) return longer();
+    if (rather(bytes <= 128)) {
         store_rows<2>(p, row);
         store_rows<2>(p + bytes - 64, row);
-        return 0;
+        return success();
     }
-    if (bytes < 1) return none;
-    fill_below_32<Width>(p, bytes, row);
-    return 0;
+    store_rows<4>(p, row);
+    store_rows<4>(p + bytes - 128, row);
+    return success();
 }
 
 // Up to 127 bytes, or none.
 template <int Width>
 inline void fill_rest(uint8_t* p, int64_t bytes, __m256i row) {
-    fill_short_or<Width>(p, bytes, row, 0, [] { return 0; });
+    fill_short_or<Width>(p, bytes, _mm256_castsi256_si128(row), 0, [] { return 0; });
 }
 
 // The plain loop for arrays that are not aligned to their element.
 template <int Width>
 inline int fill_unaligned(uint8_t* p, int64_t bytes, __m256i row) {
     for (; bytes >= 32; bytes -= 32, p += 32) store32(p, row);
-    fill_below_32<Width>(p, bytes, row);
-    return 0;
+    return fill_below_32<Width>(p, bytes, _mm256_castsi256_si128(row), 0);
 }
 
 // From the first 32-byte boundary on backward from the end, in rows of 64 bytes by 16-byte stores: the start of the
@@ -140,7 +138,7 @@ template <int Width>
     // What most calls come for, before the chain of tests that short fills begin.
     if (bytes > kShortFill && bytes < kBackwardFill && aligned_to(p, Width)) [[likely]]
         return fill_forward(p, bytes, row);
-    return fill_short_or<Width>(p, bytes, row, 0, [=] {
+    return fill_short_or<Width>(p, bytes, _mm256_castsi256_si128(row), 0, [=] {
         if (!aligned_to(p, Width)) return fill_unaligned<Width>(p, bytes, row);
         return fill_backward(p, bytes, row);
     });

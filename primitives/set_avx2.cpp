@@ -54,8 +54,8 @@ template <int Width>
     if (array == nullptr) return NAX_PRIMITIVES_NULL;
     const auto p = static_cast<uint8_t*>(array);
     const int64_t bytes = int64_t{Width} * length;
-    const __m256i row = _mm256_broadcastsi128_si256(half_row);
-    return fill_short_or<Width>(p, bytes, row, NAX_PRIMITIVES_SIZE, [=] { return fill<Width>(p, bytes, half_row); });
+    return fill_short_or<Width>(p, bytes, half_row, NAX_PRIMITIVES_SIZE,
+                                [=] { return fill<Width>(p, bytes, half_row); });
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
     if (array == nullptr) return NAX_PRIMITIVES_NULL;
     uint8_t* const p = static_cast<uint8_t*>(array);
     const int64_t bytes = element * length;
-    return fill_short_or<1>(p, bytes, _mm256_setzero_si256(), NAX_PRIMITIVES_SIZE, [=] {
+    return fill_short_or<1>(p, bytes, _mm_setzero_si128(), NAX_PRIMITIVES_SIZE, [=] {
         return bytes > kCachedFillLimit ? nax_dft_avx2_ownsZero_8u(p, bytes) : nax_dft_avx2_ownsZero_8u_E9(p, bytes);
     });
 }
