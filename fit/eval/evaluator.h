@@ -8,10 +8,21 @@
 
 namespace nax::fit {
 
+// The evaluators, in the order of the evaluation index: ROW(name, what else the caller wants).
+#define NAX_DF_EVALUATORS(ROW, ...) \
+    ROW(Linear, __VA_ARGS__)        \
+    ROW(Quadratic, __VA_ARGS__)     \
+    ROW(Cubic, __VA_ARGS__)         \
+    ROW(QuadSubb, __VA_ARGS__)      \
+    ROW(Arbitr, __VA_ARGS__)        \
+    ROW(StepLeft, __VA_ARGS__)      \
+    ROW(StepRight, __VA_ARGS__)     \
+    ROW(LookUp, __VA_ARGS__)
+
 enum Evaluator : int32_t {
-#define NAX_DF_EVALUATOR(name, orders) kEval##name,
-#include "fit/eval/evaluators.def"
-#undef NAX_DF_EVALUATOR
+#define NAX_DF_ENUMERATOR(name, ...) kEval##name,
+    NAX_DF_EVALUATORS(NAX_DF_ENUMERATOR)
+#undef NAX_DF_ENUMERATOR
     kEvaluators
 };
 

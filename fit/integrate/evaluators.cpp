@@ -206,41 +206,37 @@ template double fill_running_sums(const Integration<float>&, int64_t, RunningSum
 
 }  // namespace nax::fit
 
-#define NAX_DF_MEMBER(name, pieces, T, callbacks)                                                                        \
-    int32_t name(const void* call, int64_t function, const void* block, void* r, int64_t stride) {            \
-        using namespace nax::fit;                                                                                        \
-        return integrate<T, pieces, callbacks>(*static_cast<const Integration<T>*>(call), function,                      \
-                                               *static_cast<const LimitBlock<T>*>(block), static_cast<T*>(r), stride);   \
+#define NAX_DF_MEMBER(name, pieces, T, callbacks)                                                                      \
+    int32_t name(const void* call, int64_t function, const void* block, void* r, int64_t stride) {                     \
+        using namespace nax::fit;                                                                                      \
+        return integrate<T, pieces, callbacks>(*static_cast<const Integration<T>*>(call), function,                    \
+                                               *static_cast<const LimitBlock<T>*>(block), static_cast<T*>(r), stride); \
     }
-#define NAX_DF_INTEGRAL(name, pieces)                                   \
-    NAX_DF_MEMBER(nax_df_kernel_d_##name, pieces, double, false)        \
-    NAX_DF_MEMBER(nax_df_kernel_d_##name##CB, pieces, double, true)     \
-    NAX_DF_MEMBER(nax_df_kernel_s_##name, pieces, float, false)         \
-    NAX_DF_MEMBER(nax_df_kernel_s_##name##CB, pieces, float, true)
-#include "fit/integrate/evaluators.def"
-#undef NAX_DF_INTEGRAL
+#define NAX_DF_FAMILY(name, pieces, T, precision)                       \
+    NAX_DF_MEMBER(nax_df_kernel_##precision##_##name, pieces, T, false) \
+    NAX_DF_MEMBER(nax_df_kernel_##precision##_##name##CB, pieces, T, true)
+// The integration evaluators in the order of their indices: ROW(name, class of the pieces, what else the caller wants).
+#define NAX_DF_INTEGRALS(ROW, ...)                         \
+    ROW(IntegrateLinearSpline, LinearPieces, __VA_ARGS__)  \
+    ROW(IntegrateQuadSpline, QuadraticPieces, __VA_ARGS__) \
+    ROW(IntegrateCubSpline, CubicPieces, __VA_ARGS__)      \
+    ROW(IntegrateSubbSpline, SubbotinPieces, __VA_ARGS__)  \
+    ROW(IntegrateArbSpline, ArbitraryPieces, __VA_ARGS__)  \
+    ROW(IntegratePwLSpline, LeftSteps, __VA_ARGS__)        \
+    ROW(IntegratePwRSpline, RightSteps, __VA_ARGS__)
+NAX_DF_INTEGRALS(NAX_DF_FAMILY, double, d)
+NAX_DF_INTEGRALS(NAX_DF_FAMILY, float, s)
 
 namespace nax::fit {
 
-#define NAX_DF_INTEGRAL(name, pieces) nax_df_kernel_d_##name,
-template <> const IntegralFunction IntegralTables<double>::_Integrate1DDispatch[] = {
-#include "fit/integrate/evaluators.def"
-};
-#undef NAX_DF_INTEGRAL
-#define NAX_DF_INTEGRAL(name, pieces) nax_df_kernel_d_##name##CB,
-template <> const IntegralFunction IntegralTables<double>::_Integrate1DDispatchCB[] = {
-#include "fit/integrate/evaluators.def"
-};
-#undef NAX_DF_INTEGRAL
-#define NAX_DF_INTEGRAL(name, pieces) nax_df_kernel_s_##name,
-template <> const IntegralFunction IntegralTables<float>::_Integrate1DDispatch[] = {
-#include "fit/integrate/evaluators.def"
-};
-#undef NAX_DF_INTEGRAL
-#define NAX_DF_INTEGRAL(name, pieces) nax_df_kernel_s_##name##CB,
-template <> const IntegralFunction IntegralTables<float>::_Integrate1DDispatchCB[] = {
-#include "fit/integrate/evaluators.def"
-};
-#undef NAX_DF_INTEGRAL
+#define NAX_DF_ENTRY(name, pieces, precision, member) nax_df_kernel_##precision##_##name##member,
+#define NAX_DF_TABLE(T, table, precision, member)                            \
+    template <>                                                              \
+    const IntegralFunction IntegralTables<T>::table[kIntegralEvaluators] = { \
+        NAX_DF_INTEGRALS(NAX_DF_ENTRY, precision, member)};
+NAX_DF_TABLE(double, _Integrate1DDispatch, d, )
+NAX_DF_TABLE(double, _Integrate1DDispatchCB, d, CB)
+NAX_DF_TABLE(float, _Integrate1DDispatch, s, )
+NAX_DF_TABLE(float, _Integrate1DDispatchCB, s, CB)
 
 }  // namespace nax::fit

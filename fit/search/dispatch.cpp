@@ -3,55 +3,18 @@
 
 namespace nax::fit {
 
-#define NAX_DF_SEARCH(name) nax_df_kernel_dDF##name##Search1D,
-template <>
-const SearchKernel<double> SearchTables<double>::_Search1DDispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_dDF##name##Search1D32,
-template <>
-const SearchMember<double> SearchTables<double>::_Search1D32Dispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_dDF##name##Search1D64Pack,
-template <>
-const SearchMember<double> SearchTables<double>::_Search1D64PackDispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_dDF##name##Search1D64,
-template <>
-const SearchMember<double> SearchTables<double>::_Search1D64Dispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-
-#define NAX_DF_SEARCH(name) nax_df_kernel_sDF##name##Search1D,
-template <>
-const SearchKernel<float> SearchTables<float>::_Search1DDispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_sDF##name##Search1D32,
-template <>
-const SearchMember<float> SearchTables<float>::_Search1D32Dispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_sDF##name##Search1D64Pack,
-template <>
-const SearchMember<float> SearchTables<float>::_Search1D64PackDispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
-#define NAX_DF_SEARCH(name) nax_df_kernel_sDF##name##Search1D64,
-template <>
-const SearchMember<float> SearchTables<float>::_Search1D64Dispatch[kSearchAlgorithms] = {
-#include "fit/search/algorithms.def"
-};
-#undef NAX_DF_SEARCH
+#define NAX_DF_ENTRY(name, precision, member) nax_df_kernel_##precision##DF##name##Search1D##member,
+#define NAX_DF_TABLE(T, Function, table, precision, member) \
+    template <>                                             \
+    const Function<T> SearchTables<T>::table[kSearchAlgorithms] = {NAX_DF_SEARCHES(NAX_DF_ENTRY, precision, member)};
+NAX_DF_TABLE(double, SearchKernel, _Search1DDispatch, d, )
+NAX_DF_TABLE(double, SearchMember, _Search1D32Dispatch, d, 32)
+NAX_DF_TABLE(double, SearchMember, _Search1D64PackDispatch, d, 64Pack)
+NAX_DF_TABLE(double, SearchMember, _Search1D64Dispatch, d, 64)
+NAX_DF_TABLE(float, SearchKernel, _Search1DDispatch, s, )
+NAX_DF_TABLE(float, SearchMember, _Search1D32Dispatch, s, 32)
+NAX_DF_TABLE(float, SearchMember, _Search1D64PackDispatch, s, 64Pack)
+NAX_DF_TABLE(float, SearchMember, _Search1D64Dispatch, s, 64)
 
 namespace {
 
@@ -69,14 +32,12 @@ int32_t search_by_flags(SearchAlgorithm algorithm, int64_t nx, const T* x, int64
 }  // namespace
 }  // namespace nax::fit
 
-#define NAX_DF_SEARCH_KERNEL(name, T, algorithm)                                                                      \
-    extern "C" int32_t name(int64_t nx, const T* x, int64_t nsite, const T* site, int64_t* position,                  \
-                            nax::fit::SearchCallback<T> callback, void* parameters, const int64_t* bin_table,         \
-                            void* cell, int64_t flags, T scale) {                                                     \
-        return nax::fit::search_by_flags<T>(algorithm, nx, x, nsite, site, position, callback, parameters, bin_table, \
-                                            cell, flags, scale);                                                      \
+#define NAX_DF_SEARCH_KERNEL(algorithm, T, precision)                                                                  \
+    extern "C" int32_t nax_df_kernel_##precision##DF##algorithm##Search1D(                                             \
+        int64_t nx, const T* x, int64_t nsite, const T* site, int64_t* position, nax::fit::SearchCallback<T> callback, \
+        void* parameters, const int64_t* bin_table, void* cell, int64_t flags, T scale) {                              \
+        return nax::fit::search_by_flags<T>(nax::fit::kSearch##algorithm, nx, x, nsite, site, position, callback,      \
+                                            parameters, bin_table, cell, flags, scale);                                \
     }
-#define NAX_DF_SEARCH(name)                                                                  \
-    NAX_DF_SEARCH_KERNEL(nax_df_kernel_dDF##name##Search1D, double, nax::fit::kSearch##name) \
-    NAX_DF_SEARCH_KERNEL(nax_df_kernel_sDF##name##Search1D, float, nax::fit::kSearch##name)
-#include "fit/search/algorithms.def"
+NAX_DF_SEARCHES(NAX_DF_SEARCH_KERNEL, double, d)
+NAX_DF_SEARCHES(NAX_DF_SEARCH_KERNEL, float, s)

@@ -7,10 +7,20 @@
 
 namespace nax::fit {
 
+// The search algorithms, in the order of every table of the search: ROW(name, what else the caller wants).
+#define NAX_DF_SEARCHES(ROW, ...)  \
+    ROW(Uniform, __VA_ARGS__)      \
+    ROW(QuasiUniform, __VA_ARGS__) \
+    ROW(Sorted, __VA_ARGS__)       \
+    ROW(Peak, __VA_ARGS__)         \
+    ROW(Hybrid, __VA_ARGS__)       \
+    ROW(UserDef, __VA_ARGS__)      \
+    ROW(UniUserDef, __VA_ARGS__)
+
 enum SearchAlgorithm : int32_t {
-#define NAX_DF_SEARCH(name) kSearch##name,
-#include "fit/search/algorithms.def"
-#undef NAX_DF_SEARCH
+#define NAX_DF_ENUMERATOR(name, ...) kSearch##name,
+    NAX_DF_SEARCHES(NAX_DF_ENUMERATOR)
+#undef NAX_DF_ENUMERATOR
     kSearchAlgorithms,
     kSearchNone = kSearchAlgorithms  // the cells are given
 };
