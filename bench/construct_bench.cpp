@@ -1,15 +1,10 @@
 // Construction and integration of splines against GSL, ALGLIB, Boost and a plain Thomas loop: nanoseconds per point and
-// function, or per pair of limits; the minimum over the repetitions of half a second.
-//
-//   construct_bench [points [pairs]]
-#include <algorithm>
-#include <chrono>
+// function, or per pair of limits. Takes the options of bench/measure.h.
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
+#include <memory>
 #include <random>
-#include <vector>
 
+#include "bench/measure.h"
 #include "nax/fitting_construction.h"
 #include "nax/fitting_integration.h"
 
@@ -23,28 +18,8 @@
 #include <boost/math/interpolators/cardinal_cubic_b_spline.hpp>
 #endif
 
+namespace nax::bench {
 namespace {
-
-// Nanoseconds for one item of a call that handles `items` of them.
-template <class Work>
-double measure(double items, Work work) {
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
-    double best = 1e300;
-    do {
-        const auto begin = Clock::now();
-        work();
-        best = std::min(best, std::chrono::duration<double, std::nano>(Clock::now() - begin).count());
-    } while (Clock::now() - start < std::chrono::milliseconds(500));
-    return best / items;
-}
-
-void report(const char* work, const char* who, double ns, double own) {
-    if (ns == own)
-        std::printf("%-44s %-28s %9.2f\n", work, who, ns);
-    else
-        std::printf("%-44s %-28s %9.2f   %6.2f times ours\n", work, who, ns, ns / own);
-}
 
 struct Data {
     std::vector<double> x, y, ends;
@@ -58,28 +33,60 @@ struct Data {
     }
 };
 
-using Build = int32_t (*)(nax_df_task*, int64_t, int64_t, const nax_threaders*);
+struct Family {
+    const char* name;
+    int32_t (*build)(nax_df_task*, int64_t, int64_t, const nax_threaders*);
+    int64_t order, type, boundary;
+};
+constexpr Family kNatural = {"natural cubic", nax_df_kernel_dDFNaturalCubicSpline1D, 4, NAX_DF_TYPE_NATURAL,
+                             NAX_DF_BC_FREE_END};
+constexpr Family kFamilies[] = {
+    kNatural,
+    {"not-a-knot cubic", nax_df_kernel_dDFNaturalCubicSpline1D, 4, NAX_DF_TYPE_NATURAL, NAX_DF_BC_NOT_A_KNOT},
+    {"Akima", nax_df_kernel_dDFAkimaCubicSpline1D, 4, NAX_DF_TYPE_AKIMA, 0},
+    {"Hyman", nax_df_kernel_dDFHymanCubicSpline1D, 4, NAX_DF_TYPE_HYMAN, 0},
+    {"Bessel", nax_df_kernel_dDFBesselCubicSpline1D, 4, NAX_DF_TYPE_BESSEL, 0},
+    {"linear", nax_df_kernel_dDFLinearSpline1D, 2, 0, 0},
+};
 
-double build_spline(const Data& data, Build build, int64_t order, int64_t type, int64_t boundary, bool uniform, int64_t yhint = 16) {
-    const int64_t n = int64_t(data.x.size()), functions = int64_t(data.y.size()) / n;
-    std::vector<double> c(size_t(n * functions * order));
-    const double bc[] = {0.0, 0.0};
-    nax_df_task* task = nullptr;
-    nax_df_kernel_dNewTask1D(&task, n, uniform ? data.ends.data() : data.x.data(), uniform ? 4 : 0, functions, data.y.data(), yhint, 1);
-    nax_df_kernel_dEditPPSpline1D(task, order, type, boundary, bc, 0, nullptr, c.data(), 0);
-    int32_t status = 0;
-    const double ns = measure(double(n * functions), [&] { status |= build(task, 0, 0, nullptr); });
-    if (status != 0) std::printf("status %d\n", status);
-    nax_df_kernel_DeleteTask(&task);
-    return ns;
-}
+// A task over the data, ready for construction.
+class Spline {
+public:
+    Spline(const Data& data, const Family& family, bool uniform, int64_t yhint = NAX_DF_STORAGE_ROWS)
+        : family_(family), coefficients_(data.y.size() * size_t(family.order)) {
+        const auto n = int64_t(data.x.size()), functions = int64_t(data.y.size()) / n;
+        nax_df_kernel_dNewTask1D(&task_, n, uniform ? data.ends.data() : data.x.data(),
+                                 uniform ? NAX_DF_PARTITION_UNIFORM : 0, functions, data.y.data(), yhint, 1);
+        nax_df_kernel_dEditPPSpline1D(task_, family.order, family.type, family.boundary, kEndValues, 0, nullptr,
+                                      coefficients_.data(), 0);
+    }
+    Spline(const Spline&) = delete;
+    Spline& operator=(const Spline&) = delete;
+    ~Spline() { nax_df_kernel_DeleteTask(&task_); }
+
+    void build() const {
+        const int32_t status = family_.build(task_, 0, 0, nullptr);
+        if (status != 0) std::printf("%s: status %d\n", family_.name, status);
+    }
+    void integrate(const std::vector<double>& a, const std::vector<double>& b, double* r) const {
+        const int32_t status = nax_df_kernel_dDFIntegrate1D(
+            task_, 0, int64_t(a.size()), a.data(), 0, b.data(), 0, nullptr, nullptr, r, NAX_DF_STORAGE_ROWS, nullptr,
+            nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
+        if (status != 0) std::printf("integration: status %d\n", status);
+    }
+
+private:
+    static constexpr double kEndValues[] = {0.0, 0.0};
+    const Family& family_;
+    std::vector<double> coefficients_;
+    nax_df_task* task_ = nullptr;
+};
 
 // The textbook loop: one elimination downwards, one substitution upwards, then the cells.
-double thomas(const Data& data) {
+std::function<void()> thomas(const Data& data) {
     const size_t n = data.x.size();
-    const std::vector<double>&x = data.x, &y = data.y;
-    std::vector<double> u(n), z(n), c(4 * n);
-    return measure(double(n), [&] {
+    return [&x = data.x, &y = data.y, n, u = std::vector<double>(n), z = std::vector<double>(n),
+            c = std::vector<double>(4 * n)]() mutable {
         u[0] = z[0] = 0;
         for (size_t i = 1; i + 1 < n; ++i) {
             const double h0 = x[i] - x[i - 1], h1 = x[i + 1] - x[i];
@@ -96,156 +103,160 @@ double thomas(const Data& data) {
             c[4 * i + 3] = (right - left) / (3 * h);
             right = left;
         }
-    });
+    };
 }
 
 #ifdef NAX_HAVE_GSL
-double gsl_build(const Data& data, const gsl_interp_type* type) {
-    gsl_interp* const spline = gsl_interp_alloc(type, data.x.size());
-    const double ns = measure(double(data.x.size()), [&] { gsl_interp_init(spline, data.x.data(), data.y.data(), data.x.size()); });
-    gsl_interp_free(spline);
-    return ns;
+// Whose linear splines are checks of the data alone, and whose cubics stop before the cells.
+void add_gsl(std::vector<Contender>& contenders, const Data& data, const std::string& family) {
+    const gsl_interp_type* const type = family == "natural cubic" ? gsl_interp_cspline
+                                        : family == "Akima"       ? gsl_interp_akima
+                                        : family == "Hyman"       ? gsl_interp_steffen
+                                        : family == "linear"      ? gsl_interp_linear
+                                                                  : nullptr;
+    if (type == nullptr) return;
+    const std::shared_ptr<gsl_interp> spline(gsl_interp_alloc(type, data.x.size()), gsl_interp_free);
+    contenders.push_back({family == "Hyman" ? "GSL steffen" : "GSL", [&data, spline] {
+                              gsl_interp_init(spline.get(), data.x.data(), data.y.data(), data.x.size());
+                          }});
 }
 #endif
 
-void construction(size_t n) {
-    const Data data(n);
-    for (const bool uniform : {false, true}) {
-        const char* const grid = uniform ? "uniform" : "general";
-        std::printf("\nConstruction, %zu points, %s partition, ns per point\n", n, grid);
-        const double natural = build_spline(data, nax_df_kernel_dDFNaturalCubicSpline1D, 4, 2, 2, uniform);
-        report("natural cubic", "nax", natural, natural);
-        if (!uniform) {
-            report("", "Thomas loop", thomas(data), natural);
-#ifdef NAX_HAVE_GSL
-            report("", "GSL cspline (no cells)", gsl_build(data, gsl_interp_cspline), natural);
-#endif
-        }
-        const double knots = build_spline(data, nax_df_kernel_dDFNaturalCubicSpline1D, 4, 2, 1, uniform);
-        report("not-a-knot cubic", "nax", knots, knots);
-        const double akima = build_spline(data, nax_df_kernel_dDFAkimaCubicSpline1D, 4, 5, 0, uniform);
-        report("Akima", "nax", akima, akima);
-        const double hyman = build_spline(data, nax_df_kernel_dDFHymanCubicSpline1D, 4, 9, 0, uniform);
-        const double bessel = build_spline(data, nax_df_kernel_dDFBesselCubicSpline1D, 4, 4, 0, uniform);
-        const double linear = build_spline(data, nax_df_kernel_dDFLinearSpline1D, 2, 0, 0, uniform);
-        if (!uniform) {
-#ifdef NAX_HAVE_GSL
-            report("", "GSL akima", gsl_build(data, gsl_interp_akima), akima);
-#endif
-        }
-        report("Hyman", "nax", hyman, hyman);
-        if (!uniform) {
-#ifdef NAX_HAVE_GSL
-            report("", "GSL steffen", gsl_build(data, gsl_interp_steffen), hyman);
-#endif
-        }
-        report("Bessel", "nax", bessel, bessel);
-        report("linear", "nax", linear, linear);
-        if (!uniform) {
-#ifdef NAX_HAVE_GSL
-            report("", "GSL linear (checks only)", gsl_build(data, gsl_interp_linear), linear);
-#endif
-        }
 #ifdef NAX_HAVE_ALGLIB
-        if (!uniform) {
-            alglib::real_1d_array x, y;
-            x.setcontent(alglib::ae_int_t(n), data.x.data());
-            y.setcontent(alglib::ae_int_t(n), data.y.data());
-            alglib::spline1dinterpolant spline;
-            report("natural cubic", "ALGLIB", measure(double(n), [&] { alglib::spline1dbuildcubic(x, y, alglib::ae_int_t(n), 2, 0.0, 2, 0.0, spline); }), natural);
-            report("Akima", "ALGLIB", measure(double(n), [&] { alglib::spline1dbuildakima(x, y, spline); }), akima);
-            report("Hyman / monotone", "ALGLIB", measure(double(n), [&] { alglib::spline1dbuildmonotone(x, y, spline); }), hyman);
-        }
+struct AlglibData {
+    alglib::real_1d_array x, y;
+    alglib::ae_int_t n;
+    alglib::spline1dinterpolant spline;
+    explicit AlglibData(const Data& data) : n(alglib::ae_int_t(data.x.size())) {
+        x.setcontent(n, data.x.data());
+        y.setcontent(n, data.y.data());
+    }
+    void natural() { alglib::spline1dbuildcubic(x, y, n, 2, 0.0, 2, 0.0, spline); }
+};
+
+void add_alglib(std::vector<Contender>& contenders, const Data& data, const std::string& family) {
+    const auto peer = std::make_shared<AlglibData>(data);
+    if (family == "natural cubic") contenders.push_back({"ALGLIB", [peer] { peer->natural(); }});
+    if (family == "Akima")
+        contenders.push_back({"ALGLIB", [peer] { alglib::spline1dbuildakima(peer->x, peer->y, peer->spline); }});
+    if (family == "Hyman")
+        contenders.push_back(
+            {"ALGLIB monotone", [peer] { alglib::spline1dbuildmonotone(peer->x, peer->y, peer->spline); }});
+}
+#endif
+
+void construction(Report& report) {
+    const Data data(100000);
+    const auto n = int64_t(data.x.size());
+    for (const bool uniform : {false, true})
+        for (const Family& family : kFamilies) {
+            const Spline spline(data, family, uniform);
+            std::vector<Contender> contenders = {{"ours", [&] { spline.build(); }}};
+            const bool natural = std::string(family.name) == kNatural.name;
+            if (natural && !uniform) contenders.push_back({"Thomas loop", thomas(data)});
+#ifdef NAX_HAVE_GSL
+            if (!uniform) add_gsl(contenders, data, family.name);
+#endif
+#ifdef NAX_HAVE_ALGLIB
+            if (!uniform) add_alglib(contenders, data, family.name);
 #endif
 #ifdef NAX_HAVE_BOOST
-        if (uniform)
-            report("natural cubic / cubic B-spline", "Boost", measure(double(n), [&] {
-                       boost::math::interpolators::cardinal_cubic_b_spline<double> spline(data.y.begin(), data.y.end(), 0.0, 1.0, 0.0, 0.0);
-                       (void)spline;
-                   }), natural);
+            if (natural && uniform)
+                contenders.push_back({"Boost B-spline", [&] {
+                                          const boost::math::interpolators::cardinal_cubic_b_spline<double> peer(
+                                              data.y.begin(), data.y.end(), 0.0, 1.0, 0.0, 0.0);
+                                      }});
 #endif
-    }
+            report.time(family.name, uniform ? "uniform" : "general", n, std::move(contenders));
+        }
     const Data many(1000, 100);
-    std::printf("\nConstruction, 100 functions of 1000 points, ns per point and function\n");
-    for (const int64_t yhint : {16, 32}) {
-        const char* const layout = yhint == 16 ? "rows" : "columns";
-        std::printf("%-8s natural %.2f  natural, uniform %.2f  Akima %.2f  Hyman %.2f  Bessel %.2f  linear %.2f\n", layout,
-                    build_spline(many, nax_df_kernel_dDFNaturalCubicSpline1D, 4, 2, 2, false, yhint),
-                    build_spline(many, nax_df_kernel_dDFNaturalCubicSpline1D, 4, 2, 2, true, yhint),
-                    build_spline(many, nax_df_kernel_dDFAkimaCubicSpline1D, 4, 5, 0, false, yhint),
-                    build_spline(many, nax_df_kernel_dDFHymanCubicSpline1D, 4, 9, 0, false, yhint),
-                    build_spline(many, nax_df_kernel_dDFBesselCubicSpline1D, 4, 4, 0, false, yhint),
-                    build_spline(many, nax_df_kernel_dDFLinearSpline1D, 2, 0, 0, false, yhint));
-    }
+    for (const int64_t yhint : {NAX_DF_STORAGE_ROWS, NAX_DF_STORAGE_COLUMNS})
+        for (const Family& family : kFamilies) {
+            const Spline spline(many, family, false, yhint);
+            report.time(std::string(family.name) + ", 100 functions", yhint == NAX_DF_STORAGE_ROWS ? "rows" : "columns",
+                        int64_t(many.y.size()), {{"ours", [&] { spline.build(); }}});
+        }
 }
 
-void integration(size_t cells, size_t pairs) {
-    const Data data(cells + 1);
-    std::printf("\nIntegration, %zu random pairs, %zu cells, ns per pair\n", pairs, cells);
-    std::mt19937_64 engine(3);
-    std::vector<double> a, b, r(pairs), c(4 * cells);
-    double own = 0;
-    for (const bool uniform : {false, true}) {
-        std::uniform_real_distribution<double> any(0, uniform ? double(cells) : data.x.back());
-        a.clear(), b.clear();
-        for (size_t i = 0; i < pairs; ++i) a.push_back(any(engine)), b.push_back(any(engine));
-        nax_df_task* task = nullptr;
-        nax_df_kernel_dNewTask1D(&task, int64_t(cells) + 1, uniform ? data.ends.data() : data.x.data(), uniform ? 4 : 0, 1, data.y.data(), 16, 1);
-        nax_df_kernel_dEditPPSpline1D(task, 4, 2, 2, nullptr, 0, nullptr, c.data(), 0);
-        int32_t status = nax_df_kernel_dDFNaturalCubicSpline1D(task, 0, 0, nullptr);
-        const double ns = measure(double(pairs), [&] {
-            status |= nax_df_kernel_dDFIntegrate1D(task, 0, int64_t(pairs), a.data(), 0, b.data(), 0, nullptr, nullptr, r.data(), 16, nullptr,
-                                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-        });
-        if (status != 0) std::printf("status %d\n", status);
-        if (!uniform) own = ns;
-        report(uniform ? "natural cubic, uniform partition" : "natural cubic, general partition", "nax", ns, ns);
+double worst(const std::vector<double>& a, const std::vector<double>& b) {
+    double most = 0;
+    for (size_t i = 0; i < b.size(); ++i) most = std::max(most, std::fabs(a[i] - b[i]));
+    return most;
+}
+
+std::string differs_by(double difference) {
+    char text[40];
+    std::snprintf(text, sizeof text, "differs by %.1e", difference);
+    return text;
+}
+
 #ifdef NAX_HAVE_GSL
-        if (!uniform) {
-            gsl_interp* const spline = gsl_interp_alloc(gsl_interp_cspline, cells + 1);
-            gsl_interp_accel* const accel = gsl_interp_accel_alloc();
-            gsl_interp_init(spline, data.x.data(), data.y.data(), cells + 1);
-            const size_t few = std::min<size_t>(pairs, 2000);
-            double worst = 0;
-            const double peer = measure(double(few), [&] {
-                for (size_t i = 0; i < few; ++i) {
-                    const bool back = b[i] < a[i];
-                    const double low = back ? b[i] : a[i], high = back ? a[i] : b[i];
-                    const double value = gsl_interp_eval_integ(spline, data.x.data(), data.y.data(), low, high, accel);
-                    worst = std::max(worst, std::fabs((back ? -value : value) - r[i]));
-                }
-            });
-            report("", "GSL eval_integ", peer, own);
-            std::printf("largest difference from GSL: %.1e\n", worst);
-            gsl_interp_free(spline);
-            gsl_interp_accel_free(accel);
+void add_gsl_integral(std::vector<Contender>& contenders, const Data& data, const std::vector<double>& a,
+                      const std::vector<double>& b, const std::vector<double>& ours) {
+    constexpr size_t kPairs = 2000;
+    const std::shared_ptr<gsl_interp> spline(gsl_interp_alloc(gsl_interp_cspline, data.x.size()), gsl_interp_free);
+    const std::shared_ptr<gsl_interp_accel> accel(gsl_interp_accel_alloc(), gsl_interp_accel_free);
+    gsl_interp_init(spline.get(), data.x.data(), data.y.data(), data.x.size());
+    const auto r = std::make_shared<std::vector<double>>(kPairs);
+    const auto run = [&, spline, accel, r] {
+        for (size_t i = 0; i < kPairs; ++i) {
+            const double low = std::min(a[i], b[i]), high = std::max(a[i], b[i]);
+            const double value =
+                gsl_interp_eval_integ(spline.get(), data.x.data(), data.y.data(), low, high, accel.get());
+            (*r)[i] = b[i] < a[i] ? -value : value;
         }
+    };
+    run();
+    contenders.push_back({"GSL", run, int64_t(kPairs), differs_by(worst(ours, *r))});
+}
+#endif
+
+#ifdef NAX_HAVE_ALGLIB
+void add_alglib_integral(std::vector<Contender>& contenders, const Data& data, const std::vector<double>& a,
+                         const std::vector<double>& b, const std::vector<double>& ours) {
+    constexpr size_t kPairs = 1000;
+    const auto peer = std::make_shared<AlglibData>(data);
+    peer->natural();
+    const auto r = std::make_shared<std::vector<double>>(kPairs);
+    const auto run = [&, peer, r] {
+        for (size_t i = 0; i < kPairs; ++i)
+            (*r)[i] = alglib::spline1dintegrate(peer->spline, b[i]) - alglib::spline1dintegrate(peer->spline, a[i]);
+    };
+    run();
+    contenders.push_back({"ALGLIB, two calls", run, int64_t(kPairs), differs_by(worst(ours, *r))});
+}
+#endif
+
+void integration(Report& report) {
+    const Data data(1001);
+    constexpr size_t kPairs = 100000;
+    for (const bool uniform : {false, true}) {
+        std::mt19937_64 engine(3);
+        std::uniform_real_distribution<double> any(0, uniform ? data.ends[1] : data.x.back());
+        std::vector<double> a, b, r(kPairs);
+        for (size_t i = 0; i < kPairs; ++i) a.push_back(any(engine)), b.push_back(any(engine));
+        const Spline spline(data, kNatural, uniform);
+        spline.build();
+        spline.integrate(a, b, r.data());
+        std::vector<Contender> contenders = {{"ours", [&] { spline.integrate(a, b, r.data()); }}};
+#ifdef NAX_HAVE_GSL
+        if (!uniform) add_gsl_integral(contenders, data, a, b, r);
 #endif
 #ifdef NAX_HAVE_ALGLIB
-        if (!uniform) {
-            alglib::real_1d_array x, y;
-            x.setcontent(alglib::ae_int_t(cells + 1), data.x.data());
-            y.setcontent(alglib::ae_int_t(cells + 1), data.y.data());
-            alglib::spline1dinterpolant spline;
-            alglib::spline1dbuildcubic(x, y, alglib::ae_int_t(cells + 1), 2, 0.0, 2, 0.0, spline);
-            const size_t few = std::min<size_t>(pairs, 1000);
-            double sum = 0;
-            const double peer = measure(double(few), [&] {
-                for (size_t i = 0; i < few; ++i) sum += alglib::spline1dintegrate(spline, b[i]) - alglib::spline1dintegrate(spline, a[i]);
-            });
-            report("", sum == 0.125 ? "" : "ALGLIB spline1dintegrate x2", peer, own);
-        }
+        if (!uniform) add_alglib_integral(contenders, data, a, b, r);
 #endif
-        nax_df_kernel_DeleteTask(&task);
+        report.time("integrals over 1000 cells", uniform ? "uniform" : "general", kPairs, std::move(contenders));
     }
 }
 
 }  // namespace
+}  // namespace nax::bench
 
 int main(int argc, char** argv) {
-    const size_t points = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100000;
-    const size_t pairs = argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 100000;
-    construction(points);
-    integration(1000, pairs);
-    return 0;
+    using namespace nax::bench;
+    pin_to_one_core();
+    Report report("Construction and integration of splines", argc, argv);
+    construction(report);
+    integration(report);
+    return report.finish();
 }

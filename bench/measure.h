@@ -11,7 +11,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -42,6 +41,8 @@ inline std::string processor_name() {
 struct Contender {
     std::string name;
     std::function<void()> run;  // one pass over all elements
+    int64_t elements = 0;       // of a pass, where it isn't the row's
+    std::string note = {};      // what else is to be said of it, its difference from ours for instance
     double minimum_ns = 0, median_ns = 0;
 };
 
@@ -61,13 +62,16 @@ inline void measure(std::vector<Contender>& contenders, int64_t elements, const 
     std::vector<std::vector<double>> samples(contenders.size());
     std::vector<int64_t> calls(contenders.size(), 1);
     for (std::size_t k = 0; k < contenders.size(); ++k) {
+        if (contenders[k].elements == 0) contenders[k].elements = elements;
         contenders[k].run();
         while (time(contenders[k].run, calls[k]) < options.seconds_per_round && calls[k] < (int64_t{1} << 30))
             calls[k] *= 2;
     }
     for (int round = 0; round < options.rounds; ++round)
-        for (std::size_t k = 0; k < contenders.size(); ++k)
-            samples[k].push_back(time(contenders[k].run, calls[k]) * 1e9 / static_cast<double>(calls[k] * elements));
+        for (std::size_t k = 0; k < contenders.size(); ++k) {
+            const double seconds = time(contenders[k].run, calls[k]);
+            samples[k].push_back(seconds * 1e9 / static_cast<double>(calls[k] * contenders[k].elements));
+        }
     for (std::size_t k = 0; k < contenders.size(); ++k) {
         std::sort(samples[k].begin(), samples[k].end());
         contenders[k].minimum_ns = samples[k].front();
@@ -82,78 +86,106 @@ struct Row {
     std::vector<Contender> contenders;
 };
 
+// The report of a program, which takes
+//     --only TEXT        the rows whose work contains the text
+//     --json FILE        all figures
+//     --markdown FILE    a section of docs/performance.md
 class Report {
 public:
-    explicit Report(std::string title) : title_(std::move(title)) {}
+    Report(std::string title, int argc, char** argv) : title_(std::move(title)) {
+        for (int i = 1; i + 1 < argc; i += 2) {
+            const std::string option = argv[i];
+            (option == "--only"       ? only_
+             : option == "--json"     ? json_
+             : option == "--markdown" ? markdown_
+                                      : unknown_) = argv[i + 1];
+        }
+    }
+
+    bool wanted(const std::string& work) const { return work.find(only_) != std::string::npos; }
+
+    // Measures the contenders of a row that is wanted, and adds it. A pass of theirs may be several times `elements`.
+    void time(const std::string& work, const std::string& layout, int64_t elements, std::vector<Contender> contenders,
+              const Options& options = {}, int64_t passes = 1) {
+        if (!wanted(work)) return;
+        measure(contenders, elements * passes, options);
+        add({work, layout, elements, std::move(contenders)});
+    }
 
     void add(Row row) {
-        std::printf("%-16s %-10s n=%-8lld", row.work.c_str(), row.layout.c_str(), static_cast<long long>(row.elements));
-        for (const Contender& contender : row.contenders)
-            std::printf("  %s %.4f", contender.name.c_str(), contender.minimum_ns);
+        std::printf("%-36s %-9s n=%-8lld", row.work.c_str(), row.layout.c_str(), static_cast<long long>(row.elements));
+        const double ours = row.contenders.front().minimum_ns;
+        for (const Contender& contender : row.contenders) {
+            std::printf("  %s %.4g", contender.name.c_str(), contender.minimum_ns);
+            if (&contender != &row.contenders.front()) std::printf(" (x%.2f)", contender.minimum_ns / ours);
+            if (!contender.note.empty()) std::printf(" [%s]", contender.note.c_str());
+        }
         std::printf("\n");
+        std::fflush(stdout);
         rows_.push_back(std::move(row));
     }
 
-    bool write_json(const std::string& path) const {
-        std::ofstream out(path);
+    // Writes what the command line asks for. Returns the exit code.
+    int finish() const {
+        bool written = true;
+        if (!json_.empty()) written &= write_json();
+        if (!markdown_.empty()) written &= write_markdown();
+        if (!written) std::fprintf(stderr, "could not write the report\n");
+        return written ? 0 : 1;
+    }
+
+private:
+    bool write_json() const {
+        std::ofstream out(json_);
         out << "{\"title\": \"" << title_ << "\", \"processor\": \"" << processor_name() << "\", \"compiler\": \""
             << __VERSION__ << "\", \"unit\": \"ns per element\", \"rows\": [\n";
         for (std::size_t i = 0; i < rows_.size(); ++i) {
             const Row& row = rows_[i];
             out << "{\"work\": \"" << row.work << "\", \"layout\": \"" << row.layout << "\", \"n\": " << row.elements
                 << ", \"times\": [";
-            for (std::size_t k = 0; k < row.contenders.size(); ++k)
-                out << (k ? ", " : "") << "{\"name\": \"" << row.contenders[k].name
-                    << "\", \"min\": " << row.contenders[k].minimum_ns
-                    << ", \"median\": " << row.contenders[k].median_ns << "}";
+            for (std::size_t k = 0; k < row.contenders.size(); ++k) {
+                const Contender& contender = row.contenders[k];
+                out << (k ? ", " : "") << "{\"name\": \"" << contender.name << "\", \"min\": " << contender.minimum_ns
+                    << ", \"median\": " << contender.median_ns;
+                if (!contender.note.empty()) out << ", \"note\": \"" << contender.note << "\"";
+                out << "}";
+            }
             out << "]}" << (i + 1 < rows_.size() ? ",\n" : "\n");
         }
         out << "]}\n";
         return static_cast<bool>(out);
     }
 
-    // A section of docs/performance.md: the best rival beside ours, cases that we lose in bold.
-    bool write_markdown(const std::string& path) const {
-        std::ofstream out(path);
-        out << "## " << title_ << "\n\n"
-            << processor_name() << ", compiler " << __VERSION__
-            << ". Nanoseconds per element, minimum of the rounds.\n\n"
+    // A table of ours beside the best rival, with the cases that we lose in bold.
+    bool write_markdown() const {
+        std::ofstream out(markdown_);
+        out << "## " << title_ << "\n\nNanoseconds per element, minimum of the rounds.\n\n"
             << "| work | layout | n | ours | best rival | its time | rival / ours |\n|---|---|---|---|---|---|---|\n";
         for (const Row& row : rows_) {
             const Contender& ours = row.contenders.front();
             const auto best =
                 std::min_element(row.contenders.begin() + 1, row.contenders.end(),
                                  [](const Contender& a, const Contender& b) { return a.minimum_ns < b.minimum_ns; });
-            char line[256];
+            out << "| " << row.work << " | " << row.layout << " | " << row.elements << " | " << figure(ours.minimum_ns);
             if (best == row.contenders.end()) {
-                std::snprintf(line, sizeof line, "| %s | %s | %lld | %.4f | | | |\n", row.work.c_str(),
-                              row.layout.c_str(), static_cast<long long>(row.elements), ours.minimum_ns);
-            } else {
-                const double ratio = best->minimum_ns / ours.minimum_ns;
-                std::snprintf(line, sizeof line,
-                              ratio < 1 ? "| %s | %s | %lld | %.4f | %s | %.4f | **%.2f** |\n"
-                                        : "| %s | %s | %lld | %.4f | %s | %.4f | %.2f |\n",
-                              row.work.c_str(), row.layout.c_str(), static_cast<long long>(row.elements),
-                              ours.minimum_ns, best->name.c_str(), best->minimum_ns, ratio);
+                out << " | | | |\n";
+                continue;
             }
-            out << line;
+            const double ratio = best->minimum_ns / ours.minimum_ns;
+            const char* const mark = ratio < 1 ? "**" : "";
+            out << " | " << best->name << " | " << figure(best->minimum_ns) << " | " << mark << figure(ratio) << mark
+                << " |\n";
         }
         return static_cast<bool>(out);
     }
 
-    // Obeys --json FILE and --markdown FILE. Returns the exit code.
-    int finish(int argc, char** argv) const {
-        bool written = true;
-        for (int i = 1; i + 1 < argc; ++i) {
-            if (std::strcmp(argv[i], "--json") == 0) written &= write_json(argv[i + 1]);
-            if (std::strcmp(argv[i], "--markdown") == 0) written &= write_markdown(argv[i + 1]);
-        }
-        if (!written) std::fprintf(stderr, "could not write the report\n");
-        return written ? 0 : 1;
+    static std::string figure(double value) {
+        char text[32];
+        std::snprintf(text, sizeof text, value < 100 ? "%.3g" : "%.0f", value);
+        return text;
     }
 
-private:
-    std::string title_;
+    std::string title_, only_, json_, markdown_, unknown_;
     std::vector<Row> rows_;
 };
 

@@ -1,185 +1,222 @@
-// Nanoseconds per number of the basic generators, beside the peers that a Debian system packages: libstdc++, Boost and GSL,
-// all in the same run. `streams_bench [text]` runs the lines whose name contains the text.
-//
-// Columns: bulk is a million numbers into a buffer of 8192 that stays in the cache, n=1000 and n=16 are calls of that
-// length. Figures are the minimum of many repetitions; skips and creations are per call.
+// The basic generators beside GSL, Boost, libstdc++ and Random123: nanoseconds per number, and per call of creation and
+// skips. Buffers stay in the caches. Takes the options of bench/measure.h.
+#ifdef NAX_HAVE_GSL
 #include <gsl/gsl_qrng.h>
 #include <gsl/gsl_rng.h>
+#endif
+#if __has_include(<Random123/philox.h>)
+#include <Random123/philox.h>
+#define NAX_HAVE_RANDOM123
+#endif
 
-#include <algorithm>
+#ifdef NAX_HAVE_BOOST
 #include <boost/random.hpp>
-#include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <functional>
+#include <boost/random/niederreiter_base2.hpp>
+#include <boost/random/sobol.hpp>
+#endif
+#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
+#include "bench/measure.h"
 #include "nax/streams.h"
 
+namespace nax::bench {
 namespace {
 
 constexpr int kBuffer = 8192;
-const char* filter = "";
-alignas(64) double buffer_doubles[4 * kBuffer];
-volatile double sink;
-
-bool wanted(const std::string& name) { return name.find(filter) != std::string::npos; }
-
-double seconds_of(const std::function<void()>& run) {
-    const auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// Nanoseconds per item of `fill(n)` called until `total` items are made.
-double time_fill(const std::function<void(int)>& fill, int n, int total) {
-    double best = 1e9;
-    for (int repetition = 0; repetition < 15; ++repetition) {
-        best = std::min(best, seconds_of([&] {
-            for (int done = 0; done < total; done += n) fill(n);
-        }));
-    }
-    return best * 1e9 / total;
-}
-
-void report(const std::string& name, const std::function<void(int)>& fill, int total = 1 << 20) {
-    if (!wanted(name)) return;
-    std::printf("%-34s %9.3f %9.3f %9.3f\n", name.c_str(), time_fill(fill, kBuffer, total), time_fill(fill, 1000, total / 2),
-                time_fill(fill, 16, total / 8));
-}
-
-void report_call(const std::string& name, const std::function<void()>& call, int calls) {
-    if (!wanted(name)) return;
-    double best = 1e9;
-    for (int repetition = 0; repetition < 7; ++repetition) {
-        best = std::min(best, seconds_of([&] {
-            for (int i = 0; i < calls; ++i) call();
-        }));
-    }
-    std::printf("%-34s %12.1f ns a call\n", name.c_str(), best * 1e9 / calls);
-}
+alignas(64) double buffer[kBuffer + 512];
+uint64_t* const words = reinterpret_cast<uint64_t*>(buffer);
 
 class Stream {
 public:
-    explicit Stream(int brng, uint32_t seed = 7) { status_ = __stoNewStreamEx(&stream_, brng, 1, &seed); }
+    explicit Stream(int brng, uint32_t param = 7) { __stoNewStreamEx(&stream_, brng, 1, &param); }
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
-    ~Stream() {
-        if (stream_ != nullptr) __stoDeleteStream(&stream_);
-    }
-    bool usable() const { return status_ == STO_STATUS_OK; }
-    nax_stream* get() const { return stream_; }
+    ~Stream() { __stoDeleteStream(&stream_); }
+    operator nax_stream*() const { return stream_; }
 
 private:
     nax_stream* stream_ = nullptr;
-    int status_;
 };
+
+// A generator of another library that makes n numbers.
+struct Peer {
+    std::string name;
+    std::function<void(int)> fill;
+};
+
+template <class Engine>
+Peer engine_peer(const char* name, Engine engine) {
+    return {name, [engine](int n) mutable {
+                for (int i = 0; i < n; ++i) words[i] = engine();
+            }};
+}
+
+#ifdef NAX_HAVE_GSL
+Peer gsl_peer(const gsl_rng_type* type) {
+    const std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(type), gsl_rng_free);
+    return {"GSL", [rng](int n) {
+                for (int i = 0; i < n; ++i) words[i] = gsl_rng_get(rng.get());
+            }};
+}
+Peer gsl_quasi_peer(const gsl_qrng_type* type, int dimension) {
+    const std::shared_ptr<gsl_qrng> rng(gsl_qrng_alloc(type, static_cast<unsigned>(dimension)), gsl_qrng_free);
+    return {"GSL", [rng, dimension](int n) {
+                for (int i = 0; i < n; i += dimension) gsl_qrng_get(rng.get(), buffer + i);
+            }};
+}
+#endif
+#ifdef NAX_HAVE_RANDOM123
+Peer random123_peer() {
+    using Philox = r123::Philox4x32_R<10>;
+    return {"Random123", [](int n) {
+                uint32_t* const r = reinterpret_cast<uint32_t*>(buffer);
+                Philox::ctr_type counter{};
+                for (int i = 0; i < n; i += 4, ++counter[0]) {
+                    const auto block = Philox()(counter, {{7, 0}});
+                    for (std::size_t j = 0; j < 4; ++j) r[i + static_cast<int>(j)] = block[j];
+                }
+            }};
+}
+#endif
+
+// The same recurrence in other libraries, or the nearest they have.
+std::vector<Peer> peers_of(const std::string& name) {
+    std::vector<Peer> peers;
+    if (name == "MCG31") {
+        using Lehmer = std::linear_congruential_engine<uint64_t, 1132489760, 0, 2147483647>;
+        peers.push_back(engine_peer("libstdc++ LCG", Lehmer(1)));
+        peers.push_back(engine_peer("libstdc++ minstd_rand", std::minstd_rand()));
+    }
+    if (name == "MT19937") peers.push_back(engine_peer("libstdc++", std::mt19937()));
+#ifdef NAX_HAVE_BOOST
+    if (name == "MCG59") peers.push_back(engine_peer("Boost rand48", boost::random::rand48()));
+    if (name == "MT19937") peers.push_back(engine_peer("Boost", boost::random::mt19937()));
+#endif
+#ifdef NAX_HAVE_GSL
+    if (name == "MT19937") peers.push_back(gsl_peer(gsl_rng_mt19937));
+    if (name == "R250") peers.push_back(gsl_peer(gsl_rng_r250));
+    if (name == "MRG32K3A") peers.push_back(gsl_peer(gsl_rng_cmrg));
+#endif
+#ifdef NAX_HAVE_RANDOM123
+    if (name == "PHILOX4X32X10") peers.push_back(random123_peer());
+#endif
+    return peers;
+}
+
+// Words, doubles and singles of a stream; the peers make words.
+void time_stream(Report& report, const std::string& name, int brng, nax_stream* stream, const char* layout,
+                 const std::vector<int>& lengths, const std::vector<Peer>& word_peers,
+                 const std::vector<Peer>& double_peers) {
+    nax_brng_properties row;
+    __stoGetBrngProperties(brng, &row);
+    const auto time = [&](const char* kind, const std::function<void(int)>& fill, const std::vector<Peer>& peers) {
+        for (const int n : lengths) {
+            std::vector<Contender> contenders = {{"ours", [&] { fill(n); }}};
+            for (const Peer& peer : peers) contenders.push_back({peer.name, [&] { peer.fill(n); }});
+            report.time(name + kind, layout, n, std::move(contenders));
+        }
+    };
+    time(
+        " words", [&](int n) { row.iBRng(stream, n, buffer); }, word_peers);
+    time(
+        " doubles", [&](int n) { row.dBRng(stream, n, buffer, 0.0, 1.0); }, double_peers);
+    time(" singles", [&](int n) { row.sBRng(stream, n, reinterpret_cast<float*>(buffer), 0.0f, 1.0f); }, {});
+}
 
 struct Kind {
     const char* name;
     int brng;
 };
-const Kind kKinds[] = {{"MCG31", NAX_BRNG_MCG31},       {"R250", NAX_BRNG_R250},           {"MRG32K3A", NAX_BRNG_MRG32K3A},
-                       {"MCG59", NAX_BRNG_MCG59},       {"WH", NAX_BRNG_WH},               {"MT19937", NAX_BRNG_MT19937},
-                       {"MT2203", NAX_BRNG_MT2203},     {"SFMT19937", NAX_BRNG_SFMT19937}, {"PHILOX4X32X10", NAX_BRNG_PHILOX4X32X10},
-                       {"ARS5", NAX_BRNG_ARS5}};
+constexpr Kind kPseudo[] = {{"MCG31", NAX_BRNG_MCG31},
+                            {"R250", NAX_BRNG_R250},
+                            {"MRG32K3A", NAX_BRNG_MRG32K3A},
+                            {"MCG59", NAX_BRNG_MCG59},
+                            {"WH", NAX_BRNG_WH},
+                            {"MT19937", NAX_BRNG_MT19937},
+                            {"MT2203", NAX_BRNG_MT2203},
+                            {"SFMT19937", NAX_BRNG_SFMT19937},
+                            {"PHILOX4X32X10", NAX_BRNG_PHILOX4X32X10},
+                            {"ARS5", NAX_BRNG_ARS5}};
 
-void bench_generators() {
-    for (const Kind& kind : kKinds) {
+void time_pseudo_random(Report& report) {
+    std::mt19937_64 engine;
+    const Peer uniform = {"libstdc++ mt19937_64", [&engine](int n) {
+                              std::uniform_real_distribution<double> distribution(0.0, 1.0);
+                              for (int i = 0; i < n; ++i) buffer[i] = distribution(engine);
+                          }};
+    for (const Kind& kind : kPseudo) {
         const Stream stream(kind.brng);
-        if (!stream.usable()) continue;
-        nax_brng_properties row;
-        __stoGetBrngProperties(kind.brng, &row);
-        const std::string name = kind.name;
-        float* const singles = reinterpret_cast<float*>(buffer_doubles);
-        report(name + " words", [&](int n) { row.iBRng(stream.get(), n, buffer_doubles); });
-        report(name + " doubles", [&](int n) { row.dBRng(stream.get(), n, buffer_doubles, 0.0, 1.0); });
-        report(name + " singles", [&](int n) { row.sBRng(stream.get(), n, singles, 0.0f, 1.0f); });
+        std::vector<Peer> double_peers;
+        if (kind.brng == NAX_BRNG_MT19937) double_peers.push_back(uniform);
+        time_stream(report, kind.name, kind.brng, stream, "", {kBuffer, 1000, 16}, peers_of(kind.name), double_peers);
     }
 }
 
-template <class Engine>
-void bench_engine(const std::string& name, Engine engine) {
-    uint64_t* const words = reinterpret_cast<uint64_t*>(buffer_doubles);
-    report("  peer " + name, [&](int n) {
-        for (int i = 0; i < n; ++i) words[i] = engine();
-    });
-}
-
-void bench_gsl(const char* name, const gsl_rng_type* type) {
-    gsl_rng* const rng = gsl_rng_alloc(type);
-    uint64_t* const words = reinterpret_cast<uint64_t*>(buffer_doubles);
-    report(std::string("  peer GSL ") + name, [&](int n) {
-        for (int i = 0; i < n; ++i) words[i] = gsl_rng_get(rng);
-    });
-    gsl_rng_free(rng);
-}
-
-void bench_peers() {
-    bench_engine("libstdc++ LCG 2^31-1", std::linear_congruential_engine<uint64_t, 1132489760, 0, 2147483647>(1));
-    bench_engine("libstdc++ minstd_rand", std::minstd_rand());
-    bench_engine("Boost rand48", boost::random::rand48());
-    bench_engine("libstdc++ mt19937", std::mt19937());
-    bench_engine("Boost mt19937", boost::random::mt19937());
-    std::mt19937_64 mt64;
-    report("  peer libstdc++ mt19937_64 doubles", [&](int n) {
-        std::uniform_real_distribution<double> uniform(0.0, 1.0);
-        for (int i = 0; i < n; ++i) buffer_doubles[i] = uniform(mt64);
-    });
-    bench_gsl("r250", gsl_rng_r250);
-    bench_gsl("cmrg", gsl_rng_cmrg);
-    bench_gsl("mt19937", gsl_rng_mt19937);
-}
-
-void bench_quasi_random() {
-    for (const int dimension : {10, 40}) {
-        const std::string suffix = " " + std::to_string(dimension) + " dimensions";
-        for (const Kind& kind : {Kind{"SOBOL", NAX_BRNG_SOBOL}, Kind{"NIEDERREITER", NAX_BRNG_NIEDERREITER}}) {
-            const Stream stream(kind.brng, static_cast<uint32_t>(dimension));
-            if (!stream.usable()) continue;
-            nax_brng_properties row;
-            __stoGetBrngProperties(kind.brng, &row);
-            report(kind.name + suffix, [&](int n) { row.dBRng(stream.get(), n, buffer_doubles, 0.0, 1.0); });
-        }
-        gsl_qrng* const peer = gsl_qrng_alloc(gsl_qrng_sobol, static_cast<unsigned>(dimension));
-        report("  peer GSL sobol" + suffix, [&](int n) {
-            for (int i = 0; i < n; i += dimension) gsl_qrng_get(peer, buffer_doubles + i);
-        });
-        gsl_qrng_free(peer);
+void time_quasi_random(Report& report, int dimension) {
+    const int n = kBuffer / dimension * dimension;
+    for (const Kind& kind : {Kind{"SOBOL", NAX_BRNG_SOBOL}, Kind{"NIEDERREITER", NAX_BRNG_NIEDERREITER}}) {
+        const bool sobol = kind.brng == NAX_BRNG_SOBOL;
+        if (sobol && dimension > 40) continue;
+        const Stream stream(kind.brng, static_cast<uint32_t>(dimension));
+        std::vector<Peer> word_peers, double_peers;
+#ifdef NAX_HAVE_BOOST
+        const auto size = static_cast<std::size_t>(dimension);
+        if (dimension == 10 || dimension == 40)
+            word_peers.push_back(sobol ? engine_peer("Boost", boost::random::sobol(size))
+                                       : engine_peer("Boost", boost::random::niederreiter_base2(size)));
+#endif
+#ifdef NAX_HAVE_GSL
+        // GSL's Niederreiter points have 12 dimensions at the most.
+        if (dimension == 10 || (dimension == 40 && sobol))
+            double_peers.push_back(gsl_quasi_peer(sobol ? gsl_qrng_sobol : gsl_qrng_niederreiter_2, dimension));
+#endif
+        time_stream(report, kind.name, kind.brng, stream, ("dim " + std::to_string(dimension)).c_str(), {n}, word_peers,
+                    double_peers);
     }
 }
 
-void bench_calls() {
-    for (const Kind& kind : kKinds) {
-        report_call(std::string("new stream ") + kind.name, [&] { const Stream stream(kind.brng); }, 2000);
+void time_calls(Report& report) {
+    const Options once{7, 0};
+    for (const Kind& kind : kPseudo) {
+        std::vector<Contender> contenders = {{"ours", [&] { const Stream stream(kind.brng); }}};
+        if (kind.brng == NAX_BRNG_MT19937)
+            contenders.push_back({"libstdc++", [] {
+                                      std::mt19937 engine(7);
+                                      words[0] = engine();
+                                  }});
+        report.time(std::string("creation of ") + kind.name, "", 1, std::move(contenders));
     }
-    report_call("  peer new libstdc++ mt19937", [] { std::mt19937 engine(7); sink = static_cast<double>(engine()); }, 2000);
-    const Stream mrg(NAX_BRNG_MRG32K3A), twister(NAX_BRNG_MT19937), sfmt(NAX_BRNG_SFMT19937), philox(NAX_BRNG_PHILOX4X32X10),
-        ars(NAX_BRNG_ARS5);
+    const auto time_skip = [&](const Kind& kind, int log2, std::vector<Contender> peers) {
+        const auto stream = std::make_shared<Stream>(kind.brng);
+        peers.insert(peers.begin(), {"ours", [stream, log2] { __stoSkipAheadStream(*stream, uint64_t{1} << log2); }});
+        report.time(std::string(kind.name) + " skip of 2^" + std::to_string(log2), "", 1, std::move(peers), once);
+    };
+    const Stream mrg(NAX_BRNG_MRG32K3A);
     const uint64_t far[3] = {0, 0, uint64_t{1} << 52};
-    report_call("MRG32K3A skip 2^180", [&] { __stoSkipAheadStreamEx(mrg.get(), 3, far); }, 200);
-    report_call("MRG32K3A skip 2^40", [&] { __stoSkipAheadStream(mrg.get(), uint64_t{1} << 40); }, 200);
-    if (twister.usable()) {
-        report_call("MT19937 skip 2^60", [&] { __stoSkipAheadStream(twister.get(), uint64_t{1} << 60); }, 5);
-        boost::random::mt19937 peer;
-        report_call("  peer Boost mt19937 jump 2^60", [&] { peer.discard(boost::uintmax_t{1} << 60); }, 3);
-    }
-    if (sfmt.usable()) report_call("SFMT19937 skip 2^60", [&] { __stoSkipAheadStream(sfmt.get(), uint64_t{1} << 60); }, 5);
-    if (philox.usable()) report_call("PHILOX4X32X10 skip 2^60", [&] { __stoSkipAheadStream(philox.get(), uint64_t{1} << 60); }, 2000);
-    if (ars.usable()) report_call("ARS5 skip 2^60", [&] { __stoSkipAheadStream(ars.get(), uint64_t{1} << 60); }, 2000);
+    report.time("MRG32K3A skip of 2^180", "", 1, {{"ours", [&] { __stoSkipAheadStreamEx(mrg, 3, far); }}});
+    time_skip({"MRG32K3A", NAX_BRNG_MRG32K3A}, 40, {});
+    time_skip({"MT19937", NAX_BRNG_MT19937}, 22, {});
+    std::vector<Contender> jump;
+#ifdef NAX_HAVE_BOOST
+    boost::random::mt19937 peer(7);
+    jump.push_back({"Boost", [&] { peer.discard(boost::uintmax_t{1} << 60); }});
+#endif
+    time_skip({"MT19937", NAX_BRNG_MT19937}, 60, jump);
+    time_skip({"SFMT19937", NAX_BRNG_SFMT19937}, 60, {});
+    time_skip({"PHILOX4X32X10", NAX_BRNG_PHILOX4X32X10}, 60, {});
+    time_skip({"ARS5", NAX_BRNG_ARS5}, 60, {});
 }
 
 }  // namespace
+}  // namespace nax::bench
 
 int main(int argc, char** argv) {
-    if (argc > 1) filter = argv[1];
-    std::printf("%-34s %9s %9s %9s   ns per number\n", "", "bulk", "n=1000", "n=16");
-    bench_generators();
-    bench_peers();
-    bench_quasi_random();
-    bench_calls();
-    return 0;
+    using namespace nax::bench;
+    pin_to_one_core();
+    Report report("Random streams", argc, argv);
+    time_pseudo_random(report);
+    for (const int dimension : {1, 3, 10, 12, 16, 40, 318}) time_quasi_random(report, dimension);
+    time_calls(report);
+    return report.finish();
 }

@@ -1,6 +1,6 @@
 // Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec and
 // SLEEF.
-//     vmath_bench [--json FILE] [--markdown FILE] [--only NAME]      NAME as in dAdd
+//     vmath_bench [--json FILE] [--markdown FILE] [--only NAME]      the functions whose names contain NAME
 // Needs AVX-512; exits with 3 where it is missing.
 #include <cmath>
 #include <cstdlib>
@@ -242,8 +242,7 @@ void time_pack_m(Report& report, const char* stub) {
                                   for (std::size_t i = 0; i < size; ++i)
                                       if (mask[i] != 0) *next++ = a[i];
                               }});
-        measure(contenders, n);
-        report.add({std::string(stub + 4), "dense", n, std::move(contenders)});
+        report.time(stub + 4, "dense", n, std::move(contenders));
     }
 }
 
@@ -257,20 +256,15 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "vmath_bench: this processor has no AVX-512; nothing to measure\n");
         return 3;
     }
-    const char* only = nullptr;
-    for (int i = 1; i + 1 < argc; ++i)
-        if (std::strcmp(argv[i], "--only") == 0) only = argv[i + 1];
     pin_to_one_core();
     _arqSetMode(ARQ_MODE_DEFAULT);
-    Report report("Vector mathematics");
+    Report report("Vector mathematics", argc, argv);
     for (const nax::RecordRow& row : nax::kRecordRows) {
         const bool real = row.type == 's' || row.type == 'd';
         if (!real || !row.has_strided) continue;
-        if (only == nullptr || row.type + std::string(row.function) == only) time_row(report, row);
+        if (report.wanted(row.type + std::string(row.function))) time_row(report, row);
     }
-    if (only == nullptr) {
-        time_pack_m<float>(report, "_arqsPackM");
-        time_pack_m<double>(report, "_arqdPackM");
-    }
-    return report.finish(argc, argv);
+    time_pack_m<float>(report, "_arqsPackM");
+    time_pack_m<double>(report, "_arqdPackM");
+    return report.finish();
 }
