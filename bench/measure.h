@@ -47,8 +47,8 @@ struct Contender {
 };
 
 struct Options {
-    int rounds = 15;
-    double seconds_per_round = 2e-4;
+    int rounds = 25;
+    double seconds_per_round = 4e-4;
 };
 
 // Fills in the times of all contenders, per element.

@@ -42,7 +42,7 @@ void time_size(Report& report, uint8_t* a, const uint8_t* b, int64_t bytes) {
     const auto n = static_cast<int32_t>(bytes);
     const auto size = static_cast<size_t>(bytes);
     const int64_t calls = calls_of(bytes);
-    const Options options{bytes >= 1 << 26 ? 5 : 15};
+    const Options options{bytes >= 1 << 26 ? 5 : 25};
     auto* const doubles = reinterpret_cast<double*>(a);
     const auto row = [&](const char* work, std::function<void()> ours, const char* rival,
                          std::function<void()> theirs) {

@@ -24,7 +24,7 @@ namespace nax::bench {
 namespace {
 
 constexpr int kBuffer = 8192;
-alignas(64) double buffer[kBuffer + 512];
+alignas(64) double buffer[2 * kBuffer];  // a word of WH has 16 bytes
 uint64_t* const words = reinterpret_cast<uint64_t*>(buffer);
 
 class Stream {
