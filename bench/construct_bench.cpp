@@ -116,9 +116,9 @@ void add_gsl(std::vector<Contender>& contenders, const Data& data, const std::st
                                                                   : nullptr;
     if (type == nullptr) return;
     const std::shared_ptr<gsl_interp> spline(gsl_interp_alloc(type, data.x.size()), gsl_interp_free);
-    contenders.push_back({family == "Hyman" ? "GSL steffen" : "GSL", [&data, spline] {
-                              gsl_interp_init(spline.get(), data.x.data(), data.y.data(), data.x.size());
-                          }});
+    const char* const name = family == "Hyman" ? "GSL steffen" : family == "linear" ? "GSL, checks only" : "GSL";
+    contenders.push_back(
+        {name, [&data, spline] { gsl_interp_init(spline.get(), data.x.data(), data.y.data(), data.x.size()); }});
 }
 #endif
 
