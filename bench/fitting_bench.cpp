@@ -24,7 +24,7 @@ namespace nax::bench {
 namespace {
 
 constexpr size_t kSites = 1000000;
-constexpr Options kFewRounds{7};
+constexpr Options kFewRounds{5};
 
 double worst(const std::vector<double>& a, const std::vector<double>& b) {
     double most = 0;

@@ -69,6 +69,7 @@ inline void measure(std::vector<Contender>& contenders, int64_t elements, const 
     }
     for (int round = 0; round < options.rounds; ++round)
         for (std::size_t k = 0; k < contenders.size(); ++k) {
+            contenders[k].run();  // brings its data back into the caches
             const double seconds = time(contenders[k].run, calls[k]);
             samples[k].push_back(seconds * 1e9 / static_cast<double>(calls[k] * contenders[k].elements));
         }
