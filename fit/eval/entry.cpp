@@ -116,53 +116,18 @@ int32_t interpolate(const Arguments<T>& a) {
 }  // namespace
 }  // namespace nax::fit
 
-extern "C" int32_t nax_df_kernel_dDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t, int64_t nsite,
-                                                  const double* site, int64_t sitehint, int64_t ndorder,
-                                                  const void* dorder, const double* data_hint, double* r, int64_t rhint,
-                                                  void* cell, nax_df_interpolation_callback_d left,
-                                                  void* left_parameters, nax_df_interpolation_callback_d right,
-                                                  void* right_parameters, nax_df_interpolation_callback_d interior,
-                                                  void* interior_parameters, nax_df_search_callback_d search,
-                                                  void* search_parameters, const nax_threaders* threaders) {
-    return nax::fit::interpolate<double>({task,
-                                          job,
-                                          nsite,
-                                          site,
-                                          sitehint,
-                                          ndorder,
-                                          dorder,
-                                          data_hint,
-                                          r,
-                                          rhint,
-                                          cell,
-                                          {left, right, interior},
-                                          {left_parameters, right_parameters, interior_parameters},
-                                          search,
-                                          search_parameters,
-                                          threaders});
-}
-extern "C" int32_t nax_df_kernel_sDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t, int64_t nsite,
-                                                  const float* site, int64_t sitehint, int64_t ndorder,
-                                                  const void* dorder, const float* data_hint, float* r, int64_t rhint,
-                                                  void* cell, nax_df_interpolation_callback_s left,
-                                                  void* left_parameters, nax_df_interpolation_callback_s right,
-                                                  void* right_parameters, nax_df_interpolation_callback_s interior,
-                                                  void* interior_parameters, nax_df_search_callback_s search,
-                                                  void* search_parameters, const nax_threaders* threaders) {
-    return nax::fit::interpolate<float>({task,
-                                         job,
-                                         nsite,
-                                         site,
-                                         sitehint,
-                                         ndorder,
-                                         dorder,
-                                         data_hint,
-                                         r,
-                                         rhint,
-                                         cell,
-                                         {left, right, interior},
-                                         {left_parameters, right_parameters, interior_parameters},
-                                         search,
-                                         search_parameters,
-                                         threaders});
-}
+#define NAX_DF_INTERPOLATE(prefix, T)                                                                                  \
+    extern "C" int32_t nax_df_kernel_##prefix##DFInterpolate1D(                                                        \
+        const nax_df_task* task, int64_t job, int64_t, int64_t nsite, const T* site, int64_t sitehint,                 \
+        int64_t ndorder, const void* dorder, const T* data_hint, T* r, int64_t rhint, void* cell,                      \
+        nax_df_interpolation_callback_##prefix left, void* left_parameters,                                            \
+        nax_df_interpolation_callback_##prefix right, void* right_parameters,                                          \
+        nax_df_interpolation_callback_##prefix interior, void* interior_parameters,                                    \
+        nax_df_search_callback_##prefix search, void* search_parameters, const nax_threaders* threaders) {             \
+        return nax::fit::interpolate<T>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell, \
+                                         {left, right, interior},                                                      \
+                                         {left_parameters, right_parameters, interior_parameters},                     \
+                                         search, search_parameters, threaders});                                       \
+    }
+NAX_DF_INTERPOLATE(d, double)
+NAX_DF_INTERPOLATE(s, float)

@@ -82,34 +82,30 @@ int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, con
     return _Integr1DKernel(call, threaders);
 }
 
+template <class T, class Callback>
+Integration<T> call_of(Callback left, void* left_parameters, Callback right, void* right_parameters, Callback interior,
+                       void* interior_parameters) {
+    Integration<T> call{};
+    call.callbacks[kLeftPart] = left, call.parameters[kLeftPart] = left_parameters;
+    call.callbacks[kRightPart] = right, call.parameters[kRightPart] = right_parameters;
+    call.callbacks[kInteriorPart] = interior, call.parameters[kInteriorPart] = interior_parameters;
+    return call;
+}
+
 }  // namespace
 }  // namespace nax::fit
 
-int32_t nax_df_kernel_dDFIntegrate1D(const nax_df_task* task, int64_t, int64_t nlim, const double* llim, int64_t llimhint,
-                                     const double* rlim, int64_t rlimhint, const double* left_hint,
-                                     const double* right_hint, double* r, int64_t rhint, nax_df_integration_callback_d left,
-                                     void* left_parameters, nax_df_integration_callback_d right, void* right_parameters,
-                                     nax_df_integration_callback_d interior, void* interior_parameters,
-                                     nax_df_search_callback_d search, void* search_parameters,
-                                     const nax_threaders* threaders) {
-    nax::fit::Integration<double> call{};
-    call.callbacks[nax::fit::kLeftPart] = left, call.parameters[nax::fit::kLeftPart] = left_parameters;
-    call.callbacks[nax::fit::kRightPart] = right, call.parameters[nax::fit::kRightPart] = right_parameters;
-    call.callbacks[nax::fit::kInteriorPart] = interior, call.parameters[nax::fit::kInteriorPart] = interior_parameters;
-    return nax::fit::integrate_entry<double>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, rhint,
-                                             call, search, search_parameters, threaders);
-}
-int32_t nax_df_kernel_sDFIntegrate1D(const nax_df_task* task, int64_t, int64_t nlim, const float* llim, int64_t llimhint,
-                                     const float* rlim, int64_t rlimhint, const float* left_hint, const float* right_hint,
-                                     float* r, int64_t rhint, nax_df_integration_callback_s left, void* left_parameters,
-                                     nax_df_integration_callback_s right, void* right_parameters,
-                                     nax_df_integration_callback_s interior, void* interior_parameters,
-                                     nax_df_search_callback_s search, void* search_parameters,
-                                     const nax_threaders* threaders) {
-    nax::fit::Integration<float> call{};
-    call.callbacks[nax::fit::kLeftPart] = left, call.parameters[nax::fit::kLeftPart] = left_parameters;
-    call.callbacks[nax::fit::kRightPart] = right, call.parameters[nax::fit::kRightPart] = right_parameters;
-    call.callbacks[nax::fit::kInteriorPart] = interior, call.parameters[nax::fit::kInteriorPart] = interior_parameters;
-    return nax::fit::integrate_entry<float>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, rhint,
-                                            call, search, search_parameters, threaders);
-}
+#define NAX_DF_INTEGRATE(prefix, T)                                                                                   \
+    int32_t nax_df_kernel_##prefix##DFIntegrate1D(                                                                    \
+        const nax_df_task* task, int64_t, int64_t nlim, const T* llim, int64_t llimhint, const T* rlim,               \
+        int64_t rlimhint, const T* left_hint, const T* right_hint, T* r, int64_t rhint,                               \
+        nax_df_integration_callback_##prefix left, void* left_parameters, nax_df_integration_callback_##prefix right, \
+        void* right_parameters, nax_df_integration_callback_##prefix interior, void* interior_parameters,             \
+        nax_df_search_callback_##prefix search, void* search_parameters, const nax_threaders* threaders) {            \
+        auto call =                                                                                                   \
+            nax::fit::call_of<T>(left, left_parameters, right, right_parameters, interior, interior_parameters);      \
+        return nax::fit::integrate_entry<T>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, \
+                                            rhint, call, search, search_parameters, threaders);                       \
+    }
+NAX_DF_INTEGRATE(d, double)
+NAX_DF_INTEGRATE(s, float)

@@ -5,6 +5,19 @@
 
 namespace nax::fit {
 
+// The first i from low on with x[i] above the site, high when there is none before it.
+template <class T>
+[[gnu::always_inline]] static inline int64_t bisect(const T* x, int64_t low, int64_t high, T site) {
+    while (low < high) {
+        const int64_t middle = (low + high) / 2;
+        if (x[middle] > site)
+            high = middle;
+        else
+            low = middle + 1;
+    }
+    return low;
+}
+
 // The first i >= start with x[i] above the site, nx when there is none. A NaN site walks to nx.
 template <class T>
 [[gnu::always_inline]] static inline int64_t walk_up(const T* x, int64_t nx, int64_t start, T site) {
@@ -15,14 +28,7 @@ template <class T>
         stride *= 2;
     }
     int64_t high = low + stride - 1 < nx ? low + stride - 1 : nx;
-    while (low < high) {
-        const int64_t middle = (low + high) / 2;
-        if (x[middle] > site)
-            high = middle;
-        else
-            low = middle + 1;
-    }
-    return low;
+    return bisect(x, low, high, site);
 }
 
 // Down from start while the point below is above the site. A NaN site stays.
@@ -35,14 +41,7 @@ template <class T>
         stride *= 2;
     }
     int64_t low = high - stride + 1 > 0 ? high - stride + 1 : 0;
-    while (low < high) {
-        const int64_t middle = (low + high) / 2;
-        if (x[middle] > site)
-            high = middle;
-        else
-            low = middle + 1;
-    }
-    return high;
+    return bisect(x, low, high, site);
 }
 
 }  // namespace nax::fit

@@ -185,3 +185,10 @@ void engine(LaneBlock* block, const Output& output, typename Output::Value* r) {
                                                                                       float* r) {                       \
         engine<Mcg, count>(static_cast<LaneBlock*>(lanes), SingleOutput<Mcg>(a, b), r);                                  \
     }
+#define NAX_ENGINES(name, Mcg) \
+    NAX_ENGINE(name, Mcg, 1)   \
+    NAX_ENGINE(name, Mcg, 2)   \
+    NAX_ENGINE(name, Mcg, 4)   \
+    NAX_ENGINE(name, Mcg, 8)   \
+    NAX_ENGINE(name, Mcg, 16)  \
+    NAX_ENGINE(name, Mcg, 32)

@@ -19,9 +19,4 @@ int __stoiBRngMCG31M1(nax_stream* stream, int n, void* r) {
 
 }  // extern "C"
 
-NAX_ENGINE(mcg31m1, Mcg31, 1)
-NAX_ENGINE(mcg31m1, Mcg31, 2)
-NAX_ENGINE(mcg31m1, Mcg31, 4)
-NAX_ENGINE(mcg31m1, Mcg31, 8)
-NAX_ENGINE(mcg31m1, Mcg31, 16)
-NAX_ENGINE(mcg31m1, Mcg31, 32)
+NAX_ENGINES(mcg31m1, Mcg31)

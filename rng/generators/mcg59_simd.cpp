@@ -19,9 +19,4 @@ int __stoiBRngMCG59(nax_stream* stream, int n, void* r) {
 
 }  // extern "C"
 
-NAX_ENGINE(mcg59, Mcg59, 1)
-NAX_ENGINE(mcg59, Mcg59, 2)
-NAX_ENGINE(mcg59, Mcg59, 4)
-NAX_ENGINE(mcg59, Mcg59, 8)
-NAX_ENGINE(mcg59, Mcg59, 16)
-NAX_ENGINE(mcg59, Mcg59, 32)
+NAX_ENGINES(mcg59, Mcg59)

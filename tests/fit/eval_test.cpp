@@ -284,24 +284,6 @@ TEST(Eval, IndexFollowsOrderAndType) {
     }
 }
 
-TEST(Eval, TablesHoldEachEvaluatorAtItsIndex) {
-    using D = fit::EvaluatorTables<double>;
-    using S = fit::EvaluatorTables<float>;
-    EXPECT_EQ(D::_Interpolate1D32Dispatch[0], nax_df_kernel_d_LinearSplineEval32);
-    EXPECT_EQ(D::_Interpolate1D32Dispatch[1], nax_df_kernel_d_QuadraticSplineEval32);
-    EXPECT_EQ(D::_Interpolate1D64Dispatch[2], nax_df_kernel_d_CubicSplineEval64);
-    EXPECT_EQ(D::_Interpolate1D64Dispatch[3], nax_df_kernel_d_QuadSubbSplineEval64);
-    EXPECT_EQ(D::_Interpolate1D32DispatchCB[4], nax_df_kernel_d_ArbitrSplineEval32CB);
-    EXPECT_EQ(D::_Interpolate1D32DispatchCB[5], nax_df_kernel_d_StepLeftSplineEval32CB);
-    EXPECT_EQ(D::_Interpolate1D64DispatchCB[6], nax_df_kernel_d_StepRightSplineEval64CB);
-    EXPECT_EQ(D::_Interpolate1D64DispatchCB[7], nax_df_kernel_d_LookUpSplineEval64CB);
-    EXPECT_EQ(S::_Interpolate1D32Dispatch[7], nax_df_kernel_s_LookUpSplineEval32);
-    EXPECT_EQ(S::_Interpolate1D64Dispatch[4], nax_df_kernel_s_ArbitrSplineEval64);
-    EXPECT_EQ(S::_Interpolate1D32DispatchCB[2], nax_df_kernel_s_CubicSplineEval32CB);
-    EXPECT_EQ(S::_Interpolate1D64DispatchCB[1], nax_df_kernel_s_QuadraticSplineEval64CB);
-}
-
-// Each call has everything that is tested later wrong as well.
 TYPED_TEST(EvalOf, StatusesComeInOrder) {
     using T = TypeParam;
     Spline<T> spline(5, 4, 2, 1, false);

@@ -510,29 +510,5 @@ TEST(Search, WidthFollowsFlagsAndSize) {
     EXPECT_EQ(fit::cell_width(fit::kCallerCells, kLimit), fit::kWidth32);
 }
 
-// The order of the tables is the numbering of the algorithms.
-TEST(Search, TablesHoldEachKernelAtItsIndex) {
-    using D = fit::SearchTables<double>;
-    using S = fit::SearchTables<float>;
-    EXPECT_EQ(D::_Search1DDispatch[0], nax_df_kernel_dDFUniformSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[1], nax_df_kernel_dDFQuasiUniformSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[2], nax_df_kernel_dDFSortedSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[3], nax_df_kernel_dDFPeakSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[4], nax_df_kernel_dDFHybridSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[5], nax_df_kernel_dDFUserDefSearch1D);
-    EXPECT_EQ(D::_Search1DDispatch[6], nax_df_kernel_dDFUniUserDefSearch1D);
-    EXPECT_EQ(D::_Search1D32Dispatch[4], nax_df_kernel_dDFHybridSearch1D32);
-    EXPECT_EQ(D::_Search1D64PackDispatch[2], nax_df_kernel_dDFSortedSearch1D64Pack);
-    EXPECT_EQ(D::_Search1D64Dispatch[6], nax_df_kernel_dDFUniUserDefSearch1D64);
-    EXPECT_EQ(S::_Search1DDispatch[3], nax_df_kernel_sDFPeakSearch1D);
-    EXPECT_EQ(S::_Search1D32Dispatch[0], nax_df_kernel_sDFUniformSearch1D32);
-    EXPECT_EQ(S::_Search1D64PackDispatch[5], nax_df_kernel_sDFUserDefSearch1D64Pack);
-    EXPECT_EQ(S::_Search1D64Dispatch[1], nax_df_kernel_sDFQuasiUniformSearch1D64);
-    for (int a = 0; a < fit::kSearchAlgorithms; ++a) {
-        EXPECT_NE(fit::WholeArraySearch<double>::_SearchDispatch[a], nullptr);
-        EXPECT_NE(fit::WholeArraySearch<float>::_SearchDispatch[a], nullptr);
-    }
-}
-
 }  // namespace
 }  // namespace nax::testing

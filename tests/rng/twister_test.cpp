@@ -124,13 +124,6 @@ TEST(Mt19937, SkipsAddUp) {
     expect_skips_add_up(stream, {0, 3, 624, 0x800000, uint64_t{1} << 59, 0x123456789ABCDEF});
 }
 
-TEST(Mt19937, Refusals) {
-    TestStream stream(NAX_BRNG_MT19937);
-    expect_refusal(stream, NAX_INIT_LEAPFROG, STO_STATUS_NO_LEAPFROG);
-    expect_refusal(stream, NAX_INIT_SKIPAHEADEX, STO_STATUS_NO_SKIPAHEADEX);
-    expect_refusal(stream, 4, STO_STATUS_BAD_METHOD);
-}
-
 // The published generator's init_by_array outputs (SFMT 1.5, SFMT.19937.out.txt).
 TEST(Sfmt19937, PublishedFirstWords) {
     TestStream stream(NAX_BRNG_SFMT19937, {0x1234, 0x5678, 0x9abc, 0xdef0});
@@ -188,13 +181,6 @@ TEST(Sfmt19937, PeriodIsCertified) {
     }
 }
 
-TEST(Sfmt19937, Refusals) {
-    TestStream stream(NAX_BRNG_SFMT19937);
-    expect_refusal(stream, NAX_INIT_LEAPFROG, STO_STATUS_NO_LEAPFROG);
-    expect_refusal(stream, NAX_INIT_SKIPAHEADEX, STO_STATUS_NO_SKIPAHEADEX);
-    expect_refusal(stream, -1, STO_STATUS_BAD_METHOD);
-}
-
 TEST(Mt2203, AnyCutGivesTheSameWordsAndReals) {
     for (const int offset : {0, 2, 4711, 6023}) {
         TestStream stream(NAX_BRNG_MT2203 + offset, {42, 43});
@@ -207,12 +193,25 @@ TEST(Mt2203, AnyCutGivesTheSameWordsAndReals) {
     }
 }
 
-TEST(Mt2203, Refusals) {
-    TestStream stream(NAX_BRNG_MT2203 + 5);
-    expect_refusal(stream, NAX_INIT_LEAPFROG, STO_STATUS_NO_LEAPFROG);
-    expect_refusal(stream, NAX_INIT_SKIPAHEAD, STO_STATUS_NO_SKIPAHEAD);
-    expect_refusal(stream, NAX_INIT_SKIPAHEADEX, STO_STATUS_NO_SKIPAHEADEX);
-    EXPECT_EQ(__stoIsBrngValid(__RegBrngsNew, 8, 6024), STO_STATUS_BAD_BRNG);
+// Of the twisters, the counters and the source without a sequence; 0 where the generator has the method.
+TEST(Generators, LackedMethodsLeaveTheStreamAsItWas) {
+    constexpr struct {
+        int brng, skip, long_skip;
+    } kGenerators[] = {{NAX_BRNG_MT19937, 0, STO_STATUS_NO_SKIPAHEADEX},
+                       {NAX_BRNG_SFMT19937, 0, STO_STATUS_NO_SKIPAHEADEX},
+                       {NAX_BRNG_MT2203 + 5, STO_STATUS_NO_SKIPAHEAD, STO_STATUS_NO_SKIPAHEADEX},
+                       {NAX_BRNG_PHILOX4X32X10, 0, 0},
+                       {NAX_BRNG_ARS5, 0, 0},
+                       {NAX_BRNG_NONDETERM, STO_STATUS_NO_SKIPAHEAD, STO_STATUS_NO_SKIPAHEADEX}};
+    for (const auto& generator : kGenerators) {
+        SCOPED_TRACE(generator.brng);
+        TestStream stream(generator.brng, {1, 2, 3});
+        stream.words(2);
+        expect_refusal(stream, NAX_INIT_LEAPFROG, STO_STATUS_NO_LEAPFROG);
+        if (generator.skip != 0) expect_refusal(stream, NAX_INIT_SKIPAHEAD, generator.skip);
+        if (generator.long_skip != 0) expect_refusal(stream, NAX_INIT_SKIPAHEADEX, generator.long_skip);
+        for (const int method : {-1, 4, 9}) expect_refusal(stream, method, STO_STATUS_BAD_METHOD);
+    }
 }
 
 }  // namespace
