@@ -29,8 +29,9 @@ struct Exp2 {
         const Vector z = add<kDown>(x, shifter);
         // f; 0 for Inf
         const Vector f = reduce<(4 << 4) | kDown>(x);
+        // (2^f - 1)/f; the fit in double lies below it by up to 2^-55.9
+        const Vector q = polynomial.rounded_up(f, mul(f, f));
         // 2^(j/16) 2^f = T (1 + t) (1 + f q); the scaling takes the floor of x by itself
-        const Vector q = polynomial(f, mul(f, f));
         const Vector t = high[bits(z)];
         const Vector u = fma(f, q, low[bits(z)]);
         y = scale(fma(u, t, t), x);
