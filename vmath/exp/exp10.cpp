@@ -26,8 +26,7 @@ struct Exp10 {
     Vector log10_2_high, log10_2_low;
     Vector bound;
     Coefficients<E, Terms> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<E> ordinary;
 
     // Keeps 10^r positive whatever r is, so that Inf has the sign it should. The short series is positive near 0 only.
     NAX_VEC Vector tame(Vector r) const {
@@ -49,8 +48,9 @@ struct Exp10 {
         const Vector t = high[bits(z)];
         const Vector u = fma(r, q, low[bits(z)]);
         y = scale(fma(u, t, t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp10<Double, 6> exp10_double = {
@@ -62,9 +62,8 @@ alignas(64) constexpr Exp10<Double, 6> exp10_double = {
     Double::row(-2.8037281277851704e-18),  // log10(2) less the former
     Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
-      0.2115324552507909}},                  // least error on [0, log10(2)/16)
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(307.6526555685887),          // 1022 log10(2)
+      0.2115324552507909}},  // least error on [0, log10(2)/16)
+    307.6526555685887,       // 1022 log10(2)
 };
 
 alignas(64) constexpr Exp10<Single, 3> exp10_single = {
@@ -76,8 +75,7 @@ alignas(64) constexpr Exp10<Single, 3> exp10_single = {
     Single::row(-0x1.ec10cp-27f),  // log10(2) less the former
     Single::row(0x1p-4f),          // above every r
     exp10_single_coefficients,
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(37.929779052734375f),        // 126 log10(2)
+    37.929779052734375f,  // 126 log10(2)
 };
 
 }  // namespace
