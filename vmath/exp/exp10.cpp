@@ -24,24 +24,26 @@ struct Exp10 {
     Vector log2_10;
     Vector shifter;
     Vector log10_2_high, log10_2_low;
-    Vector step;
+    Vector below_two;
     Coefficients<E, Terms> polynomial;
-    Vector magnitude;
-    Vector limit;
+    typename E::Bits inf_where_inf;
+    OrdinaryRange<E> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
         const Vector z = fma<kTowardZero>(x, log2_10, shifter);
         const Vector n = sub(z, shifter);
-        // r, small also for Inf and NaN
-        const Vector r = min_magnitude(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), step);
-        // 2^(j/2^b) 10^r = T (1 + t) (1 + r q)
-        const Vector q = polynomial(r, mul(r, r));
-        const Vector t = high[bits(z)];
+        // r, finite also for Inf and NaN
+        const Vector r = bit_and(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), below_two);
+        // (10^r - 1)/r; the fit in double lies below it by up to 2^-55.7
+        const Vector q = polynomial.rounded_up(r, mul(r, r));
+        // S = 2^N, and 10^x = S (1 + t) (1 + r q); beside an infinite S the other term may be NaN
+        const Vector scaled = scale(high[bits(z)], n);
         const Vector u = fma(r, q, low[bits(z)]);
-        y = scale(fma(u, t, t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        y = fix_up(fma(u, scaled, scaled), scaled, inf_where_inf);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp10<Double, 6> exp10_double = {
@@ -51,24 +53,24 @@ alignas(64) constexpr Exp10<Double, 6> exp10_double = {
     Double::row(kSixteenthsShifter),       // leaves N in sixteenths
     Double::row(0.3010299956639812),       // log10(2); N has few bits, so the fused difference is exact
     Double::row(-2.8037281277851704e-18),  // log10(2) less the former
-    Double::row(0x1p-4),                   // above every r
+    Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
-      0.2115324552507909}},                  // least error on [0, log10(2)/16)
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(307.6526555685887),          // 1022 log10(2)
+      0.2115324552507909}},  // least error on [0, log10(2)/16)
+    Double::bits_row(kInfWherePlusInf),
+    307.6526555685887,  // 1022 log10(2)
 };
 
 alignas(64) constexpr Exp10<Single, 3> exp10_single = {
     exp2_32f,
     exp2_32f_relative_low,
-    Single::row(0x1.a934fp+1f),    // log2(10)
-    Single::row(393216.0f),        // 1.5 2^18: leaves N in 1/32
-    Single::row(0x1.344136p-2f),   // log10(2)
-    Single::row(-0x1.ec10cp-27f),  // log10(2) less the former
-    Single::row(0x1p-4f),          // above every r
+    Single::row(0x1.a934fp+1f),            // log2(10)
+    Single::row(393216.0f),                // 1.5 2^18: leaves N in 1/32
+    Single::row(0x1.344136p-2f),           // log10(2)
+    Single::row(-0x1.ec10cp-27f),          // log10(2) less the former
+    Single::row_of_bits(kBelowTwoSingle),  // all bits but the 30th
     exp10_single_coefficients,
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(37.929779052734375f),        // 126 log10(2)
+    Single::bits_row(kInfWherePlusInf),
+    37.929779052734375f,  // 126 log10(2)
 };
 
 }  // namespace
