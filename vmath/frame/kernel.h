@@ -5,12 +5,14 @@
 // data block is a constant instance of it. It has
 //   Precision              Double or Single
 //   unroll                 vectors in a full block of the dense form
-//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare
-//   rare, name             scalar path and user-visible name; only if eval returns a mask
+//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare or
+//                          rare lanes are those whose result is Inf or NaN: a block then has one test for all vectors
+//   rare, name             scalar path and user-visible name; only if there are rare lanes
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include "vmath/frame/memory.h"
 #include "vmath/frame/rare_lanes.h"
@@ -43,6 +45,12 @@ NAX_VEC auto apply(const Op& op, const Vector (&x)[NI], Vector (&y)[NO]) {
         return op.eval(x[0], y[0]);
 }
 
+// Lanes without a finite result.
+template <class Vector>
+NAX_VEC auto not_finite(Vector y) {
+    return is_class<kNan | kInf>(y);
+}
+
 // One step of the loop: `U` whole vectors, or one partial vector of `lanes`.
 template <class Op, class Access, int U>
 struct Step {
@@ -50,22 +58,48 @@ struct Step {
     using T = typename E::Element;
     using Vector = typename E::Vector;
     static constexpr int NI = Access::inputs, NO = Access::outputs;
+    using Found = decltype(apply(std::declval<const Op&>(), std::declval<const Vector (&)[NI]>(),
+                                 std::declval<Vector (&)[NO]>()));
+    // Does the result tell which lanes are rare?
+    static constexpr bool by_result = std::is_void_v<Found>;
+    static_assert(!by_result || NO == 1);
 
     Vector y[U][NO];
     typename E::Mask rare[U];
 
     NAX_VEC bool any_rare() const {
-        typename E::Mask any = rare[0];
+        if constexpr (by_result && U > 1) {
+            // A sum is finite only if its terms are; finite results are far from the largest number.
+            Vector sum = y[0][0];
 #pragma GCC unroll 8
-        for (int u = 1; u < U; ++u) any |= rare[u];
-        return any != 0;
+            for (int u = 1; u < U; ++u) sum = add(sum, y[u][0]);
+            return not_finite(sum) != 0;
+        } else {
+            typename E::Mask any = rare[0];
+#pragma GCC unroll 8
+            for (int u = 1; u < U; ++u) any |= rare[u];
+            return any != 0;
+        }
     }
     // Lanes of the step, in element order.
     NAX_VEC uint64_t rare_lanes() const {
         uint64_t lanes = 0;
 #pragma GCC unroll 8
-        for (int u = 0; u < U; ++u) lanes |= uint64_t{rare[u]} << (u * E::lanes);
+        for (int u = 0; u < U; ++u) {
+            if constexpr (by_result && U > 1)
+                lanes |= uint64_t{not_finite(y[u][0])} << (u * E::lanes);
+            else
+                lanes |= uint64_t{rare[u]} << (u * E::lanes);
+        }
         return lanes;
+    }
+    NAX_VEC typename E::Mask eval(const Op& op, const Vector (&x)[NI], Vector (&results)[NO]) const {
+        if constexpr (by_result) {
+            apply(op, x, results);
+            return not_finite(results[0]);
+        } else {
+            return apply(op, x, results);
+        }
     }
     NAX_VEC void spill(T* results, int pitch) const {
 #pragma GCC unroll 8
@@ -77,14 +111,14 @@ struct Step {
         for (int u = 0; u < U; ++u) {
             Vector x[NI];
             for (int k = 0; k < NI; ++k) x[k] = access.read(k, i + u * E::lanes);
-            rare[u] = apply(op, x, y[u]);
+            rare[u] = eval(op, x, y[u]);
         }
     }
     NAX_VEC void read_and_eval(const Op& op, const Access& access, ptrdiff_t i, int lanes) {
         Vector x[NI];
         for (int k = 0; k < NI; ++k) x[k] = access.read(k, i, lanes);
         // The filler is rare for some functions.
-        rare[0] = typename E::Mask(apply(op, x, y[0]) & Dense<E, NI, NO>::lane_mask(lanes));
+        rare[0] = typename E::Mask(eval(op, x, y[0]) & Dense<E, NI, NO>::lane_mask(lanes));
     }
     NAX_VEC void write(const Access& access, ptrdiff_t i) const {
 #pragma GCC unroll 8

@@ -4,7 +4,8 @@
 //
 // HA adds e log(2) and the table's entry in high parts that make the sum exact, then the leading term of log(1 + r)
 // with its rounding error; the low parts, that error and the rest of the series make up the low sum. LA and EP know
-// single constants only and differ in the length of the series.
+// single constants only. Below 1, where e is -1, LA relies on a table that holds e's log(2) already; EP lets the two
+// cancel, which costs digits that it has to spare.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"
@@ -111,7 +112,8 @@ struct LogHigh {
     }
 };
 
-// log(1 + r) = r + r^2 P(r) in base e, r P(r) in the others.
+// LA: log(1 + r) = r + r^2 P(r) in base e, r P(r) in the others. The logarithm is finite where there is one, so the
+// result tells the rare lanes.
 template <class E, Base B, int Terms>
 struct LogLow {
     using Precision = E;
@@ -127,10 +129,7 @@ struct LogLow {
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
     Reduction<E, 4> reduction = {};
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
-        y = sum_up(reduction(x));
-        return outside_domain(x);
-    }
+    NAX_VEC void eval(Vector x, Vector& y) const { y = sum_up(reduction(x)); }
 
     NAX_VEC Vector sum_up(const Reduced<E>& a) const {
         const Vector r = a.r, r2 = mul(r, r);
@@ -145,6 +144,71 @@ struct LogLow {
             return add(sum, fma(r2, p, r));
         else
             return fma(r, p, sum);
+    }
+};
+
+// EP: log(1/c) of c = 1/2, 17/32 ... 31/32 and 1.
+template <class E>
+struct WholeTable {
+    using Vector = typename E::Vector;
+    using Element = typename E::Element;
+    Table<E, 2> table;
+
+    constexpr WholeTable(const Element (&entries)[17]) : table(Padded(entries).entries) {}
+
+    // A float table has the entry of c = 1 in its second row; a double table is full without it. NaN from a negative
+    // argument finds an entry that is not 0.
+    NAX_VEC Vector at(const Reciprocal<E, 4>& a, Vector one) const {
+        if constexpr (E::lanes == 16)
+            return table[a.index()];
+        else
+            return zero_unless(less(bits(a.c), bits(one)), table[a.index()]);
+    }
+
+private:
+    struct Padded {
+        Element entries[2 * E::lanes] = {};
+        constexpr Padded(const Element (&given)[17]) {
+            for (int j = 0; j < 2 * E::lanes; ++j) entries[j] = given[j < 17 ? j : 0];
+        }
+    };
+};
+
+// EP: log(1 + r) = r P(r); in base e the coefficients after the first, 1.
+template <class E, Base B, int Terms>
+struct LogShort {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 4;
+    static constexpr bool has_log_2 = B != Base::Two;
+    static constexpr auto& name = LogNames<E, B>::name;
+    static constexpr auto rare = LogNames<E, B>::rare;
+
+    WholeTable<E> table;
+    Coefficients<E, Terms> polynomial;
+    [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
+    Vector one = E::row(1);
+
+    NAX_VEC void eval(Vector x, Vector& y) const {
+        const Reciprocal<E, 4> a(x, one);
+        y = add_series(a.r, whole(a, get_exponent(x)));
+    }
+
+    // e log(2) + log(1/c); +0 for e = -1, c = 1/2
+    NAX_VEC Vector whole(const Reciprocal<E, 4>& a, Vector exponent) const {
+        const Vector entry = table.at(a, one);
+        if constexpr (has_log_2)
+            return fma(exponent, log_2, entry);
+        else
+            return add(exponent, entry);
+    }
+    // A chain: the square of r that pairs need would be an operation more, and there is other work to overlap with.
+    NAX_VEC Vector add_series(Vector r, Vector sum) const {
+        Vector p = polynomial.c[Terms - 1];
+#pragma GCC unroll 8
+        for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, polynomial.c[k]);
+        if constexpr (B == Base::E) p = fma(p, r, one);
+        return fma(p, r, sum);
     }
 };
 
