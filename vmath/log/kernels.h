@@ -112,8 +112,19 @@ struct LogHigh {
     }
 };
 
-// LA: log(1 + r) = r + r^2 P(r) in base e, r P(r) in the others. The logarithm is finite where there is one, so the
-// result tells the rare lanes.
+// log(1 + r) = r P(r), and a sum added. In base e the first coefficient is 1 and not in the list. A chain: the square of r
+// that pairs need would be an operation more, and the work on other vectors overlaps with the wait.
+template <class E, Base B, int Terms>
+NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients, typename E::Vector r,
+                                      typename E::Vector one, typename E::Vector sum) {
+    typename E::Vector p = coefficients.c[Terms - 1];
+#pragma GCC unroll 8
+    for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, coefficients.c[k]);
+    if constexpr (B == Base::E) p = fma(p, r, one);
+    return fma(p, r, sum);
+}
+
+// LA. The logarithm is finite where there is one, so the result tells the rare lanes.
 template <class E, Base B, int Terms>
 struct LogLow {
     using Precision = E;
@@ -132,18 +143,13 @@ struct LogLow {
     NAX_VEC void eval(Vector x, Vector& y) const { y = sum_up(reduction(x)); }
 
     NAX_VEC Vector sum_up(const Reduced<E>& a) const {
-        const Vector r = a.r, r2 = mul(r, r);
-        const Vector p = polynomial(r, r2);
         // e log(2) + log(1/c)
         Vector sum = table[a.index];
         if constexpr (has_log_2)
             sum = fma(a.exponent, log_2, sum);
         else
             sum = add(a.exponent, sum);
-        if constexpr (B == Base::E)
-            return add(sum, fma(r2, p, r));
-        else
-            return fma(r, p, sum);
+        return add_series<E, B>(polynomial, a.r, reduction.one, sum);
     }
 };
 
@@ -174,7 +180,7 @@ private:
     };
 };
 
-// EP: log(1 + r) = r P(r); in base e the coefficients after the first, 1.
+// EP.
 template <class E, Base B, int Terms>
 struct LogShort {
     using Precision = E;
@@ -202,13 +208,8 @@ struct LogShort {
         else
             return add(exponent, entry);
     }
-    // A chain: the square of r that pairs need would be an operation more, and there is other work to overlap with.
     NAX_VEC Vector add_series(Vector r, Vector sum) const {
-        Vector p = polynomial.c[Terms - 1];
-#pragma GCC unroll 8
-        for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, polynomial.c[k]);
-        if constexpr (B == Base::E) p = fma(p, r, one);
-        return fma(p, r, sum);
+        return avx512::add_series<E, B>(polynomial, r, one, sum);
     }
 };
 
