@@ -88,6 +88,7 @@ struct LogHigh {
     template <class... Low>
     NAX_VEC Vector sum_up(const Reduced<E>& a, typename E::Mask outside, Low... r_low) const {
         const Vector r = a.r, r2 = mul(r, r);
+        const Vector p = polynomial(r, r2);
         // e log(2) + log(1/c) in high parts, exact; the low parts
         Vector sum = high[a.index], rest = low[a.index];
         if constexpr (has_log_2) {
@@ -106,14 +107,14 @@ struct LogHigh {
         const Vector error = sub(lead, sub(total, sum));
         rest = add(rest, error);
         ((rest = add(rest, r_low)), ...);
-        rest = fma(r2, polynomial(r, r2), rest);
+        rest = fma(r2, p, rest);
         // beside an infinite total the rest is NaN
         return add_where(static_cast<typename E::Mask>(~outside), total, rest);
     }
 };
 
-// log(1 + r) = r P(r), and a sum added. In base e the first coefficient is 1 and not in the list. A chain: the square of r
-// that pairs need would be an operation more, and the work on other vectors overlaps with the wait.
+// log(1 + r) = r P(r), and a sum added. In base e the first coefficient is 1 and not in the list. A chain: the square
+// of r that pairs need would be an operation more, and the work on other vectors overlaps with the wait.
 template <class E, Base B, int Terms>
 NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients, typename E::Vector r,
                                       typename E::Vector one, typename E::Vector sum) {
@@ -208,9 +209,7 @@ struct LogShort {
         else
             return add(exponent, entry);
     }
-    NAX_VEC Vector add_series(Vector r, Vector sum) const {
-        return avx512::add_series<E, B>(polynomial, r, one, sum);
-    }
+    NAX_VEC Vector add_series(Vector r, Vector sum) const { return avx512::add_series<E, B>(polynomial, r, one, sum); }
 };
 
 }  // namespace nax::vmath::avx512

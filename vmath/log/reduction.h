@@ -10,11 +10,11 @@ namespace nax::vmath::avx512 {
 template <class E, int IndexBits>
 struct Reciprocal {
     using Vector = typename E::Vector;
-    Vector c, r;
+    Vector m, c, r;
 
     // A denormal needs no care; a negative argument becomes NaN.
     NAX_VEC Reciprocal(Vector x, Vector one) {
-        const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
+        m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
         c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
         r = fms(m, c, one);
     }
@@ -24,10 +24,8 @@ struct Reciprocal {
 
 template <class E>
 struct Reduced {
-    typename E::Vector raw_exponent;  // of m in [1, 2)
-    typename E::Vector exponent;      // the same, or 1 more
-    typename E::Vector reciprocal;
-    typename E::Vector r;
+    typename E::Vector m, c, r;
+    typename E::Vector exponent;  // that of x, or 1 more
     typename E::Bits index;
 };
 
@@ -42,7 +40,7 @@ struct Reduction {
     NAX_VEC Reduced<E> operator()(Vector x) const {
         const Reciprocal<E, IndexBits> a(x, one);
         const Vector e = get_exponent(x);
-        return {e, add_where(less(bits(a.c), bits(three_quarters)), e, one), a.c, a.r, a.index()};
+        return {a.m, a.c, a.r, add_where(less(bits(a.c), bits(three_quarters)), e, one), a.index()};
     }
 };
 
