@@ -5,9 +5,14 @@
 // data block is a constant instance of it. It has
 //   Precision              Double or Single
 //   unroll                 vectors in a full block of the dense form
-//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare or
-//                          rare lanes are those whose result is Inf or NaN: a block then has one test for all vectors
-//   rare, name             scalar path and user-visible name; only if there are rare lanes
+//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare.
+//                          A comparison that makes a mask takes a slot of the multipliers, so an operation that has
+//                          better use for it returns Bits instead: set sign bits tell the lanes that may be rare.
+//                          Or it returns a vector, often the result: there it is Inf or NaN in such lanes, and far
+//                          from the largest number in all others
+//   is_rare(x...)          mask of the rare lanes; only if eval returns no mask, and asked only for a step with lanes
+//                          that may be rare
+//   rare, name             scalar path and user-visible name; only if some lane may be rare
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
 #pragma once
 
@@ -45,10 +50,12 @@ NAX_VEC auto apply(const Op& op, const Vector (&x)[NI], Vector (&y)[NO]) {
         return op.eval(x[0], y[0]);
 }
 
-// Lanes without a finite result.
-template <class Vector>
-NAX_VEC auto not_finite(Vector y) {
-    return is_class<kNan | kInf>(y);
+template <class Op, class Vector, int NI>
+NAX_VEC auto is_rare(const Op& op, const Vector (&x)[NI]) {
+    if constexpr (NI == 2)
+        return op.is_rare(x[0], x[1]);
+    else
+        return op.is_rare(x[0]);
 }
 
 // One step of the loop: `U` whole vectors, or one partial vector of `lanes`.
@@ -58,47 +65,54 @@ struct Step {
     using T = typename E::Element;
     using Vector = typename E::Vector;
     static constexpr int NI = Access::inputs, NO = Access::outputs;
-    using Found = decltype(apply(std::declval<const Op&>(), std::declval<const Vector (&)[NI]>(),
-                                 std::declval<Vector (&)[NO]>()));
-    // Does the result tell which lanes are rare?
-    static constexpr bool by_result = std::is_void_v<Found>;
-    static_assert(!by_result || NO == 1);
+
+    using Verdict = decltype(apply(std::declval<const Op&>(), std::declval<const Vector (&)[NI]>(),
+                                   std::declval<Vector (&)[NO]>()));
+    static constexpr bool exact = std::is_same_v<Verdict, typename E::Mask>;
 
     Vector y[U][NO];
-    typename E::Mask rare[U];
+    Verdict verdict[U];
 
-    NAX_VEC bool any_rare() const {
-        if constexpr (by_result && U > 1) {
-            // A sum is finite only if its terms are; finite results are far from the largest number.
-            Vector sum = y[0][0];
+    NAX_VEC bool any_suspect() const {
+        Verdict any = verdict[0];
 #pragma GCC unroll 8
-            for (int u = 1; u < U; ++u) sum = add(sum, y[u][0]);
-            return not_finite(sum) != 0;
-        } else {
-            typename E::Mask any = rare[0];
-#pragma GCC unroll 8
-            for (int u = 1; u < U; ++u) any |= rare[u];
-            return any != 0;
+        for (int u = 1; u < U; ++u) {
+            if constexpr (std::is_same_v<Verdict, Vector>)
+                any = add(any, verdict[u]);  // finite only if both are
+            else
+                any |= verdict[u];
         }
+        if constexpr (exact)
+            return any != 0;
+        else if constexpr (std::is_same_v<Verdict, Vector>)
+            return is_class<kNan | kInf>(any) != 0;
+        else
+            return sign_mask(from_bits(any)) != 0;
     }
-    // Lanes of the step, in element order.
-    NAX_VEC uint64_t rare_lanes() const {
-        uint64_t lanes = 0;
+    // Rare lanes of the step at element i, in element order; `lanes` of a partial vector.
+    NAX_VEC uint64_t rare_lanes(const Op& op, const Access& access, ptrdiff_t i) const {
+        uint64_t all = 0;
 #pragma GCC unroll 8
         for (int u = 0; u < U; ++u) {
-            if constexpr (by_result && U > 1)
-                lanes |= uint64_t{not_finite(y[u][0])} << (u * E::lanes);
-            else
-                lanes |= uint64_t{rare[u]} << (u * E::lanes);
+            typename E::Mask mask;
+            if constexpr (exact) {
+                mask = verdict[u];
+            } else {
+                Vector x[NI];
+                read(access, i + u * E::lanes, x);
+                mask = is_rare(op, x);
+            }
+            all |= uint64_t{mask} << (u * E::lanes);
         }
-        return lanes;
+        return all;
     }
-    NAX_VEC typename E::Mask eval(const Op& op, const Vector (&x)[NI], Vector (&results)[NO]) const {
-        if constexpr (by_result) {
-            apply(op, x, results);
-            return not_finite(results[0]);
+    NAX_VEC uint64_t rare_lanes(const Op& op, const Access& access, ptrdiff_t i, int lanes) const {
+        if constexpr (exact) {
+            return verdict[0];
         } else {
-            return apply(op, x, results);
+            Vector x[NI];
+            read(access, i, lanes, x);
+            return is_rare(op, x) & Dense<E, NI, NO>::lane_mask(lanes);
         }
     }
     NAX_VEC void spill(T* results, int pitch) const {
@@ -106,19 +120,26 @@ struct Step {
         for (int u = 0; u < U; ++u)
             for (int k = 0; k < NO; ++k) store(results + k * pitch + u * E::lanes, y[u][k]);
     }
+    NAX_VEC static void read(const Access& access, ptrdiff_t i, Vector (&x)[NI]) {
+        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i);
+    }
+    NAX_VEC static void read(const Access& access, ptrdiff_t i, int lanes, Vector (&x)[NI]) {
+        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i, lanes);
+    }
     NAX_VEC void read_and_eval(const Op& op, const Access& access, ptrdiff_t i) {
 #pragma GCC unroll 8
         for (int u = 0; u < U; ++u) {
             Vector x[NI];
-            for (int k = 0; k < NI; ++k) x[k] = access.read(k, i + u * E::lanes);
-            rare[u] = eval(op, x, y[u]);
+            read(access, i + u * E::lanes, x);
+            verdict[u] = apply(op, x, y[u]);
         }
     }
     NAX_VEC void read_and_eval(const Op& op, const Access& access, ptrdiff_t i, int lanes) {
         Vector x[NI];
-        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i, lanes);
+        read(access, i, lanes, x);
+        verdict[0] = apply(op, x, y[0]);
         // The filler is rare for some functions.
-        rare[0] = typename E::Mask(eval(op, x, y[0]) & Dense<E, NI, NO>::lane_mask(lanes));
+        if constexpr (exact) verdict[0] = Verdict(verdict[0] & Dense<E, NI, NO>::lane_mask(lanes));
     }
     NAX_VEC void write(const Access& access, ptrdiff_t i) const {
 #pragma GCC unroll 8
@@ -204,10 +225,10 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access) {
             for (; i + block <= n; i += block) {
                 Step<Op, Access, unroll> step;
                 step.read_and_eval(op, access, i);
-                if (step.any_rare()) [[unlikely]] {
-                    if (reports) {
+                if (step.any_suspect()) [[unlikely]] {
+                    rare = reports ? step.rare_lanes(op, access, i) : 0;
+                    if (rare != 0) {
                         step.spill(results, block);
-                        rare = step.rare_lanes();
                         count = block;
                         goto detour;
                     }
@@ -218,10 +239,10 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access) {
                 Step<Op, Access, 1> step;
                 const int lanes = n - i < E::lanes ? static_cast<int>(n - i) : E::lanes;
                 step.read_and_eval(op, access, i, lanes);
-                if (step.any_rare()) [[unlikely]] {
-                    if (reports) {
+                if (step.any_suspect()) [[unlikely]] {
+                    rare = reports ? step.rare_lanes(op, access, i, lanes) : 0;
+                    if (rare != 0) {
                         step.spill(results, block);
-                        rare = step.rare_lanes();
                         count = lanes;
                         goto detour;
                     }

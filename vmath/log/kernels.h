@@ -125,7 +125,7 @@ NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients
     return fma(p, r, sum);
 }
 
-// LA. The logarithm is finite where there is one, so the result tells the rare lanes.
+// LA. The logarithm is finite where there is one: the result tells the rare lanes.
 template <class E, Base B, int Terms>
 struct LogLow {
     using Precision = E;
@@ -141,7 +141,8 @@ struct LogLow {
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
     Reduction<E, 4> reduction = {};
 
-    NAX_VEC void eval(Vector x, Vector& y) const { y = sum_up(reduction(x)); }
+    NAX_VEC Vector eval(Vector x, Vector& y) const { return y = sum_up(reduction(x)); }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
 
     NAX_VEC Vector sum_up(const Reduced<E>& a) const {
         // e log(2) + log(1/c)
@@ -181,7 +182,7 @@ private:
     };
 };
 
-// EP.
+// EP. As LA, but for the table.
 template <class E, Base B, int Terms>
 struct LogShort {
     using Precision = E;
@@ -196,10 +197,11 @@ struct LogShort {
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
     Vector one = E::row(1);
 
-    NAX_VEC void eval(Vector x, Vector& y) const {
+    NAX_VEC Vector eval(Vector x, Vector& y) const {
         const Reciprocal<E, 4> a(x, one);
-        y = add_series(a.r, whole(a, get_exponent(x)));
+        return y = add_series(a.r, whole(a, get_exponent(x)));
     }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
 
     // e log(2) + log(1/c); +0 for e = -1, c = 1/2
     NAX_VEC Vector whole(const Reciprocal<E, 4>& a, Vector exponent) const {

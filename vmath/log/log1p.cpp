@@ -53,14 +53,15 @@ struct Log1pLow : Log1pBase<E> {
     Vector half = E::row(typename E::Element(0.5));
     Vector sign = E::row_of_bits(E::sign_bit);
 
-    NAX_VEC void eval(Vector x, Vector& y) const {
+    NAX_VEC Vector eval(Vector x, Vector& y) const {
         // Below 1/2, t 2^-e c = t/(1 + x) is t nearly; below -1/2, t is 0. (Integers compare like the numbers.)
         const Vector s = add(x, ln.reduction.one);
         const Vector t = sub(x, sub(s, ln.reduction.one));
         Reduced<E> a = ln.reduction(s);
         a.r = add_where(less(bits(x), bits(half)), a.r, t);
-        y = this->with_sign(ln.sum_up(a), x, sign);
+        return y = this->with_sign(ln.sum_up(a), x, sign);
     }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(add(x, ln.reduction.one)); }
 };
 
 template <class E, int Terms>
@@ -69,13 +70,15 @@ struct Log1pShort : Log1pBase<E> {
     LogShort<E, Base::E, Terms> ln;
     Vector sign = E::row_of_bits(E::sign_bit);
 
-    NAX_VEC void eval(Vector x, Vector& y) const {
+    NAX_VEC Vector eval(Vector x, Vector& y) const {
+        // Where the sum is 0, s is 2^e c and 1 + r is 1 + x.
         const Vector s = add(x, ln.one);
         const Reciprocal<E, 4> a(s, ln.one);
         const Vector whole = ln.whole(a, get_exponent(s));
         const Vector r = choose(test(bits(whole), bits(whole)), a.r, x);
-        y = this->with_sign(ln.add_series(r, whole), x, sign);
+        return y = this->with_sign(ln.add_series(r, whole), x, sign);
     }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(add(x, ln.one)); }
 };
 
 alignas(64) constexpr Log1pHigh<Double, 4, 8> double_ha = {
