@@ -8,6 +8,8 @@
 // cancel, which costs digits that it has to spare.
 #pragma once
 
+#include <limits>
+
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/frame/polynomial.h"
 #include "vmath/log/log_coefficients.inc"
@@ -164,8 +166,8 @@ struct WholeTable {
 
     constexpr WholeTable(const Element (&entries)[17]) : table(Padded(entries).entries) {}
 
-    // A float table has the entry of c = 1 in its second row; a double table is full without it. NaN from a negative
-    // argument finds an entry that is not 0.
+    // A float table has the entry of c = 1 in its second row; a double table is full without it. The quiet NaN that a
+    // negative argument gives finds NaN in the one and the entry of c = 3/4 in the other, whose sums are never 0.
     NAX_VEC Vector at(const Reciprocal<E, 4>& a, Vector one) const {
         if constexpr (E::lanes == 16)
             return table[a.index()];
@@ -177,7 +179,7 @@ private:
     struct Padded {
         Element entries[2 * E::lanes] = {};
         constexpr Padded(const Element (&given)[17]) {
-            for (int j = 0; j < 2 * E::lanes; ++j) entries[j] = given[j < 17 ? j : 0];
+            for (int j = 0; j < 2 * E::lanes; ++j) entries[j] = j < 17 ? given[j] : std::numeric_limits<Element>::quiet_NaN();
         }
     };
 };
