@@ -90,7 +90,6 @@ struct LogHigh {
     template <class... Low>
     NAX_VEC Vector sum_up(const Reduced<E>& a, typename E::Mask outside, Low... r_low) const {
         const Vector r = a.r, r2 = mul(r, r);
-        const Vector p = polynomial(r, r2);
         // e log(2) + log(1/c) in high parts, exact; the low parts
         Vector sum = high[a.index], rest = low[a.index];
         if constexpr (has_log_2) {
@@ -109,7 +108,7 @@ struct LogHigh {
         const Vector error = sub(lead, sub(total, sum));
         rest = add(rest, error);
         ((rest = add(rest, r_low)), ...);
-        rest = fma(r2, p, rest);
+        rest = fma(r2, polynomial(r, r2), rest);
         // beside an infinite total the rest is NaN
         return add_where(static_cast<typename E::Mask>(~outside), total, rest);
     }
@@ -179,7 +178,8 @@ private:
     struct Padded {
         Element entries[2 * E::lanes] = {};
         constexpr Padded(const Element (&given)[17]) {
-            for (int j = 0; j < 2 * E::lanes; ++j) entries[j] = j < 17 ? given[j] : std::numeric_limits<Element>::quiet_NaN();
+            for (int j = 0; j < 2 * E::lanes; ++j)
+                entries[j] = j < 17 ? given[j] : std::numeric_limits<Element>::quiet_NaN();
         }
     };
 };
