@@ -6,18 +6,31 @@
 
 namespace nax::vmath::avx512 {
 
+// c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact.
+template <class E, int IndexBits>
+struct Reciprocal {
+    using Vector = typename E::Vector;
+    Vector m, c, r;
+
+    // A denormal needs no care; a negative argument becomes NaN.
+    NAX_VEC Reciprocal(Vector x, Vector one) {
+        m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
+        c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
+        r = fms(m, c, one);
+    }
+    // The top mantissa bits of c, and bits above them that a permute ignores.
+    NAX_VEC typename E::Bits index() const { return shift_right<E::mantissa_bits - IndexBits>(bits(c)); }
+};
+
 template <class E>
 struct Reduced {
-    typename E::Vector raw_exponent;  // of m in [1, 2)
-    typename E::Vector exponent;      // the same, or 1 more
-    typename E::Vector reciprocal;
-    typename E::Vector r;
+    typename E::Vector m, c, r;
+    typename E::Vector exponent;  // that of x, or 1 more
     typename E::Bits index;
 };
 
-// c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact. The top mantissa bits of c
-// index the table. Where c < 3/4 the exponent is raised by 1 and the table holds log(1/(2c)): arguments just below 1
-// then have exponent 0 and nothing cancels.
+// Where c < 3/4 the exponent is raised by 1 and the table holds log(1/(2c)): arguments just below 1 then have exponent
+// 0 and nothing cancels. Integers compare like the positive numbers they stand for, on more of the processor's pipes.
 template <class E, int IndexBits>
 struct Reduction {
     using Vector = typename E::Vector;
@@ -25,12 +38,9 @@ struct Reduction {
     Vector one = E::row(1);
 
     NAX_VEC Reduced<E> operator()(Vector x) const {
-        // A denormal needs no care; a negative argument becomes NaN.
-        const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
+        const Reciprocal<E, IndexBits> a(x, one);
         const Vector e = get_exponent(x);
-        const Vector c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
-        return {e, add_where(less(c, three_quarters), e, one), c, fms(m, c, one),
-                shift_right<E::mantissa_bits - IndexBits>(bits(c))};
+        return {a.m, a.c, a.r, add_where(less(bits(a.c), bits(three_quarters)), e, one), a.index()};
     }
 };
 
