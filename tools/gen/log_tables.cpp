@@ -1,7 +1,7 @@
 // Writes vmath/log/log_tables.inc: logarithms of the rounded reciprocals c of the mantissa.
 // Entry j of a table of 2^b entries belongs to the c whose first b mantissa bits are j, c = (1 + j/2^b)/2 in [1/2, 1).
 // For c below 3/4 the kernel adds 1 to the exponent, so the entry is log(1/(2c)) there: near 1 nothing cancels, and
-// c = 1 and c = 1/2 share entry 0, which is 0. The tables of 17 entries do without that: EP can spare the digits.
+// c = 1 and c = 1/2 share entry 0, which is 0.
 #include "table_writer.h"
 
 using namespace nax::gen;
@@ -37,13 +37,6 @@ void write_single(Type type, Base base, const char* name, int size) {
     write_array(type, name, "rounded to nearest", size, [=](int j) { return round_to(type, entry(base, j, size)); });
 }
 
-// Entry j is log(1/c) itself, j = 16 that of c = 1.
-void write_whole(Type type, Base base, const char* name) {
-    write_array(type, name, "log(1/c) for c = (16 + j)/32, rounded to nearest", 17, [=](int j) {
-        return j == 16 ? 0.0 : round_to(type, Wide(0.0) - log_base(base, Wide((16.0 + j) / 32.0)));
-    });
-}
-
 // Scalar path: z in [1, 2) belongs to row j = round(64 (z - 1)), which holds a reciprocal of 1 + j/64 of 14 bits (its
 // product with a 31-bit high part of z is exact) and minus its logarithm.
 double row_reciprocal(int j) { return round_to_multiple(14, Wide(64.0) / Wide(64.0 + j)); }
@@ -77,12 +70,6 @@ int main() {
     write_single(Type::Single, Base::E, "ln_16f", 16);
     write_single(Type::Single, Base::Two, "log2_16f", 16);
     write_single(Type::Single, Base::Ten, "log10_16f", 16);
-    write_whole(Type::Double, Base::E, "ln_17");
-    write_whole(Type::Double, Base::Two, "log2_17");
-    write_whole(Type::Double, Base::Ten, "log10_17");
-    write_whole(Type::Single, Base::E, "ln_17f");
-    write_whole(Type::Single, Base::Two, "log2_17f");
-    write_whole(Type::Single, Base::Ten, "log10_17f");
     write_scalar_rows();
     end_file();
     return 0;

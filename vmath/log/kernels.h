@@ -4,11 +4,8 @@
 //
 // HA adds e log(2) and the table's entry in high parts that make the sum exact, then the leading term of log(1 + r)
 // with its rounding error; the low parts, that error and the rest of the series make up the low sum. LA and EP know
-// single constants only. Below 1, where e is -1, LA relies on a table that holds e's log(2) already; EP lets the two
-// cancel, which costs digits that it has to spare.
+// single constants only and differ in the length of the series.
 #pragma once
-
-#include <limits>
 
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/frame/polynomial.h"
@@ -126,7 +123,7 @@ NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients
     return fma(p, r, sum);
 }
 
-// LA. The logarithm is finite where there is one: the result tells the rare lanes.
+// LA and EP. The logarithm is finite where there is one: the result tells the rare lanes.
 template <class E, Base B, int Terms>
 struct LogLow {
     using Precision = E;
@@ -154,66 +151,6 @@ struct LogLow {
             sum = add(a.exponent, sum);
         return add_series<E, B>(polynomial, a.r, reduction.one, sum);
     }
-};
-
-// EP: log(1/c) of c = 1/2, 17/32 ... 31/32 and 1.
-template <class E>
-struct WholeTable {
-    using Vector = typename E::Vector;
-    using Element = typename E::Element;
-    Table<E, 2> table;
-
-    constexpr WholeTable(const Element (&entries)[17]) : table(Padded(entries).entries) {}
-
-    // A float table has the entry of c = 1 in its second row; a double table is full without it. The quiet NaN that a
-    // negative argument gives finds NaN in the one and the entry of c = 3/4 in the other, whose sums are never 0.
-    NAX_VEC Vector at(const Reciprocal<E, 4>& a, Vector one) const {
-        if constexpr (E::lanes == 16)
-            return table[a.index()];
-        else
-            return zero_unless(less(bits(a.c), bits(one)), table[a.index()]);
-    }
-
-private:
-    struct Padded {
-        Element entries[2 * E::lanes] = {};
-        constexpr Padded(const Element (&given)[17]) {
-            for (int j = 0; j < 2 * E::lanes; ++j)
-                entries[j] = j < 17 ? given[j] : std::numeric_limits<Element>::quiet_NaN();
-        }
-    };
-};
-
-// EP. As LA, but for the table.
-template <class E, Base B, int Terms>
-struct LogShort {
-    using Precision = E;
-    using Vector = typename E::Vector;
-    static constexpr int unroll = 4;
-    static constexpr bool has_log_2 = B != Base::Two;
-    static constexpr auto& name = LogNames<E, B>::name;
-    static constexpr auto rare = LogNames<E, B>::rare;
-
-    WholeTable<E> table;
-    Coefficients<E, Terms> polynomial;
-    [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
-    Vector one = E::row(1);
-
-    NAX_VEC Vector eval(Vector x, Vector& y) const {
-        const Reciprocal<E, 4> a(x, one);
-        return y = add_series(a.r, whole(a, get_exponent(x)));
-    }
-    NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
-
-    // e log(2) + log(1/c); +0 for e = -1, c = 1/2
-    NAX_VEC Vector whole(const Reciprocal<E, 4>& a, Vector exponent) const {
-        const Vector entry = table.at(a, one);
-        if constexpr (has_log_2)
-            return fma(exponent, log_2, entry);
-        else
-            return add(exponent, entry);
-    }
-    NAX_VEC Vector add_series(Vector r, Vector sum) const { return avx512::add_series<E, B>(polynomial, r, one, sum); }
 };
 
 }  // namespace nax::vmath::avx512

@@ -11,12 +11,12 @@ namespace {
 alignas(64) constexpr LogHigh<Double, Base::E, 4, 8> double_ha = {
     ln_16_high, ln_16_low, ln_double_full, {}, {}, Double::row(ln2_double_high), Double::row(ln2_double_low)};
 alignas(64) constexpr LogLow<Double, Base::E, 8> double_la = {ln_16, ln_double_full, Double::row(ln2_double)};
-alignas(64) constexpr LogShort<Double, Base::E, 4> double_ep = {ln_17, ln_double_ep, Double::row(ln2_double)};
+alignas(64) constexpr LogLow<Double, Base::E, 4> double_ep = {ln_16, ln_double_ep, Double::row(ln2_double)};
 
 alignas(64) constexpr LogHigh<Single, Base::E, 5, 3> single_ha = {
     ln_32f_high, ln_32f_low, ln_single_ha, {}, {}, Single::row(ln2_single_high), Single::row(ln2_single_low)};
 alignas(64) constexpr LogLow<Single, Base::E, 3> single_la = {ln_16f, ln_single_la, Single::row(ln2_single)};
-alignas(64) constexpr LogShort<Single, Base::E, 2> single_ep = {ln_17f, ln_single_ep, Single::row(ln2_single)};
+alignas(64) constexpr LogLow<Single, Base::E, 2> single_ep = {ln_16f, ln_single_ep, Single::row(ln2_single)};
 
 }  // namespace
 }  // namespace nax::vmath::avx512

@@ -20,8 +20,8 @@ alignas(64) constexpr LogHigh<Double, Base::Ten, 4, 8> double_ha = {
 };
 alignas(64) constexpr LogLow<Double, Base::Ten, 9> double_la = {log10_16, log10_double_la,
                                                                 Double::row(0.3010299956639812)};
-alignas(64) constexpr LogShort<Double, Base::Ten, 5> double_ep = {log10_17, log10_double_ep,
-                                                                  Double::row(0.3010299956639812)};
+alignas(64) constexpr LogLow<Double, Base::Ten, 5> double_ep = {log10_16, log10_double_ep,
+                                                                Double::row(0.3010299956639812)};
 
 alignas(64) constexpr LogHigh<Single, Base::Ten, 5, 3> single_ha = {
     log10_32f_high,
@@ -34,8 +34,8 @@ alignas(64) constexpr LogHigh<Single, Base::Ten, 5, 3> single_ha = {
 };
 alignas(64) constexpr LogLow<Single, Base::Ten, 4> single_la = {log10_16f, log10_single_la,
                                                                 Single::row(0x1.344136p-2f)};
-alignas(64) constexpr LogShort<Single, Base::Ten, 2> single_ep = {log10_17f, log10_single_ep,
-                                                                  Single::row(0x1.344136p-2f)};
+alignas(64) constexpr LogLow<Single, Base::Ten, 2> single_ep = {log10_16f, log10_single_ep,
+                                                                Single::row(0x1.344136p-2f)};
 
 }  // namespace
 }  // namespace nax::vmath::avx512

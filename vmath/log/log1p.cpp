@@ -1,8 +1,7 @@
 // Log1p:  ln(1 + x) = ln(s + t),  s + t = 1 + x exactly: the steps of Ln on s, with t 2^-e c added to r.
 //
-// A small x has s = 1 or nearly so and lives on in t. HA keeps the rounding error of that addition as well. LA leaves t
-// out where x >= 1/2: it is below an ulp of the result there. EP has no t: x is r itself where the rest of the sum is
-// 0, and elsewhere the bits that s loses don't count.
+// A small x has s = 1 or nearly so and lives on in t. HA keeps the rounding error of that addition as well. LA and
+// EP leave t out where x >= 1/2: it is below an ulp of the result there.
 #include "vmath/log/kernels.h"
 #include "vmath/log/ln_constants.h"
 
@@ -64,31 +63,14 @@ struct Log1pLow : Log1pBase<E> {
     NAX_VEC auto is_rare(Vector x) const { return outside_domain(add(x, ln.reduction.one)); }
 };
 
-template <class E, int Terms>
-struct Log1pShort : Log1pBase<E> {
-    using Vector = typename E::Vector;
-    LogShort<E, Base::E, Terms> ln;
-    Vector sign = E::row_of_bits(E::sign_bit);
-
-    NAX_VEC Vector eval(Vector x, Vector& y) const {
-        // Where the sum is 0, s is 2^e c and 1 + r is 1 + x.
-        const Vector s = add(x, ln.one);
-        const Reciprocal<E, 4> a(s, ln.one);
-        const Vector whole = ln.whole(a, get_exponent(s));
-        const Vector r = choose(test(bits(whole), bits(whole)), a.r, x);
-        return y = this->with_sign(ln.add_series(r, whole), x, sign);
-    }
-    NAX_VEC auto is_rare(Vector x) const { return outside_domain(add(x, ln.one)); }
-};
-
 alignas(64) constexpr Log1pHigh<Double, 4, 8> double_ha = {
     {}, {ln_16_high, ln_16_low, ln_double_full, {}, {}, Double::row(ln2_double_high), Double::row(ln2_double_low)}};
 alignas(64) constexpr Log1pLow<Double, 8> double_la = {{}, {ln_16, ln_double_full, Double::row(ln2_double)}};
-alignas(64) constexpr Log1pShort<Double, 4> double_ep = {{}, {ln_17, ln_double_ep, Double::row(ln2_double)}};
+alignas(64) constexpr Log1pLow<Double, 4> double_ep = {{}, {ln_16, ln_double_ep, Double::row(ln2_double)}};
 alignas(64) constexpr Log1pHigh<Single, 5, 3> single_ha = {
     {}, {ln_32f_high, ln_32f_low, ln_single_ha, {}, {}, Single::row(ln2_single_high), Single::row(ln2_single_low)}};
 alignas(64) constexpr Log1pLow<Single, 3> single_la = {{}, {ln_16f, ln_single_la, Single::row(ln2_single)}};
-alignas(64) constexpr Log1pShort<Single, 2> single_ep = {{}, {ln_17f, ln_single_ep, Single::row(ln2_single)}};
+alignas(64) constexpr Log1pLow<Single, 2> single_ep = {{}, {ln_16f, ln_single_ep, Single::row(ln2_single)}};
 
 }  // namespace
 }  // namespace nax::vmath::avx512

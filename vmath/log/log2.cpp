@@ -21,7 +21,7 @@ alignas(64) constexpr LogHigh<Double, Base::Two, 4, 9> double_ha = {
     {},
 };
 alignas(64) constexpr LogLow<Double, Base::Two, 9> double_la = {log2_16, log2_double_la, {}};
-alignas(64) constexpr LogShort<Double, Base::Two, 5> double_ep = {log2_17, log2_double_ep, {}};
+alignas(64) constexpr LogLow<Double, Base::Two, 5> double_ep = {log2_16, log2_double_ep, {}};
 
 alignas(64) constexpr LogHigh<Single, Base::Two, 5, 3> single_ha = {
     log2_32f_high,
@@ -33,7 +33,7 @@ alignas(64) constexpr LogHigh<Single, Base::Two, 5, 3> single_ha = {
     {},
 };
 alignas(64) constexpr LogLow<Single, Base::Two, 4> single_la = {log2_16f, log2_single_la, {}};
-alignas(64) constexpr LogShort<Single, Base::Two, 2> single_ep = {log2_17f, log2_single_ep, {}};
+alignas(64) constexpr LogLow<Single, Base::Two, 2> single_ep = {log2_16f, log2_single_ep, {}};
 
 }  // namespace
 }  // namespace nax::vmath::avx512

@@ -6,22 +6,6 @@
 
 namespace nax::vmath::avx512 {
 
-// c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact.
-template <class E, int IndexBits>
-struct Reciprocal {
-    using Vector = typename E::Vector;
-    Vector m, c, r;
-
-    // A denormal needs no care; a negative argument becomes NaN.
-    NAX_VEC Reciprocal(Vector x, Vector one) {
-        m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
-        c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
-        r = fms(m, c, one);
-    }
-    // The top mantissa bits of c, and bits above them that a permute ignores.
-    NAX_VEC typename E::Bits index() const { return shift_right<E::mantissa_bits - IndexBits>(bits(c)); }
-};
-
 template <class E>
 struct Reduced {
     typename E::Vector m, c, r;
@@ -29,8 +13,9 @@ struct Reduced {
     typename E::Bits index;
 };
 
-// Where c < 3/4 the exponent is raised by 1 and the table holds log(1/(2c)): arguments just below 1 then have exponent
-// 0 and nothing cancels. Integers compare like the positive numbers they stand for, on more of the processor's pipes.
+// c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact. The top mantissa bits of c
+// index the table; a permute ignores those above them. Where c < 3/4 the exponent is raised by 1 and the table holds
+// log(1/(2c)): arguments just below 1 then have exponent 0 and nothing cancels.
 template <class E, int IndexBits>
 struct Reduction {
     using Vector = typename E::Vector;
@@ -38,9 +23,13 @@ struct Reduction {
     Vector one = E::row(1);
 
     NAX_VEC Reduced<E> operator()(Vector x) const {
-        const Reciprocal<E, IndexBits> a(x, one);
+        // A denormal needs no care; a negative argument becomes NaN.
+        const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
         const Vector e = get_exponent(x);
-        return {a.m, a.c, a.r, add_where(less(bits(a.c), bits(three_quarters)), e, one), a.index()};
+        const Vector c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
+        // Integers compare like the positive numbers they stand for, on more of the processor's pipes.
+        const auto raise = less(bits(c), bits(three_quarters));
+        return {m, c, fms(m, c, one), add_where(raise, e, one), shift_right<E::mantissa_bits - IndexBits>(bits(c))};
     }
 };
 
