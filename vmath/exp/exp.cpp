@@ -36,7 +36,7 @@ struct Exp {
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
         // (e^r - 1)/r; the fit lies below it by up to 2^-56
-        const Vector q = polynomial.rounded_up(r, mul(r, r));
+        const Vector q = polynomial.rounded<kUp>(r, mul(r, r));
         // 2^(j/16) e^r = T (1 + t) (1 + r q)
         const Vector t = high[bits(z)];
         const Vector u = fma(r, q, low[bits(z)]);

@@ -36,7 +36,7 @@ struct Exp10 {
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), below_two);
         // (10^r - 1)/r; the fit in double lies below it by up to 2^-55.7
-        const Vector q = polynomial.rounded_up(r, mul(r, r));
+        const Vector q = polynomial.template rounded<by_precision<E>(kNearest, kUp)>(r, mul(r, r));
         // S = 2^N, and 10^x = S (1 + t) (1 + r q); beside an infinite S the other term may be NaN
         const Vector scaled = scale(high[bits(z)], n);
         const Vector u = fma(r, q, low[bits(z)]);

@@ -31,7 +31,7 @@ struct Exp2 {
         // f, finite also for Inf and NaN; both differences are exact
         const Vector f = bit_and(sub(x, sub(z, shifter)), below_two);
         // (2^f - 1)/f; the fit in double lies below it by up to 2^-55.9
-        const Vector q = polynomial.rounded_up(f, mul(f, f));
+        const Vector q = polynomial.template rounded<by_precision<E>(kNearest, kUp)>(f, mul(f, f));
         // 2^(j/16) 2^f = T (1 + t) (1 + f q); the scaling takes the floor of x by itself
         const Vector t = high[bits(z)];
         const Vector u = fma(f, q, low[bits(z)]);

@@ -7,8 +7,11 @@
 //   unroll                 vectors in a full block of the dense form
 //   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare.
 //                          A comparison that makes a mask takes a slot of the multipliers, so an operation that has
-//                          better use for it returns Bits instead: set sign bits tell the lanes that may be rare
-//   is_rare(x...)          mask of the rare lanes; only if eval returns Bits, and asked only for a step with such lanes
+//                          better use for it returns Bits instead: set sign bits tell the lanes that may be rare.
+//                          Or it returns a vector, often the result: there it is Inf or NaN in such lanes, and far
+//                          from the largest number in all others
+//   is_rare(x...)          mask of the rare lanes; only if eval returns no mask, and asked only for a step with lanes
+//                          that may be rare
 //   rare, name             scalar path and user-visible name; only if some lane may be rare
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
 #pragma once
@@ -73,9 +76,16 @@ struct Step {
     NAX_VEC bool any_suspect() const {
         Verdict any = verdict[0];
 #pragma GCC unroll 8
-        for (int u = 1; u < U; ++u) any |= verdict[u];
+        for (int u = 1; u < U; ++u) {
+            if constexpr (std::is_same_v<Verdict, Vector>)
+                any = add(any, verdict[u]);  // finite only if both are
+            else
+                any |= verdict[u];
+        }
         if constexpr (exact)
             return any != 0;
+        else if constexpr (std::is_same_v<Verdict, Vector>)
+            return is_class<kNan | kInf>(any) != 0;
         else
             return sign_mask(from_bits(any)) != 0;
     }

@@ -19,9 +19,12 @@ struct Coefficients {
     // the depth.
     NAX_VEC Vector operator()(Vector x, Vector x2) const { return sum<kNearest>(x, x2); }
 
-    // The same with the lowest pair and the last step rounded up: centres the error of a fit that lies below its
-    // function, at no cost.
-    NAX_VEC Vector rounded_up(Vector x, Vector x2) const { return sum<kUp>(x, x2); }
+    // The same with the lowest pair and the last step rounded as told: up centres the error of a fit that lies below
+    // its function, at no cost.
+    template <Rounding R>
+    NAX_VEC Vector rounded(Vector x, Vector x2) const {
+        return sum<R>(x, x2);
+    }
 
 private:
     template <int... I>

@@ -111,7 +111,19 @@ struct LogHigh {
     }
 };
 
-// log(1 + r) = r + r^2 P(r) in base e, r P(r) in the others.
+// log(1 + r) = r P(r), and a sum added. In base e the first coefficient is 1 and not in the list. A chain: the square
+// of r that pairs need would be an operation more, and the work on other vectors overlaps with the wait.
+template <class E, Base B, int Terms>
+NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients, typename E::Vector r,
+                                      typename E::Vector one, typename E::Vector sum) {
+    typename E::Vector p = coefficients.c[Terms - 1];
+#pragma GCC unroll 8
+    for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, coefficients.c[k]);
+    if constexpr (B == Base::E) p = fma(p, r, one);
+    return fma(p, r, sum);
+}
+
+// LA and EP. The logarithm is finite where there is one: the result tells the rare lanes.
 template <class E, Base B, int Terms>
 struct LogLow {
     using Precision = E;
@@ -127,24 +139,17 @@ struct LogLow {
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
     Reduction<E, 4> reduction = {};
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
-        y = sum_up(reduction(x));
-        return outside_domain(x);
-    }
+    NAX_VEC Vector eval(Vector x, Vector& y) const { return y = sum_up(reduction(x)); }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
 
     NAX_VEC Vector sum_up(const Reduced<E>& a) const {
-        const Vector r = a.r, r2 = mul(r, r);
-        const Vector p = polynomial(r, r2);
         // e log(2) + log(1/c)
         Vector sum = table[a.index];
         if constexpr (has_log_2)
             sum = fma(a.exponent, log_2, sum);
         else
             sum = add(a.exponent, sum);
-        if constexpr (B == Base::E)
-            return add(sum, fma(r2, p, r));
-        else
-            return fma(r, p, sum);
+        return add_series<E, B>(polynomial, a.r, reduction.one, sum);
     }
 };
 

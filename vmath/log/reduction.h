@@ -8,16 +8,14 @@ namespace nax::vmath::avx512 {
 
 template <class E>
 struct Reduced {
-    typename E::Vector raw_exponent;  // of m in [1, 2)
-    typename E::Vector exponent;      // the same, or 1 more
-    typename E::Vector reciprocal;
-    typename E::Vector r;
+    typename E::Vector m, c, r;
+    typename E::Vector exponent;  // that of x, or 1 more
     typename E::Bits index;
 };
 
 // c has `IndexBits` + 1 fraction bits, so |r| <= 2^-(IndexBits + 1) and m c - 1 is exact. The top mantissa bits of c
-// index the table. Where c < 3/4 the exponent is raised by 1 and the table holds log(1/(2c)): arguments just below 1
-// then have exponent 0 and nothing cancels.
+// index the table; a permute ignores those above them. Where c < 3/4 the exponent is raised by 1 and the table holds
+// log(1/(2c)): arguments just below 1 then have exponent 0 and nothing cancels.
 template <class E, int IndexBits>
 struct Reduction {
     using Vector = typename E::Vector;
@@ -29,8 +27,9 @@ struct Reduction {
         const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
         const Vector e = get_exponent(x);
         const Vector c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
-        return {e, add_where(less(c, three_quarters), e, one), c, fms(m, c, one),
-                shift_right<E::mantissa_bits - IndexBits>(bits(c))};
+        // Integers compare like the positive numbers they stand for, on more of the processor's pipes.
+        const auto raise = less(bits(c), bits(three_quarters));
+        return {m, c, fms(m, c, one), add_where(raise, e, one), shift_right<E::mantissa_bits - IndexBits>(bits(c))};
     }
 };
 
