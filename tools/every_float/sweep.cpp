@@ -1,0 +1,252 @@
+#include "tools/every_float/sweep.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <thread>
+
+#include "nax/error.h"
+#include "tests/lib/ulp.h"
+
+namespace nax::tools {
+namespace {
+
+constexpr int kLanes = 16;
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+// What the function promises for an element.
+uint8_t expected_status(const testing::Reference& reference, float x, double exact) {
+    if (std::isnan(x)) return ARQ_STATUS_SUCCESS;
+    const std::string_view function = reference.function;
+    if (std::isnan(exact)) return ARQ_STATUS_DOMAIN;
+    if (exact == -HUGE_VAL) return function == "Logb" ? ARQ_STATUS_DOMAIN : ARQ_STATUS_SINGULARITY;
+    if (std::isinf(x)) return ARQ_STATUS_SUCCESS;
+    if (std::isinf(static_cast<float>(exact))) return ARQ_STATUS_OVERFLOW;
+    const bool underflows = function == "Exp" || function == "Exp2" || function == "Exp10";
+    return underflows && exact < static_cast<double>(std::numeric_limits<float>::min()) ? ARQ_STATUS_UNDERFLOW
+                                                                                       : ARQ_STATUS_SUCCESS;
+}
+
+// Consecutive bit patterns and all that doesn't depend on the kernel.
+struct Block {
+    static constexpr int size = 2048;
+    alignas(32) float x[size];
+    double exact[size];
+    double per_ulp[size];  // 1/ulp; NaN where the nearest float is NaN or infinite
+    float nearest[size];
+    uint8_t status[size];
+    int finite_results;
+    // Scalar results, shared by the levels of a function; known once asked for.
+    float rare_result[size];
+    uint8_t rare_status[size];
+    bool rare_known[size];
+
+    void load(const testing::Reference& reference, uint32_t first) {
+        finite_results = 0;
+        std::memset(rare_known, 0, sizeof rare_known);
+        for (int i = 0; i < size; ++i) {
+            x[i] = std::bit_cast<float>(first + static_cast<uint32_t>(i));
+            exact[i] = reference.in_double(static_cast<double>(x[i]));
+            nearest[i] = static_cast<float>(exact[i]);
+            status[i] = expected_status(reference, x[i], exact[i]);
+            const double magnitude = std::max(std::fabs(exact[i]), 0x1p-126);
+            const uint64_t exponent = std::bit_cast<uint64_t>(magnitude) >> 52;
+            const bool finite = std::isfinite(nearest[i]);
+            per_ulp[i] = finite ? std::bit_cast<double>((2 * 1023 + 23 - exponent) << 52) : kNan;
+            finite_results += finite;
+        }
+    }
+};
+
+// Results of a block, rare lanes settled; true if every status is as it must be.
+bool evaluate(const Kernel& kernel, Block& block, float* y) {
+    uint16_t rare[Block::size / kLanes];
+    uint8_t status[Block::size] = {};
+    kernel.evaluate(block.x, y, rare, Block::size / kLanes);
+    for (int v = 0; v < Block::size / kLanes; ++v) {
+        for (unsigned lanes = rare[v]; lanes != 0; lanes &= lanes - 1) {
+            const int i = v * kLanes + std::countr_zero(lanes);
+            if (!block.rare_known[i]) {
+                block.rare_result[i] = y[i];
+                block.rare_status[i] = static_cast<uint8_t>(kernel.rare(&block.x[i], &block.rare_result[i]));
+                block.rare_known[i] = true;
+            }
+            y[i] = block.rare_result[i];
+            status[i] = block.rare_status[i];
+        }
+    }
+    return std::memcmp(status, block.status, sizeof status) == 0;
+}
+
+// A result that is among the worst so far, or no number where one is due.
+[[gnu::noinline]] void inspect(Tally& tally, const Block& block, const float* y, int i) {
+    const double error = testing::ulp_error(y[i], block.exact[i]);
+    const bool wrong_sign = !std::isnan(block.exact[i]) && std::signbit(y[i]) != std::signbit(block.nearest[i]);
+    if (wrong_sign || !std::isfinite(error)) {
+        if (tally.wrong_values++ == 0) tally.wrong_value_at = block.x[i];
+    } else {
+        tally.keep({block.x[i], y[i], error});
+    }
+}
+
+void add(Tally& tally, const Block& block, const float* y) {
+    const __m256d infinity = _mm256_set1_pd(HUGE_VAL), half = _mm256_set1_pd(0.5);
+    const __m256d magnitude = (__m256d)_mm256_set1_epi64x(INT64_MAX);
+    __m256d sum = _mm256_setzero_pd();
+    __m256d threshold = _mm256_set1_pd(tally.kept_from());
+    unsigned above_half = 0;
+    for (int i = 0; i < Block::size; i += 4) {
+        const __m128 result = _mm_loadu_ps(y + i), nearest = _mm_loadu_ps(block.nearest + i);
+        const __m128 nan = _mm_cmpunord_ps(nearest, nearest);
+        const __m128 same = _mm_or_ps((__m128)_mm_cmpeq_epi32((__m128i)result, (__m128i)nearest),
+                                      _mm_and_ps(nan, _mm_cmpunord_ps(result, result)));
+        const __m128 wrong_sign = _mm_andnot_ps(nan, _mm_xor_ps(result, nearest));
+        const __m256d per_ulp = _mm256_loadu_pd(block.per_ulp + i);
+        const __m256d difference = _mm256_sub_pd(_mm256_cvtps_pd(result), _mm256_loadu_pd(block.exact + i));
+        __m256d error = _mm256_and_pd(magnitude, _mm256_mul_pd(difference, per_ulp));
+        // NaN and Inf as they should be
+        const __m256d right = _mm256_and_pd((__m256d)_mm256_cvtepi32_epi64((__m128i)same),
+                                            _mm256_cmp_pd(per_ulp, per_ulp, _CMP_UNORD_Q));
+        error = _mm256_andnot_pd(right, error);
+        sum = _mm256_add_pd(sum, _mm256_and_pd(error, _mm256_cmp_pd(error, infinity, _CMP_LT_OQ)));
+        above_half += static_cast<unsigned>(
+            std::popcount(static_cast<unsigned>(_mm256_movemask_pd(_mm256_cmp_pd(error, half, _CMP_GT_OQ)))));
+        auto noted = static_cast<unsigned>(_mm256_movemask_pd(_mm256_cmp_pd(error, threshold, _CMP_NLE_UQ)) |
+                                           _mm_movemask_ps(wrong_sign));
+        if (noted != 0) [[unlikely]] {
+            for (; noted != 0; noted &= noted - 1) inspect(tally, block, y, i + std::countr_zero(noted));
+            threshold = _mm256_set1_pd(tally.kept_from());
+        }
+    }
+    tally.sum += (sum[0] + sum[1]) + (sum[2] + sum[3]);
+    tally.not_nearest += above_half;
+}
+
+void note_wrong_statuses(Tally& tally, const Kernel& kernel, const Block& block) {
+    float y[Block::size];
+    int32_t statuses[Block::size];
+    run_kernel(kernel, block.x, Block::size, y, statuses);
+    for (int i = 0; i < Block::size; ++i)
+        if (statuses[i] != block.status[i] && tally.wrong_statuses++ == 0) tally.wrong_status_at = block.x[i];
+}
+
+// Elements that agree bit for bit with neither of the other results.
+uint64_t count_outside(const float* y, const float* a, const float* b) {
+    uint64_t count = 0;
+    for (int i = 0; i < Block::size; ++i) {
+        const auto bits = std::bit_cast<uint32_t>(y[i]);
+        count += (bits != std::bit_cast<uint32_t>(a[i])) & (bits != std::bit_cast<uint32_t>(b[i]));
+    }
+    return count;
+}
+
+constexpr uint64_t kBlocks = (uint64_t{1} << 32) / Block::size;
+constexpr uint64_t kBlocksPerTask = 512;
+
+// Takes tasks until none is left. The runs of a kernel with all three reciprocals follow each other, nearest first.
+void work(const testing::Reference& reference, uint32_t stride, std::atomic<uint64_t>& next_task, Sweep& mine) {
+    std::vector<Block> storage(1);
+    Block& block = storage[0];
+    std::vector<std::vector<float>> results(mine.runs.size(), std::vector<float>(Block::size));
+    for (;;) {
+        const uint64_t first = next_task++ * kBlocksPerTask;
+        if (first >= kBlocks) return;
+        for (uint64_t b = first; b < first + kBlocksPerTask; ++b) {
+            if (b % stride != 0) continue;
+            block.load(reference, static_cast<uint32_t>(b * Block::size));
+            mine.arguments += Block::size;
+            mine.finite_results += static_cast<uint64_t>(block.finite_results);
+            for (size_t r = 0; r < mine.runs.size(); ++r) {
+                Run& run = mine.runs[r];
+                portable::reciprocal14 = run.reciprocal;
+                const bool good = evaluate(*run.kernel, block, results[r].data());
+                if (!good) [[unlikely]] note_wrong_statuses(run.tally, *run.kernel, block);
+                add(run.tally, block, results[r].data());
+                if (r >= 2 && mine.runs[r - 2].kernel == run.kernel)
+                    mine.runs[r - 2].outside +=
+                        count_outside(results[r - 2].data(), results[r - 1].data(), results[r].data());
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void Tally::keep(const Case& c) {
+    if (c.error <= kept_from()) return;
+    worst.insert(std::find_if(worst.begin(), worst.end(), [&](const Case& w) { return w.error < c.error; }), c);
+    if (worst.size() > kept) worst.pop_back();
+}
+
+void Tally::merge(const Tally& other) {
+    for (const Case& c : other.worst) keep(c);
+    sum += other.sum;
+    not_nearest += other.not_nearest;
+    if (wrong_values == 0) wrong_value_at = other.wrong_value_at;
+    if (wrong_statuses == 0) wrong_status_at = other.wrong_status_at;
+    wrong_values += other.wrong_values;
+    wrong_statuses += other.wrong_statuses;
+}
+
+void Tally::settle(const testing::Reference& reference) {
+    std::vector<Case> found;
+    found.swap(worst);
+    for (const Case& c : found) keep({c.x, c.y, testing::exact_ulp_error(reference, c.x, c.y)});
+}
+
+void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses) {
+    for (int i = 0; i < count; i += kLanes) {
+        const int lanes = std::min(kLanes, count - i);
+        float arguments[kLanes] = {}, results[kLanes];
+        uint16_t rare;
+        std::copy_n(x + i, lanes, arguments);
+        kernel.evaluate(arguments, results, &rare, 1);
+        for (int lane = 0; lane < lanes; ++lane) {
+            const int32_t status = rare >> lane & 1 ? kernel.rare(&arguments[lane], &results[lane]) : 0;
+            if (statuses != nullptr) statuses[i + lane] = status;
+        }
+        std::copy_n(results, lanes, y + i);
+    }
+}
+
+bool uses_reciprocal(const Kernel& kernel) {
+    static thread_local bool called;
+    const portable::Reciprocal before = portable::reciprocal14;
+    called = false;
+    portable::reciprocal14 = [](__m256 x) {
+        called = true;
+        return portable::nearest_reciprocal(x);
+    };
+    const float x = 1.5f;
+    float y;
+    run_kernel(kernel, &x, 1, &y, nullptr);
+    portable::reciprocal14 = before;
+    return called;
+}
+
+void sweep(const testing::Reference& reference, uint32_t stride, unsigned threads, Sweep& sweep) {
+    std::atomic<uint64_t> next_task = 0;
+    std::mutex merging;
+    std::vector<std::thread> workers;
+    const Sweep empty = sweep;
+    for (unsigned t = 0; t < threads; ++t)
+        workers.emplace_back([&] {
+            Sweep mine = empty;
+            work(reference, stride, next_task, mine);
+            const std::lock_guard lock(merging);
+            sweep.arguments += mine.arguments;
+            sweep.finite_results += mine.finite_results;
+            for (size_t r = 0; r < sweep.runs.size(); ++r) {
+                sweep.runs[r].tally.merge(mine.runs[r].tally);
+                sweep.runs[r].outside += mine.runs[r].outside;
+            }
+        });
+    for (std::thread& worker : workers) worker.join();
+    for (Run& run : sweep.runs) run.tally.settle(reference);
+}
+
+}  // namespace nax::tools
