@@ -15,10 +15,15 @@ struct Kernel {
     int32_t (*rare)(const float* x, float* y);  // scalar path: result and status
 };
 
+inline constexpr int kLanes = 16;
+
 // In the order of the linked objects.
-inline std::vector<Kernel>& kernels() {
-    static std::vector<Kernel> list;
-    return list;
-}
+std::vector<Kernel>& kernels();
+
+// The kernel on any number of arguments, rare lanes settled.
+void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses);
+
+// Whether the kernel takes a 14-bit reciprocal.
+bool uses_reciprocal(const Kernel& kernel);
 
 }  // namespace nax::tools

@@ -15,21 +15,30 @@
 namespace nax::tools {
 namespace {
 
-constexpr int kLanes = 16;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-// What the function promises for an element.
-uint8_t expected_status(const testing::Reference& reference, float x, double exact) {
-    if (std::isnan(x)) return ARQ_STATUS_SUCCESS;
-    const std::string_view function = reference.function;
-    if (std::isnan(exact)) return ARQ_STATUS_DOMAIN;
-    if (exact == -HUGE_VAL) return function == "Logb" ? ARQ_STATUS_DOMAIN : ARQ_STATUS_SINGULARITY;
-    if (std::isinf(x)) return ARQ_STATUS_SUCCESS;
-    if (std::isinf(static_cast<float>(exact))) return ARQ_STATUS_OVERFLOW;
-    const bool underflows = function == "Exp" || function == "Exp2" || function == "Exp10";
-    return underflows && exact < static_cast<double>(std::numeric_limits<float>::min()) ? ARQ_STATUS_UNDERFLOW
-                                                                                       : ARQ_STATUS_SUCCESS;
-}
+// A function, and what its statuses depend on beside argument and result.
+struct Function {
+    explicit Function(const testing::Reference& r)
+        : reference(r),
+          underflows(is("Exp") || is("Exp2") || is("Exp10")),
+          minus_infinity(is("Logb") ? ARQ_STATUS_DOMAIN : ARQ_STATUS_SINGULARITY) {}
+
+    uint8_t status(float x, double exact) const {
+        if (std::isnan(exact)) return std::isnan(x) ? ARQ_STATUS_SUCCESS : ARQ_STATUS_DOMAIN;
+        if (exact == -HUGE_VAL) return minus_infinity;
+        if (std::isinf(x)) return ARQ_STATUS_SUCCESS;
+        if (std::isinf(static_cast<float>(exact))) return ARQ_STATUS_OVERFLOW;
+        return underflows && exact < 0x1p-126 ? ARQ_STATUS_UNDERFLOW : ARQ_STATUS_SUCCESS;
+    }
+
+    const testing::Reference& reference;
+    bool underflows;
+    uint8_t minus_infinity;
+
+private:
+    bool is(const char* name) const { return std::strcmp(reference.function, name) == 0; }
+};
 
 // Consecutive bit patterns and all that doesn't depend on the kernel.
 struct Block {
@@ -45,14 +54,14 @@ struct Block {
     uint8_t rare_status[size];
     bool rare_known[size];
 
-    void load(const testing::Reference& reference, uint32_t first) {
+    void load(const Function& function, uint32_t first) {
         finite_results = 0;
         std::memset(rare_known, 0, sizeof rare_known);
         for (int i = 0; i < size; ++i) {
             x[i] = std::bit_cast<float>(first + static_cast<uint32_t>(i));
-            exact[i] = reference.in_double(static_cast<double>(x[i]));
+            exact[i] = function.reference.in_double(static_cast<double>(x[i]));
             nearest[i] = static_cast<float>(exact[i]);
-            status[i] = expected_status(reference, x[i], exact[i]);
+            status[i] = function.status(x[i], exact[i]);
             const double magnitude = std::max(std::fabs(exact[i]), 0x1p-126);
             const uint64_t exponent = std::bit_cast<uint64_t>(magnitude) >> 52;
             const bool finite = std::isfinite(nearest[i]);
@@ -147,8 +156,8 @@ uint64_t count_outside(const float* y, const float* a, const float* b) {
 constexpr uint64_t kBlocks = (uint64_t{1} << 32) / Block::size;
 constexpr uint64_t kBlocksPerTask = 512;
 
-// Takes tasks until none is left. The runs of a kernel with all three reciprocals follow each other, nearest first.
-void work(const testing::Reference& reference, uint32_t stride, std::atomic<uint64_t>& next_task, Sweep& mine) {
+// Takes tasks until none is left.
+void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next_task, Sweep& mine) {
     std::vector<Block> storage(1);
     Block& block = storage[0];
     std::vector<std::vector<float>> results(mine.runs.size(), std::vector<float>(Block::size));
@@ -157,7 +166,7 @@ void work(const testing::Reference& reference, uint32_t stride, std::atomic<uint
         if (first >= kBlocks) return;
         for (uint64_t b = first; b < first + kBlocksPerTask; ++b) {
             if (b % stride != 0) continue;
-            block.load(reference, static_cast<uint32_t>(b * Block::size));
+            block.load(function, static_cast<uint32_t>(b * Block::size));
             mine.arguments += Block::size;
             mine.finite_results += static_cast<uint64_t>(block.finite_results);
             for (size_t r = 0; r < mine.runs.size(); ++r) {
@@ -198,36 +207,6 @@ void Tally::settle(const testing::Reference& reference) {
     for (const Case& c : found) keep({c.x, c.y, testing::exact_ulp_error(reference, c.x, c.y)});
 }
 
-void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses) {
-    for (int i = 0; i < count; i += kLanes) {
-        const int lanes = std::min(kLanes, count - i);
-        float arguments[kLanes] = {}, results[kLanes];
-        uint16_t rare;
-        std::copy_n(x + i, lanes, arguments);
-        kernel.evaluate(arguments, results, &rare, 1);
-        for (int lane = 0; lane < lanes; ++lane) {
-            const int32_t status = rare >> lane & 1 ? kernel.rare(&arguments[lane], &results[lane]) : 0;
-            if (statuses != nullptr) statuses[i + lane] = status;
-        }
-        std::copy_n(results, lanes, y + i);
-    }
-}
-
-bool uses_reciprocal(const Kernel& kernel) {
-    static thread_local bool called;
-    const portable::Reciprocal before = portable::reciprocal14;
-    called = false;
-    portable::reciprocal14 = [](__m256 x) {
-        called = true;
-        return portable::nearest_reciprocal(x);
-    };
-    const float x = 1.5f;
-    float y;
-    run_kernel(kernel, &x, 1, &y, nullptr);
-    portable::reciprocal14 = before;
-    return called;
-}
-
 void sweep(const testing::Reference& reference, uint32_t stride, unsigned threads, Sweep& sweep) {
     std::atomic<uint64_t> next_task = 0;
     std::mutex merging;
@@ -236,7 +215,7 @@ void sweep(const testing::Reference& reference, uint32_t stride, unsigned thread
     for (unsigned t = 0; t < threads; ++t)
         workers.emplace_back([&] {
             Sweep mine = empty;
-            work(reference, stride, next_task, mine);
+            work(Function(reference), stride, next_task, mine);
             const std::lock_guard lock(merging);
             sweep.arguments += mine.arguments;
             sweep.finite_results += mine.finite_results;

@@ -47,13 +47,8 @@ struct Sweep {
     uint64_t arguments = 0, finite_results = 0;
 };
 
-// Whether any lane takes a reciprocal.
-bool uses_reciprocal(const Kernel& kernel);
-
-// Meets all 2^32 bit patterns, or every `stride`-th block of 2048 of them.
+// Meets all 2^32 bit patterns, or every `stride`-th block of 2048 of them. The runs share the function's scalar path;
+// those of one kernel with all three reciprocals follow each other, the nearest first.
 void sweep(const testing::Reference& reference, uint32_t stride, unsigned threads, Sweep& sweep);
-
-// The kernel on any number of arguments, rare lanes settled; `statuses` may be null.
-void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses);
 
 }  // namespace nax::tools
