@@ -3,10 +3,10 @@
 //   every_float [--threads N] [--stride N] [--write FILE] [RECORD...]
 //
 // RECORD as in sExp; all of them by default. The kernels are those of the library over portable lanes, bit for bit
-// (tests/vmath/portable_lanes_test.cpp). Kernels that start from a 14-bit reciprocal are met with three: the nearest one,
-// and the two that lie just outside what a processor may deliver. With --stride N only every N-th block of 2048
-// neighbouring floats. --write also writes the table as a page. Ends with status 1 if a bound of accuracy.def is exceeded
-// or a special value or status is wrong.
+// (tests/vmath/portable_lanes_test.cpp). Kernels that start from a 14-bit reciprocal are met with three: the nearest
+// one, and the two that lie just outside what a processor may deliver. With --stride N only every N-th block of 2048
+// neighbouring floats. --write also writes the table as a page. Ends with status 1 if a bound of accuracy.def is
+// exceeded or a special value or status is wrong.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -108,18 +108,21 @@ void print(const Row& row) {
 void write_head(std::ostream& out) {
     out << R"(# Every float
 
-Written by `./run sweep`. Every kernel of the single-precision exponentials and logarithms has met all 2^32 arguments. Errors
-are in units in the last place (ulp) of the exact result, found against the double-precision functions of the C library;
-the largest ones are settled with MPFR. The mean is that over the arguments with a finite result, and so is the share of
-results that are not the nearest float. Statuses, and special values with their signs, are right at every argument unless
-the last column says otherwise.
+Written by `./run sweep`: every kernel of the single-precision exponentials and logarithms has met all 2^32 arguments.
 
-The kernels are those of the library, compiled for AVX2 by a header that spells out the AVX-512 instructions; a test holds
-them to the library's results bit for bit. Logarithms start from a 14-bit reciprocal, whose low bits differ between makers of
-processors: they have met every float three times, with the nearest one and with two just outside what a processor may
-deliver, below and above. A kernel keeps a few bits of it only, and at every argument its result with the nearest one is one of
-the other two; by the same monotony so is that of any processor. The largest error is that over all three, and holds
-everywhere; mean and share are those of the nearest one.
+Errors are in units in the last place (ulp) of the exact result. They are found against the double-precision functions
+of the C library; the largest of each kernel are settled with MPFR. Mean, and share of results that are not the float
+nearest to the exact one, are over the arguments with a finite result. Special values with their signs and statuses are
+right at every argument, unless the last column says otherwise. Bounds stand in `tests/vmath/accuracy.def`.
+
+The kernels are compiled from the library's sources with a header that spells out the AVX-512 instructions in AVX2;
+tests hold them to the library's results bit for bit.
+
+The low bits of the 14-bit reciprocal differ between makers of processors. So the kernels that start from one meet every
+float three times: with the nearest reciprocal, and with one just below and one just above what a processor may deliver.
+A kernel keeps only the first bits, rounded, and these are monotone: any processor's reciprocal leads to one of the two
+results of the outer ones, which the sweep checks with the nearest. The largest error is that over all three and holds on
+every processor; mean and share are those of the nearest one.
 
 | record | level | bound | largest error | at | | mean | not nearest, % | low, nearest, high reciprocal | |
 |---|---|---|---|---|---|---|---|---|---|
@@ -154,6 +157,10 @@ Options parse(int argc, char** argv) {
             std::exit(2);
         }
     }
+    if (options.page != nullptr && (options.stride != 1 || !options.records.empty())) {
+        std::fprintf(stderr, "every_float: the page is about all records and all floats\n");
+        std::exit(2);
+    }
     return options;
 }
 
@@ -176,8 +183,9 @@ std::vector<Row> rows_of(const AccuracyRow& accuracy, const Sweep& sweep) {
     for (size_t r = 0; r < sweep.runs.size(); ++r) {
         const Kernel& kernel = *sweep.runs[r].kernel;
         const auto* const level = std::find(testing::kLevels, testing::kLevels + testing::kSlots, kernel.level);
-        Row row = {kernel.record, kernel.level, accuracy.bounds[level - testing::kLevels], &sweep.runs[r].tally,
-                   {nullptr, nullptr}, sweep.finite_results, sweep.runs[r].outside};
+        Row row = {kernel.record,        kernel.level,       accuracy.bounds[level - testing::kLevels],
+                   &sweep.runs[r].tally, {nullptr, nullptr}, sweep.finite_results,
+                   sweep.runs[r].outside};
         if (r + 2 < sweep.runs.size() && sweep.runs[r + 2].kernel == &kernel) {
             row.extremes[0] = &sweep.runs[++r].tally;
             row.extremes[1] = &sweep.runs[++r].tally;

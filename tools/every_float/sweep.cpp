@@ -71,24 +71,38 @@ struct Block {
     }
 };
 
-// Results of a block, rare lanes settled; true if every status is as it must be.
-bool evaluate(const Kernel& kernel, Block& block, float* y) {
-    uint16_t rare[Block::size / kLanes];
+// The scalar path where it hasn't been yet.
+void settle_lane(const Kernel& kernel, Block& block, int i) {
+    if (block.rare_known[i]) return;
+    block.rare_status[i] = static_cast<uint8_t>(kernel.rare(&block.x[i], &block.rare_result[i]));
+    block.rare_known[i] = true;
+}
+
+struct Results {
+    const float* y;
+    bool right_statuses;
+};
+
+// Results of a block, rare lanes settled. `y` is room for them.
+Results evaluate(const Kernel& kernel, Block& block, float* y) {
+    constexpr int vectors = Block::size / kLanes;
+    uint16_t rare[vectors];
+    kernel.evaluate(block.x, y, rare, vectors);
+    // The scalar results themselves where every lane is rare.
+    if (std::all_of(rare, rare + vectors, [](uint16_t mask) { return mask == 0xFFFF; })) {
+        for (int i = 0; i < Block::size; ++i) settle_lane(kernel, block, i);
+        return {block.rare_result, std::memcmp(block.rare_status, block.status, Block::size) == 0};
+    }
     uint8_t status[Block::size] = {};
-    kernel.evaluate(block.x, y, rare, Block::size / kLanes);
-    for (int v = 0; v < Block::size / kLanes; ++v) {
+    for (int v = 0; v < vectors; ++v) {
         for (unsigned lanes = rare[v]; lanes != 0; lanes &= lanes - 1) {
             const int i = v * kLanes + std::countr_zero(lanes);
-            if (!block.rare_known[i]) {
-                block.rare_result[i] = y[i];
-                block.rare_status[i] = static_cast<uint8_t>(kernel.rare(&block.x[i], &block.rare_result[i]));
-                block.rare_known[i] = true;
-            }
+            settle_lane(kernel, block, i);
             y[i] = block.rare_result[i];
             status[i] = block.rare_status[i];
         }
     }
-    return std::memcmp(status, block.status, sizeof status) == 0;
+    return {y, std::memcmp(status, block.status, Block::size) == 0};
 }
 
 // A result that is among the worst so far, or no number where one is due.
@@ -118,8 +132,8 @@ void add(Tally& tally, const Block& block, const float* y) {
         const __m256d difference = _mm256_sub_pd(_mm256_cvtps_pd(result), _mm256_loadu_pd(block.exact + i));
         __m256d error = _mm256_and_pd(magnitude, _mm256_mul_pd(difference, per_ulp));
         // NaN and Inf as they should be
-        const __m256d right = _mm256_and_pd((__m256d)_mm256_cvtepi32_epi64((__m128i)same),
-                                            _mm256_cmp_pd(per_ulp, per_ulp, _CMP_UNORD_Q));
+        const __m256d right =
+            _mm256_and_pd((__m256d)_mm256_cvtepi32_epi64((__m128i)same), _mm256_cmp_pd(per_ulp, per_ulp, _CMP_UNORD_Q));
         error = _mm256_andnot_pd(right, error);
         sum = _mm256_add_pd(sum, _mm256_and_pd(error, _mm256_cmp_pd(error, infinity, _CMP_LT_OQ)));
         above_half += static_cast<unsigned>(
@@ -160,7 +174,8 @@ constexpr uint64_t kBlocksPerTask = 512;
 void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next_task, Sweep& mine) {
     std::vector<Block> storage(1);
     Block& block = storage[0];
-    std::vector<std::vector<float>> results(mine.runs.size(), std::vector<float>(Block::size));
+    std::vector<std::vector<float>> room(mine.runs.size(), std::vector<float>(Block::size));
+    std::vector<Results> results(mine.runs.size());
     for (;;) {
         const uint64_t first = next_task++ * kBlocksPerTask;
         if (first >= kBlocks) return;
@@ -172,12 +187,12 @@ void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next
             for (size_t r = 0; r < mine.runs.size(); ++r) {
                 Run& run = mine.runs[r];
                 portable::reciprocal14 = run.reciprocal;
-                const bool good = evaluate(*run.kernel, block, results[r].data());
-                if (!good) [[unlikely]] note_wrong_statuses(run.tally, *run.kernel, block);
-                add(run.tally, block, results[r].data());
+                results[r] = evaluate(*run.kernel, block, room[r].data());
+                if (!results[r].right_statuses) [[unlikely]]
+                    note_wrong_statuses(run.tally, *run.kernel, block);
+                add(run.tally, block, results[r].y);
                 if (r >= 2 && mine.runs[r - 2].kernel == run.kernel)
-                    mine.runs[r - 2].outside +=
-                        count_outside(results[r - 2].data(), results[r - 1].data(), results[r].data());
+                    mine.runs[r - 2].outside += count_outside(results[r - 2].y, results[r - 1].y, results[r].y);
             }
         }
     }

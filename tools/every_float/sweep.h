@@ -20,9 +20,9 @@ struct Case {
 class Tally {
 public:
     static constexpr int kept = 8;
-    std::vector<Case> worst;  // largest errors found, the largest first
-    double sum = 0;           // of the errors of finite results
-    uint64_t not_nearest = 0;  // results with an error above 1/2
+    std::vector<Case> worst;                        // largest errors found, the largest first
+    double sum = 0;                                 // of the errors of finite results
+    uint64_t not_nearest = 0;                       // results with an error above 1/2
     uint64_t wrong_values = 0, wrong_statuses = 0;  // special values or signs, and statuses, other than they must be
     float wrong_value_at = 0, wrong_status_at = 0;
 

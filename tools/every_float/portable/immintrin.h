@@ -17,18 +17,20 @@
 #include <avx2intrin.h>
 #include <fmaintrin.h>
 
+#include <functional>
+
 #include "tools/every_float/portable/lanes.h"
 
 enum _MM_MANTISSA_NORM_ENUM { _MM_MANT_NORM_1_2, _MM_MANT_NORM_p5_2, _MM_MANT_NORM_p5_1, _MM_MANT_NORM_p75_1p5 };
 enum _MM_MANTISSA_SIGN_ENUM { _MM_MANT_SIGN_src, _MM_MANT_SIGN_zero, _MM_MANT_SIGN_nan };
 
-#define _mm512_add_round_ps(a, b, mode) nax::portable::rounded<(mode)>(nax::portable::Add{}, a, b)
-#define _mm512_sub_round_ps(a, b, mode) nax::portable::rounded<(mode)>(nax::portable::Sub{}, a, b)
-#define _mm512_mul_round_ps(a, b, mode) nax::portable::rounded<(mode)>(nax::portable::Mul{}, a, b)
-#define _mm512_fmadd_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fmadd{}, a, b, c)
-#define _mm512_fmsub_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fmsub{}, a, b, c)
-#define _mm512_fnmadd_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fnmadd{}, a, b, c)
-#define _mm512_fnmsub_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fnmsub{}, a, b, c)
+#define _mm512_add_round_ps(a, b, mode) nax::portable::rounded<(mode)>(std::plus<>{}, a, b)
+#define _mm512_sub_round_ps(a, b, mode) nax::portable::rounded<(mode)>(std::minus<>{}, a, b)
+#define _mm512_mul_round_ps(a, b, mode) nax::portable::rounded<(mode)>(std::multiplies<>{}, a, b)
+#define _mm512_fmadd_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fused{}, a, b, c)
+#define _mm512_fmsub_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fused{}, a, b, -(c))
+#define _mm512_fnmadd_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fused{}, -(a), b, c)
+#define _mm512_fnmsub_round_ps(a, b, c, mode) nax::portable::rounded<(mode)>(nax::portable::Fused{}, -(a), b, -(c))
 #define _mm512_max_round_ps(a, b, sae) nax::portable::map(nax::portable::Max{}, a, b)
 #define _mm512_min_round_ps(a, b, sae) nax::portable::map(nax::portable::Min{}, a, b)
 #define _mm512_add_round_pd _mm512_add_round_ps
@@ -75,6 +77,11 @@ NAX_LANES __m512 mantissa(__m512 x) {
     static_assert(Interval == _MM_MANT_NORM_1_2 && Sign != _MM_MANT_SIGN_zero);
     return map(Mantissa<Sign == _MM_MANT_SIGN_nan>{}, x);
 }
+template <int Table>
+NAX_LANES __m512i bit_choose(__m512i chooser, __m512i yes, __m512i no) {
+    static_assert(Table == 0xCA);
+    return (chooser & yes) | (~chooser & no);
+}
 template <int Control>
 NAX_LANES __m512 range(__m512 a, __m512 b) {
     static_assert(Control == 2);
@@ -84,24 +91,24 @@ NAX_LANES __m512 range(__m512 a, __m512 b) {
 }  // namespace nax::portable
 
 // Integers: comparisons, shifts, bits.
-#define _mm512_cmpeq_epi32_mask(a, b) nax::portable::compare32(nax::portable::Equal{}, a, b)
-#define _mm512_cmpeq_epi64_mask(a, b) nax::portable::compare64(nax::portable::Equal{}, a, b)
-#define _mm512_cmplt_epi32_mask(a, b) nax::portable::compare32(nax::portable::Less{}, a, b)
-#define _mm512_cmplt_epi64_mask(a, b) nax::portable::compare64(nax::portable::Less{}, a, b)
-#define _mm512_cmpgt_epi32_mask(a, b) nax::portable::compare32(nax::portable::Greater{}, a, b)
-#define _mm512_cmpgt_epi64_mask(a, b) nax::portable::compare64(nax::portable::Greater{}, a, b)
-#define _mm512_cmpge_epi32_mask(a, b) nax::portable::compare32(nax::portable::GreaterEqual{}, a, b)
-#define _mm512_cmpge_epi64_mask(a, b) nax::portable::compare64(nax::portable::GreaterEqual{}, a, b)
-#define _mm512_test_epi32_mask(a, b) nax::portable::compare32(nax::portable::Test{}, a, b)
-#define _mm512_test_epi64_mask(a, b) nax::portable::compare64(nax::portable::Test{}, a, b)
-#define _mm512_cmpge_epu32_mask(a, b) nax::portable::compare32(nax::portable::AboveEqual{}, a, b)
-#define _mm512_cmpge_epu64_mask(a, b) nax::portable::compare64(nax::portable::AboveEqual{}, a, b)
+#define _mm512_cmpeq_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::equal_to<>{}, a, b)
+#define _mm512_cmplt_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::less<>{}, a, b)
+#define _mm512_cmpgt_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater<>{}, a, b)
+#define _mm512_cmpge_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater_equal<>{}, a, b)
+#define _mm512_cmpge_epu32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Unsigned>(std::greater_equal<>{}, a, b)
+#define _mm512_test_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(nax::portable::SharesBit{}, a, b)
+#define _mm512_cmpeq_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::equal_to<>{}, a, b)
+#define _mm512_cmplt_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::less<>{}, a, b)
+#define _mm512_cmpgt_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::greater<>{}, a, b)
+#define _mm512_cmpge_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::greater_equal<>{}, a, b)
+#define _mm512_cmpge_epu64_mask(a, b) nax::portable::compare_integers<__mmask8, nax::portable::Unsigned64>(std::greater_equal<>{}, a, b)
+#define _mm512_test_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(nax::portable::SharesBit{}, a, b)
 #define _mm512_movepi32_mask(x) nax::portable::sign_mask((__m512)(x))
 #define _mm512_movepi64_mask(x) nax::portable::sign_mask((__m512d)(x))
-#define _mm512_srli_epi32(x, count) nax::portable::map(nax::portable::ShiftRight32<(count)>{}, (__m512i)(x))
-#define _mm512_slli_epi32(x, count) nax::portable::map(nax::portable::ShiftLeft32<(count)>{}, (__m512i)(x))
-#define _mm512_srli_epi64(x, count) nax::portable::map(nax::portable::ShiftRight64<(count)>{}, x)
-#define _mm512_slli_epi64(x, count) nax::portable::map(nax::portable::ShiftLeft64<(count)>{}, x)
+#define _mm512_srli_epi32(x, count) (__m512i)((nax::portable::AllUnsigned)(x) >> (count))
+#define _mm512_srli_epi64(x, count) (__m512i)((nax::portable::AllUnsigned64)(x) >> (count))
+#define _mm512_slli_epi32(x, count) (__m512i)((nax::portable::AllUnsigned)(x) << (count))
+#define _mm512_slli_epi64(x, count) (__m512i)((nax::portable::AllUnsigned64)(x) << (count))
 #define _mm512_ternarylogic_epi32(a, b, c, table) nax::portable::bit_choose<(table)>(a, b, c)
 #define _mm512_ternarylogic_epi64(a, b, c, table) nax::portable::bit_choose<(table)>(a, b, c)
 

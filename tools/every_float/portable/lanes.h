@@ -1,10 +1,10 @@
-// What AVX-512 instructions do, lane by lane, on pairs of AVX2 registers: results as of the instructions, exception flags
-// left aside. Only operations that the float kernels of the exponentials and logarithms use have a body.
+// What AVX-512 instructions do, lane by lane, on pairs of AVX2 registers: results as of the instructions, exception
+// flags left aside. Only operations that the float kernels of the exponentials and logarithms use have a body.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "tools/every_float/reciprocal.h"
 
@@ -18,16 +18,33 @@ using __mmask16 = unsigned short;
 
 namespace nax::portable {
 
-using Ints = int __attribute__((vector_size(32), may_alias));
+using Ints = int __attribute__((vector_size(32), may_alias));  // of half a register
+using Unsigned = unsigned __attribute__((vector_size(32), may_alias));
+using Unsigned64 = unsigned long long __attribute__((vector_size(32), may_alias));
+using AllUnsigned = unsigned __attribute__((vector_size(64), may_alias));  // of a whole one
+using AllUnsigned64 = unsigned long long __attribute__((vector_size(64), may_alias));
 
-template <class Whole> struct HalfOf;
-template <> struct HalfOf<__m512> { using Type = __m256; };
-template <> struct HalfOf<__m512d> { using Type = __m256d; };
-template <> struct HalfOf<__m512i> { using Type = __m256i; };
-template <class Whole> using Half = typename HalfOf<Whole>::Type;
+template <class Whole>
+struct HalfOf;
+template <>
+struct HalfOf<__m512> {
+    using Type = __m256;
+};
+template <>
+struct HalfOf<__m512d> {
+    using Type = __m256d;
+};
+template <>
+struct HalfOf<__m512i> {
+    using Type = __m256i;
+};
+template <class Whole>
+using Half = typename HalfOf<Whole>::Type;
 
 template <class H, class Whole>
-NAX_LANES H half(const Whole& x, int which) { return reinterpret_cast<const H*>(&x)[which]; }
+NAX_LANES H half(const Whole& x, int which) {
+    return reinterpret_cast<const H*>(&x)[which];
+}
 template <class Whole, class H>
 NAX_LANES Whole join(H low, H high) {
     Whole whole;
@@ -66,18 +83,6 @@ NAX_LANES auto rounded(F f, V... x) {
     }
 }
 
-struct Add {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b) const { return _mm256_add_ps(a, b); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_add_pd(a, b); }
-};
-struct Sub {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b) const { return _mm256_sub_ps(a, b); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_sub_pd(a, b); }
-};
-struct Mul {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b) const { return _mm256_mul_ps(a, b); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_mul_pd(a, b); }
-};
 struct Max {
     NAX_LANES __m256 operator()(__m256 a, __m256 b) const { return _mm256_max_ps(a, b); }
     NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_max_pd(a, b); }
@@ -86,21 +91,9 @@ struct Min {
     NAX_LANES __m256 operator()(__m256 a, __m256 b) const { return _mm256_min_ps(a, b); }
     NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_min_pd(a, b); }
 };
-struct Fmadd {
+struct Fused {  // a b + c; the other forms negate operands, which is exact
     NAX_LANES __m256 operator()(__m256 a, __m256 b, __m256 c) const { return _mm256_fmadd_ps(a, b, c); }
     NAX_LANES __m256d operator()(__m256d a, __m256d b, __m256d c) const { return _mm256_fmadd_pd(a, b, c); }
-};
-struct Fmsub {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b, __m256 c) const { return _mm256_fmsub_ps(a, b, c); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b, __m256d c) const { return _mm256_fmsub_pd(a, b, c); }
-};
-struct Fnmadd {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b, __m256 c) const { return _mm256_fnmadd_ps(a, b, c); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b, __m256d c) const { return _mm256_fnmadd_pd(a, b, c); }
-};
-struct Fnmsub {
-    NAX_LANES __m256 operator()(__m256 a, __m256 b, __m256 c) const { return _mm256_fnmsub_ps(a, b, c); }
-    NAX_LANES __m256d operator()(__m256d a, __m256d b, __m256d c) const { return _mm256_fnmsub_pd(a, b, c); }
 };
 
 // --- masks: bit i belongs to lane i ---
@@ -124,13 +117,17 @@ NAX_LANES __m512d lanes_of(__mmask8 mask) {
 }
 
 struct Blend {
-    NAX_LANES __m256 operator()(__m256 chooser, __m256 yes, __m256 no) const { return _mm256_blendv_ps(no, yes, chooser); }
+    NAX_LANES __m256 operator()(__m256 chooser, __m256 yes, __m256 no) const {
+        return _mm256_blendv_ps(no, yes, chooser);
+    }
     NAX_LANES __m256d operator()(__m256d chooser, __m256d yes, __m256d no) const {
         return _mm256_blendv_pd(no, yes, chooser);
     }
 };
 template <class Mask, class V>
-NAX_LANES V choose(Mask mask, V yes, V no) { return map(Blend{}, lanes_of(mask), yes, no); }
+NAX_LANES V choose(Mask mask, V yes, V no) {
+    return map(Blend{}, lanes_of(mask), yes, no);
+}
 
 template <int Predicate>
 struct Compare {
@@ -138,62 +135,22 @@ struct Compare {
     NAX_LANES __m256d operator()(__m256d a, __m256d b) const { return _mm256_cmp_pd(a, b, Predicate); }
 };
 template <int Predicate, class V>
-NAX_LANES auto compare(V a, V b) { return sign_mask(map(Compare<Predicate>{}, a, b)); }
-
-// f on 32-bit and 64-bit integers; its results are comparisons.
-template <class F>
-NAX_LANES __mmask16 compare32(F f, __m512i a, __m512i b) {
-    const auto part = [&](int h) __attribute__((always_inline)) {
-        return (__m256)(Ints)f(half<Ints>(a, h), half<Ints>(b, h));
-    };
-    return sign_mask(join<__m512>(part(0), part(1)));
-}
-template <class F>
-NAX_LANES __mmask8 compare64(F f, __m512i a, __m512i b) {
-    const auto part = [&](int h) __attribute__((always_inline)) {
-        return (__m256d)f(half<__m256i>(a, h), half<__m256i>(b, h));
-    };
-    return sign_mask(join<__m512d>(part(0), part(1)));
+NAX_LANES auto compare(V a, V b) {
+    return sign_mask(map(Compare<Predicate>{}, a, b));
 }
 
-struct Equal {
-    template <class V> NAX_LANES auto operator()(V a, V b) const { return a == b; }
-};
-struct Less {
-    template <class V> NAX_LANES auto operator()(V a, V b) const { return a < b; }
-};
-struct Greater {
-    template <class V> NAX_LANES auto operator()(V a, V b) const { return a > b; }
-};
-struct GreaterEqual {
-    template <class V> NAX_LANES auto operator()(V a, V b) const { return a >= b; }
-};
-struct AboveEqual {  // unsigned
-    NAX_LANES auto operator()(Ints a, Ints b) const { return (a ^ INT32_MIN) >= (b ^ INT32_MIN); }
-    NAX_LANES auto operator()(__m256i a, __m256i b) const { return (a ^ INT64_MIN) >= (b ^ INT64_MIN); }
-};
-struct Test {
-    template <class V> NAX_LANES auto operator()(V a, V b) const { return (a & b) != 0; }
+// f, a comparison of integers, on 32-bit lanes or others.
+template <class Mask, class Lanes, class F>
+NAX_LANES Mask compare_integers(F f, __m512i a, __m512i b) {
+    using Floats = std::conditional_t<sizeof(Mask) == 2, __m512, __m512d>;
+    const auto low = f(half<Lanes>(a, 0), half<Lanes>(b, 0)), high = f(half<Lanes>(a, 1), half<Lanes>(b, 1));
+    return sign_mask(join<Floats>((Half<Floats>)low, (Half<Floats>)high));
+}
+struct SharesBit {
+    template <class V>
+    NAX_LANES auto operator()(V a, V b) const { return (a & b) != 0; }
 };
 
-// --- integers ---
-template <int Count> struct ShiftRight32 {
-    NAX_LANES __m256i operator()(__m256i x) const { return _mm256_srli_epi32(x, Count); }
-};
-template <int Count> struct ShiftLeft32 {
-    NAX_LANES __m256i operator()(__m256i x) const { return _mm256_slli_epi32(x, Count); }
-};
-template <int Count> struct ShiftRight64 {
-    NAX_LANES __m256i operator()(__m256i x) const { return _mm256_srli_epi64(x, Count); }
-};
-template <int Count> struct ShiftLeft64 {
-    NAX_LANES __m256i operator()(__m256i x) const { return _mm256_slli_epi64(x, Count); }
-};
-template <int Table>
-NAX_LANES __m512i bit_choose(__m512i chooser, __m512i yes, __m512i no) {
-    static_assert(Table == 0xCA);
-    return (chooser & yes) | (~chooser & no);
-}
 template <int Mode>
 NAX_LANES __m512i to_int(__m512 x) {
     static_assert((Mode & 3) == 0);
@@ -213,7 +170,9 @@ NAX_LANES V load(const void* p) {
     return x;
 }
 template <class V>
-NAX_LANES void store(void* p, V x) { __builtin_memcpy(p, &x, sizeof x); }
+NAX_LANES void store(void* p, V x) {
+    __builtin_memcpy(p, &x, sizeof x);
+}
 
 // --- parts of a number ---
 NAX_LANES __m256 magnitude(__m256 x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }
