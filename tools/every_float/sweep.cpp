@@ -162,7 +162,7 @@ uint64_t count_outside(const float* y, const float* a, const float* b) {
     uint64_t count = 0;
     for (int i = 0; i < Block::size; ++i) {
         const auto bits = std::bit_cast<uint32_t>(y[i]);
-        count += (bits != std::bit_cast<uint32_t>(a[i])) & (bits != std::bit_cast<uint32_t>(b[i]));
+        count += bits != std::bit_cast<uint32_t>(a[i]) && bits != std::bit_cast<uint32_t>(b[i]);
     }
     return count;
 }

@@ -5,6 +5,10 @@
 #include "tools/every_float/kernels.h"
 #include "vmath/frame/kernel.h"
 
+#ifdef __clang__
+#pragma clang diagnostic ignored "-Wunused-const-variable"  // what only the frame reads
+#endif
+
 namespace nax::vmath::avx512 {
 
 template <const auto& kData>
