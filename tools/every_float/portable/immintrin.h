@@ -11,11 +11,12 @@
 #else
 #define _IMMINTRIN_H_INCLUDED
 #endif
+// clang-format off
 #include <smmintrin.h>
-// in this order
 #include <avxintrin.h>
 #include <avx2intrin.h>
 #include <fmaintrin.h>
+// clang-format on
 
 #include <functional>
 
@@ -91,18 +92,26 @@ NAX_LANES __m512 range(__m512 a, __m512 b) {
 }  // namespace nax::portable
 
 // Integers: comparisons, shifts, bits.
-#define _mm512_cmpeq_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::equal_to<>{}, a, b)
-#define _mm512_cmplt_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::less<>{}, a, b)
-#define _mm512_cmpgt_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater<>{}, a, b)
-#define _mm512_cmpge_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater_equal<>{}, a, b)
-#define _mm512_cmpge_epu32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Unsigned>(std::greater_equal<>{}, a, b)
-#define _mm512_test_epi32_mask(a, b) nax::portable::compare_integers<__mmask16, nax::portable::Ints>(nax::portable::SharesBit{}, a, b)
+#define _mm512_cmpeq_epi32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::equal_to<>{}, a, b)
+#define _mm512_cmplt_epi32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::less<>{}, a, b)
+#define _mm512_cmpgt_epi32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater<>{}, a, b)
+#define _mm512_cmpge_epi32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Ints>(std::greater_equal<>{}, a, b)
+#define _mm512_cmpge_epu32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Unsigned>(std::greater_equal<>{}, a, b)
+#define _mm512_test_epi32_mask(a, b) \
+    nax::portable::compare_integers<__mmask16, nax::portable::Ints>(nax::portable::SharesBit{}, a, b)
 #define _mm512_cmpeq_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::equal_to<>{}, a, b)
 #define _mm512_cmplt_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::less<>{}, a, b)
 #define _mm512_cmpgt_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::greater<>{}, a, b)
 #define _mm512_cmpge_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(std::greater_equal<>{}, a, b)
-#define _mm512_cmpge_epu64_mask(a, b) nax::portable::compare_integers<__mmask8, nax::portable::Unsigned64>(std::greater_equal<>{}, a, b)
-#define _mm512_test_epi64_mask(a, b) nax::portable::compare_integers<__mmask8, __m256i>(nax::portable::SharesBit{}, a, b)
+#define _mm512_cmpge_epu64_mask(a, b) \
+    nax::portable::compare_integers<__mmask8, nax::portable::Unsigned64>(std::greater_equal<>{}, a, b)
+#define _mm512_test_epi64_mask(a, b) \
+    nax::portable::compare_integers<__mmask8, __m256i>(nax::portable::SharesBit{}, a, b)
 #define _mm512_movepi32_mask(x) nax::portable::sign_mask((__m512)(x))
 #define _mm512_movepi64_mask(x) nax::portable::sign_mask((__m512d)(x))
 #define _mm512_srli_epi32(x, count) (__m512i)((nax::portable::AllUnsigned)(x) >> (count))

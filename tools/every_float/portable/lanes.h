@@ -71,16 +71,20 @@ NAX_LANES V pinned(V x) {
     asm volatile("" : "+m"(x) : : "memory");
     return x;
 }
+// A call of its own: the compiler knows nothing of rounding modes and might bring other arithmetic in between.
+template <int Mode, class F, class... V>
+[[gnu::noinline]] auto directed(F f, V... x) {
+    set_rounding(Mode & 3);
+    const auto result = pinned(map(f, pinned(x)...));
+    set_rounding(0);
+    return result;
+}
 template <int Mode, class F, class... V>
 NAX_LANES auto rounded(F f, V... x) {
-    if constexpr ((Mode & 3) == 0) {
+    if constexpr ((Mode & 3) == 0)
         return map(f, x...);
-    } else {
-        set_rounding(Mode & 3);
-        const auto result = pinned(map(f, pinned(x)...));
-        set_rounding(0);
-        return result;
-    }
+    else
+        return directed<Mode>(f, x...);
 }
 
 struct Max {
@@ -148,7 +152,9 @@ NAX_LANES Mask compare_integers(F f, __m512i a, __m512i b) {
 }
 struct SharesBit {
     template <class V>
-    NAX_LANES auto operator()(V a, V b) const { return (a & b) != 0; }
+    NAX_LANES auto operator()(V a, V b) const {
+        return (a & b) != 0;
+    }
 };
 
 template <int Mode>
@@ -216,7 +222,8 @@ struct Mantissa {
 };
 
 // x times 2 to the floor of n. The product is exact in double, so that the conversion rounds once, on the denormal grid
-// too. Beyond 2^+-400 nothing is left of a number.
+// too. Beyond 2^+-400 nothing is left of a number. A NaN stays one; the instruction makes 0 or Inf of it where n is
+// infinite, but no kernel brings the two together.
 struct Scale {
     NAX_LANES static __m128 quarter(__m128 x, __m128 n) {
         const __m256d wide_n = _mm256_cvtps_pd(n);
@@ -255,7 +262,7 @@ NAX_LANES __m512 reduce(__m512 x) {
     return rounded<Control>(difference, x, map(RoundScale<Control>{}, x));
 }
 
-// The smaller in magnitude, the number beside a NaN, with the sign of a.
+// The smaller in magnitude, the number beside a quiet NaN, with the sign of a.
 struct SmallerMagnitude {
     NAX_LANES __m256 operator()(__m256 a, __m256 b) const {
         const __m256 p = magnitude(a), q = magnitude(b);
