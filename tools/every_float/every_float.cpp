@@ -51,7 +51,7 @@ struct Row {
     }
     // The worst case over the reciprocals.
     Case worst() const {
-        Case c = {0, 0, -1};
+        Case c = {0, 0, 0};
         for_each([&](const Tally& t) {
             if (!t.worst.empty() && t.worst[0].error > c.error) c = t.worst[0];
         });

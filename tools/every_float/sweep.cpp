@@ -202,7 +202,11 @@ void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next
 
 void Tally::keep(const Case& c) {
     if (c.error <= kept_from()) return;
-    worst.insert(std::find_if(worst.begin(), worst.end(), [&](const Case& w) { return w.error < c.error; }), c);
+    // Equal errors in the order of the sweep, whichever thread found them.
+    const auto before = [](const Case& a, const Case& b) {
+        return a.error > b.error || (a.error == b.error && std::bit_cast<uint32_t>(a.x) < std::bit_cast<uint32_t>(b.x));
+    };
+    worst.insert(std::upper_bound(worst.begin(), worst.end(), c, before), c);
     if (worst.size() > kept) worst.pop_back();
 }
 

@@ -31,7 +31,7 @@ public:
     void merge(const Tally& other);
     void keep(const Case& c);
     // An error up to this one need not be kept.
-    double kept_from() const { return worst.size() < kept ? -1 : worst.back().error; }
+    double kept_from() const { return worst.size() < kept ? 0 : worst.back().error; }
 };
 
 // A kernel with one of the reciprocals.
