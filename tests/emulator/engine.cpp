@@ -17,6 +17,7 @@ struct Block {
     bool leave;            // an instruction for the host follows
 };
 
+constexpr std::uint64_t kTrapFlag = 0x100;
 constexpr std::size_t kSlots = 1 << 18, kMaxBlocks = kSlots / 2, kMaxOps = 1 << 21, kMaxBlockLength = 256;
 
 // Fixed pools, touched only as far as used. Blocks are shared by all threads and never change once published.
@@ -97,6 +98,12 @@ bool interpret(State& state) {
     for (;;) {
         const Block* b = find_or_decode(c, state.rip);
         if (b->count == 0) return progress;
+        if (state.flags & kTrapFlag) {  // somebody follows the program step by step
+            const Op& op = b->ops[0];
+            state.rip = op.next;
+            op.run(state, op);
+            return true;
+        }
         progress = true;
         state.rip = b->end;
         const Op* const end = b->ops + b->count;

@@ -27,8 +27,7 @@ struct Exp {
     Vector ln2_high, ln2_low;
     Vector below_two;
     Coefficients<Double, 6> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Double> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
@@ -36,14 +35,15 @@ struct Exp {
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
-        // (e^r - 1)/r
-        const Vector q = polynomial(r, mul(r, r));
+        // (e^r - 1)/r; the fit lies below it by up to 2^-56
+        const Vector q = polynomial.rounded_up(r, mul(r, r));
         // 2^(j/16) e^r = T (1 + t) (1 + r q)
         const Vector t = high[bits(z)];
         const Vector u = fma(r, q, low[bits(z)]);
         y = scale(fma(u, t, t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
@@ -55,9 +55,8 @@ alignas(64) constexpr Exp exp = {
     Double::row(0x1.abc9e3b39803fp-56),    // ln2 less the former
     Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{0.999999999999984, 0.5000000000059126, 0.1666666658485894, 0.0416667205488057, 0.008331512908898442,
-      0.0014193283516881214}},               // least error on [0, ln2/16), 2^-56
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(0x1.61da04cbafe44p+9),       // 1021 ln2: from here on overflow or a denormal result threatens
+      0.0014193283516881214}},  // least error on [0, ln2/16), 2^-56
+    0x1.61da04cbafe44p+9,       // 1021 ln2: from here on overflow or a denormal result threatens
 };
 }  // namespace double_ha
 
@@ -75,8 +74,7 @@ struct Exp {
     Vector ln2_high, ln2_low;
     Vector below_two;
     Coefficients<Double, 6> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Double> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
@@ -89,8 +87,9 @@ struct Exp {
         // 2^(j/16) e^r
         const Vector t = high[bits(z)];
         y = scale(fma(t, p, t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
@@ -101,9 +100,8 @@ alignas(64) constexpr Exp exp = {
     Double::row(0x1.abc9e3b39803fp-56),    // ln2 less the former
     Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{0.999999999999984, 0.5000000000010838, 0.16666666637508337, 0.041666695348322125, 0.008332058899382488,
-      0.0014149452874381984}},               // least error on [0, ln2/16), 2^-50.4
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(0x1.61da04cbafe44p+9),       // 1021 ln2
+      0.0014149452874381984}},  // least error on [0, ln2/16), 2^-50.4
+    0x1.61da04cbafe44p+9,       // 1021 ln2
 };
 }  // namespace double_la
 
@@ -121,8 +119,7 @@ struct Exp {
     Vector ln2;
     Vector below_two;
     Coefficients<Double, 3> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Double> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
@@ -134,8 +131,9 @@ struct Exp {
         const Vector t = high[bits(z)];
         const Vector q = fma(fma(polynomial.c[2], r, polynomial.c[1]), r, polynomial.c[0]);
         y = scale(fma(q, mul(t, r), t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
@@ -145,8 +143,7 @@ alignas(64) constexpr Exp exp = {
     Double::row(0x1.62e42fefa39efp-1),                               // ln2
     Double::row_of_bits(kBelowTwoDouble),                            // all bits but the 62nd
     {{1.000000863624094, 0.4999005827986578, 0.17032218485319242}},  // least error on [0, ln2/16), 2^-28.7
-    Double::row_of_bits(~Double::sign_bit),                          // magnitude
-    Double::row(0x1.61da04cbafe44p+9),                               // 1021 ln2
+    0x1.61da04cbafe44p+9,                                            // 1021 ln2
 };
 }  // namespace double_ep
 
@@ -165,8 +162,7 @@ struct Exp {
     Vector ln2_high, ln2_low;
     Vector below_two;
     Coefficients<Single, 2> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Single> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         const Vector a = min(largest, x);
@@ -180,8 +176,9 @@ struct Exp {
         // t + e^r - 1
         const Vector u = fma(mul(r, r), fma(polynomial.c[1], r, polynomial.c[0]), add(low[bits(z)], r));
         y = fma(u, s, s);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
@@ -194,8 +191,7 @@ alignas(64) constexpr Exp exp = {
     Single::row(-0x1.05c61p-29f),                   // ln2 less the former
     Single::row_of_bits(kBelowTwoSingle),           // all bits but the 30th
     {{0.5000146627426147f, 0.16667155921459198f}},  // least error on [0, ln2/32), 2^-28.7
-    Single::row_of_bits(~Single::sign_bit),         // magnitude
-    Single::row(87.33654022216797f),                // 126 ln2
+    87.33654022216797f,                             // 126 ln2
 };
 }  // namespace single_ha
 
@@ -212,8 +208,7 @@ struct Exp {
     Vector shifter;
     Vector ln2_high, ln2_low;
     Vector half;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Single> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N to nearest: r on both sides of 0 halves the error of the straight line below
@@ -225,8 +220,9 @@ struct Exp {
         const Vector s = mul(fine[bits(z)], coarse[shift_right<5>(bits(z))]);
         // e^r = 1 + r, as r < 2^-11
         y = scale(fma(s, r, s), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
@@ -237,8 +233,7 @@ alignas(64) constexpr Exp exp = {
     Single::row(0x1.62e43p-1f),    // ln2
     Single::row(-0x1.05c61p-29f),  // ln2 less the former
     Single::row(0.5f),
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(87.33654022216797f),         // 126 ln2
+    87.33654022216797f,  // 126 ln2
 };
 }  // namespace single_la
 
@@ -254,8 +249,7 @@ struct Exp {
     Table<Single, 2> fine, coarse;
     Vector log2_e;
     Vector shifter;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<Single> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         const Vector z = fma<kTowardZero>(x, log2_e, shifter);
@@ -264,18 +258,18 @@ struct Exp {
         const auto j = bits(z);
         const Vector t = mul(mul(finest[j], fine[shift_right<4>(j)]), coarse[shift_right<9>(j)]);
         y = scale(t, n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
     exp2_16384f,
     exp2_1024f,
     exp2_32f,
-    Single::row(0x1.715476p+0f),             // log2(e)
-    Single::row(768.0f),                     // 1.5 2^9: leaves N in 1/16384
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(87.33654022216797f),         // 126 ln2
+    Single::row(0x1.715476p+0f),  // log2(e)
+    Single::row(768.0f),          // 1.5 2^9: leaves N in 1/16384
+    87.33654022216797f,           // 126 ln2
 };
 }  // namespace single_ep
 

@@ -24,24 +24,33 @@ struct Exp10 {
     Vector log2_10;
     Vector shifter;
     Vector log10_2_high, log10_2_low;
-    Vector step;
+    Vector bound;
     Coefficients<E, Terms> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<E> ordinary;
+
+    // Keeps 10^r positive whatever r is, so that Inf has the sign it should. The short series is positive near 0 only.
+    NAX_VEC Vector tame(Vector r) const {
+        if constexpr (std::is_same_v<E, Double>)
+            return bit_and(r, bound);
+        else
+            return min_magnitude(r, bound);
+    }
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
         const Vector z = fma<kTowardZero>(x, log2_10, shifter);
         const Vector n = sub(z, shifter);
-        // r, small also for Inf and NaN
-        const Vector r = min_magnitude(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), step);
+        // r, finite also for Inf and NaN
+        const Vector r = tame(fnma(n, log10_2_low, fnma(n, log10_2_high, x)));
+        // (10^r - 1)/r; the fit in double lies below it by up to 2^-55.7
+        const Vector q = polynomial.rounded_up(r, mul(r, r));
         // 2^(j/2^b) 10^r = T (1 + t) (1 + r q)
-        const Vector q = polynomial(r, mul(r, r));
         const Vector t = high[bits(z)];
         const Vector u = fma(r, q, low[bits(z)]);
         y = scale(fma(u, t, t), n);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp10<Double, 6> exp10_double = {
@@ -51,11 +60,10 @@ alignas(64) constexpr Exp10<Double, 6> exp10_double = {
     Double::row(kSixteenthsShifter),       // leaves N in sixteenths
     Double::row(0.3010299956639812),       // log10(2); N has few bits, so the fused difference is exact
     Double::row(-2.8037281277851704e-18),  // log10(2) less the former
-    Double::row(0x1p-4),                   // above every r
+    Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
-      0.2115324552507909}},                  // least error on [0, log10(2)/16)
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(307.6526555685887),          // 1022 log10(2)
+      0.2115324552507909}},  // least error on [0, log10(2)/16)
+    307.6526555685887,       // 1022 log10(2)
 };
 
 alignas(64) constexpr Exp10<Single, 3> exp10_single = {
@@ -67,8 +75,7 @@ alignas(64) constexpr Exp10<Single, 3> exp10_single = {
     Single::row(-0x1.ec10cp-27f),  // log10(2) less the former
     Single::row(0x1p-4f),          // above every r
     exp10_single_coefficients,
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(37.929779052734375f),        // 126 log10(2)
+    37.929779052734375f,  // 126 log10(2)
 };
 
 }  // namespace

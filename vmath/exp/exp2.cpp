@@ -3,6 +3,7 @@
 // One kernel serves all levels: with no reduction to pay for, the table in two parts costs next to nothing.
 #include "vmath/exp/exp_rare.h"
 #include "vmath/exp/exp_tables.inc"
+#include "vmath/exp/split.h"
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/frame/polynomial.h"
 #include "vmath/frame/table.h"
@@ -20,41 +21,43 @@ struct Exp2 {
 
     Table<E, Rows> high, low;
     Vector shifter;
+    Vector below_two;
     Coefficients<E, Terms> polynomial;
-    Vector magnitude;
-    Vector limit;
+    OrdinaryRange<E> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // j in the low bits of z
         const Vector z = add<kDown>(x, shifter);
-        // f; 0 for Inf
-        const Vector f = reduce<(4 << 4) | kDown>(x);
+        // f, finite also for Inf and NaN; both differences are exact
+        const Vector f = bit_and(sub(x, sub(z, shifter)), below_two);
+        // (2^f - 1)/f; the fit in double lies below it by up to 2^-55.9
+        const Vector q = polynomial.rounded_up(f, mul(f, f));
         // 2^(j/16) 2^f = T (1 + t) (1 + f q); the scaling takes the floor of x by itself
-        const Vector q = polynomial(f, mul(f, f));
         const Vector t = high[bits(z)];
         const Vector u = fma(f, q, low[bits(z)]);
         y = scale(fma(u, t, t), x);
-        return greater_equal(bit_and(x, magnitude), limit);
+        return ordinary.excess(x);
     }
+    NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp2<Double, 2, 6> exp2_double = {
     exp2_16,
     exp2_16_relative_low,
-    Double::row(422212465065984.0),  // 1.5 2^48: leaves x in sixteenths
+    Double::row(422212465065984.0),        // 1.5 2^48: leaves x in sixteenths
+    Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{0.6931471805599342, 0.24022650696194142, 0.055504108392381686, 0.009618141545517354, 0.0013330645418221986,
-      0.00015741120530459663}},              // least error on [0, 1/16)
-    Double::row_of_bits(~Double::sign_bit),  // magnitude
-    Double::row(1021.99951171875),           // 1022 - 2^-11
+      0.00015741120530459663}},  // least error on [0, 1/16)
+    1021.99951171875,            // 1022 - 2^-11
 };
 
 alignas(64) constexpr Exp2<Single, 1, 4> exp2_single = {
     exp2_16f,
     exp2_16f_relative_low,
-    Single::row(786432.0f),  // 1.5 2^19: leaves x in sixteenths
+    Single::row(786432.0f),                // 1.5 2^19: leaves x in sixteenths
+    Single::row_of_bits(kBelowTwoSingle),  // all bits but the 30th
     {{0.6931471824645996f, 0.24022676050662994f, 0.05549252778291702f, 0.009829008020460606f}},
-    Single::row_of_bits(~Single::sign_bit),  // magnitude
-    Single::row(126.0f),
+    126.0f,
 };
 
 }  // namespace

@@ -47,13 +47,13 @@ constexpr auto ln2_rest = E::row(by_precision<E>(-0x1.05c61p-29f, 0x1.abc9e3b398
 template <class E>
 struct Finish {
     using Vector = typename E::Vector;
-    Vector too_large = E::row(by_precision<E>(128.0f, 1024.0));
+    typename E::Bits inf_where_inf = E::bits_row(kInfWherePlusInf);
     Vector sign = E::row_of_bits(E::sign_bit);
     Vector limit = E::row(by_precision<E>(86.64339447021484f, 707.7032713517042));  // 125 ln2, 1021 ln2
 
     // An infinite S is the result: beside it the other terms are NaN. -0 keeps its sign. NaN is rare too.
-    NAX_VEC auto operator()(Vector x, Vector n, Vector s, Vector& y) const {
-        y = choose(not_less(n, too_large), s, y);
+    NAX_VEC auto operator()(Vector x, Vector s, Vector& y) const {
+        y = fix_up(y, s, inf_where_inf);
         y = bit_or(y, bit_and(x, sign));
         return not_less(x, limit);
     }
@@ -94,7 +94,7 @@ struct Expm1High {
         const Vector r2 = mul(r, r), t = low[bits(z)];
         const Vector q = fma(r2, polynomial(r, r2), add(fma(t, r, t), r_low));
         y = add(sum, fma(s, q, sum_low));
-        return finish(x, n, s, y);
+        return finish(x, s, y);
     }
 };
 
@@ -122,7 +122,7 @@ struct Expm1Low {
         const Vector q = add(low[bits(z)], fma(r2, polynomial(r, r2), r));
         const Vector s = scale(high[bits(z)], n);
         y = fma(s, q, sub(s, one));
-        return finish(x, n, s, y);
+        return finish(x, s, y);
     }
 };
 
@@ -149,7 +149,7 @@ struct Expm1Fast {
         const Vector p = fma(r2, polynomial(r, r2), r);
         const Vector s = scale(high[bits(z)], n);
         y = fma(s, p, sub(s, one));
-        return finish(x, n, s, y);
+        return finish(x, s, y);
     }
 };
 

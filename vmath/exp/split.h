@@ -21,4 +21,20 @@ NAX_VEC __m512 min_magnitude(__m512 x, __m512 bound) {
     return _mm512_range_round_ps(x, bound, 0x02, _MM_FROUND_NO_EXC);
 }
 
+// Arguments for the vector code: magnitudes below a limit, and NaN. The rest is rare.
+template <class E>
+struct OrdinaryRange {
+    using Vector = typename E::Vector;
+    using Integer = typename E::Integer;
+    Vector magnitude;
+    Vector largest;
+
+    constexpr OrdinaryRange(typename E::Element limit)
+        : magnitude(E::row_of_bits(~E::sign_bit)), largest(E::row_of_bits(std::bit_cast<Integer>(limit) - 1)) {}
+
+    // Negative in the lanes of rare arguments and of NaN.
+    NAX_VEC auto excess(Vector x) const { return bits(largest) - bits(bit_and(x, magnitude)); }
+    NAX_VEC auto exceeded(Vector x) const { return greater(bit_and(x, magnitude), largest); }
+};
+
 }  // namespace nax::vmath::avx512

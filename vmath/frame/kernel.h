@@ -5,12 +5,16 @@
 // data block is a constant instance of it. It has
 //   Precision              Double or Single
 //   unroll                 vectors in a full block of the dense form
-//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare
-//   rare, name             scalar path and user-visible name; only if eval returns a mask
+//   eval(x..., y&...)      results of one vector; returns the mask of rare lanes, or nothing if no lane is ever rare.
+//                          A comparison that makes a mask takes a slot of the multipliers, so an operation that has
+//                          better use for it returns Bits instead: set sign bits tell the lanes that may be rare
+//   is_rare(x...)          mask of the rare lanes; only if eval returns Bits, and asked only for a step with such lanes
+//   rare, name             scalar path and user-visible name; only if some lane may be rare
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
 #pragma once
 
 #include <type_traits>
+#include <utility>
 
 #include "vmath/frame/memory.h"
 #include "vmath/frame/rare_lanes.h"
@@ -43,6 +47,14 @@ NAX_VEC auto apply(const Op& op, const Vector (&x)[NI], Vector (&y)[NO]) {
         return op.eval(x[0], y[0]);
 }
 
+template <class Op, class Vector, int NI>
+NAX_VEC auto is_rare(const Op& op, const Vector (&x)[NI]) {
+    if constexpr (NI == 2)
+        return op.is_rare(x[0], x[1]);
+    else
+        return op.is_rare(x[0]);
+}
+
 // One step of the loop: `U` whole vectors, or one partial vector of `lanes`.
 template <class Op, class Access, int U>
 struct Step {
@@ -51,40 +63,73 @@ struct Step {
     using Vector = typename E::Vector;
     static constexpr int NI = Access::inputs, NO = Access::outputs;
 
-    Vector y[U][NO];
-    typename E::Mask rare[U];
+    using Verdict = decltype(apply(std::declval<const Op&>(), std::declval<const Vector (&)[NI]>(),
+                                   std::declval<Vector (&)[NO]>()));
+    static constexpr bool exact = std::is_same_v<Verdict, typename E::Mask>;
 
-    NAX_VEC bool any_rare() const {
-        typename E::Mask any = rare[0];
+    Vector y[U][NO];
+    Verdict verdict[U];
+
+    NAX_VEC bool any_suspect() const {
+        Verdict any = verdict[0];
 #pragma GCC unroll 8
-        for (int u = 1; u < U; ++u) any |= rare[u];
-        return any != 0;
+        for (int u = 1; u < U; ++u) any |= verdict[u];
+        if constexpr (exact)
+            return any != 0;
+        else
+            return sign_mask(from_bits(any)) != 0;
     }
-    // Lanes of the step, in element order.
-    NAX_VEC uint64_t rare_lanes() const {
-        uint64_t lanes = 0;
+    // Rare lanes of the step at element i, in element order; `lanes` of a partial vector.
+    NAX_VEC uint64_t rare_lanes(const Op& op, const Access& access, ptrdiff_t i) const {
+        uint64_t all = 0;
 #pragma GCC unroll 8
-        for (int u = 0; u < U; ++u) lanes |= uint64_t{rare[u]} << (u * E::lanes);
-        return lanes;
+        for (int u = 0; u < U; ++u) {
+            typename E::Mask mask;
+            if constexpr (exact) {
+                mask = verdict[u];
+            } else {
+                Vector x[NI];
+                read(access, i + u * E::lanes, x);
+                mask = is_rare(op, x);
+            }
+            all |= uint64_t{mask} << (u * E::lanes);
+        }
+        return all;
+    }
+    NAX_VEC uint64_t rare_lanes(const Op& op, const Access& access, ptrdiff_t i, int lanes) const {
+        if constexpr (exact) {
+            return verdict[0];
+        } else {
+            Vector x[NI];
+            read(access, i, lanes, x);
+            return is_rare(op, x) & Dense<E, NI, NO>::lane_mask(lanes);
+        }
     }
     NAX_VEC void spill(T* results, int pitch) const {
 #pragma GCC unroll 8
         for (int u = 0; u < U; ++u)
             for (int k = 0; k < NO; ++k) store(results + k * pitch + u * E::lanes, y[u][k]);
     }
+    NAX_VEC static void read(const Access& access, ptrdiff_t i, Vector (&x)[NI]) {
+        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i);
+    }
+    NAX_VEC static void read(const Access& access, ptrdiff_t i, int lanes, Vector (&x)[NI]) {
+        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i, lanes);
+    }
     NAX_VEC void read_and_eval(const Op& op, const Access& access, ptrdiff_t i) {
 #pragma GCC unroll 8
         for (int u = 0; u < U; ++u) {
             Vector x[NI];
-            for (int k = 0; k < NI; ++k) x[k] = access.read(k, i + u * E::lanes);
-            rare[u] = apply(op, x, y[u]);
+            read(access, i + u * E::lanes, x);
+            verdict[u] = apply(op, x, y[u]);
         }
     }
     NAX_VEC void read_and_eval(const Op& op, const Access& access, ptrdiff_t i, int lanes) {
         Vector x[NI];
-        for (int k = 0; k < NI; ++k) x[k] = access.read(k, i, lanes);
+        read(access, i, lanes, x);
+        verdict[0] = apply(op, x, y[0]);
         // The filler is rare for some functions.
-        rare[0] = typename E::Mask(apply(op, x, y[0]) & Dense<E, NI, NO>::lane_mask(lanes));
+        if constexpr (exact) verdict[0] = Verdict(verdict[0] & Dense<E, NI, NO>::lane_mask(lanes));
     }
     NAX_VEC void write(const Access& access, ptrdiff_t i) const {
 #pragma GCC unroll 8
@@ -170,10 +215,10 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access) {
             for (; i + block <= n; i += block) {
                 Step<Op, Access, unroll> step;
                 step.read_and_eval(op, access, i);
-                if (step.any_rare()) [[unlikely]] {
-                    if (reports) {
+                if (step.any_suspect()) [[unlikely]] {
+                    rare = reports ? step.rare_lanes(op, access, i) : 0;
+                    if (rare != 0) {
                         step.spill(results, block);
-                        rare = step.rare_lanes();
                         count = block;
                         goto detour;
                     }
@@ -184,10 +229,10 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access) {
                 Step<Op, Access, 1> step;
                 const int lanes = n - i < E::lanes ? static_cast<int>(n - i) : E::lanes;
                 step.read_and_eval(op, access, i, lanes);
-                if (step.any_rare()) [[unlikely]] {
-                    if (reports) {
+                if (step.any_suspect()) [[unlikely]] {
+                    rare = reports ? step.rare_lanes(op, access, i, lanes) : 0;
+                    if (rare != 0) {
                         step.spill(results, block);
-                        rare = step.rare_lanes();
                         count = lanes;
                         goto detour;
                     }

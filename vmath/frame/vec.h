@@ -125,6 +125,15 @@ NAX_VEC __m512 reciprocal14(__m512 x) { return _mm512_rcp14_ps(x); }
 NAX_VEC __m512d reciprocal_sqrt14(__m512d x) { return _mm512_rsqrt14_pd(x); }
 NAX_VEC __m512 reciprocal_sqrt14(__m512 x) { return _mm512_rsqrt14_ps(x); }
 
+// x, or what `table` says of the class of `special`: a response of four bits for each class, 0 leaves x.
+NAX_VEC __m512d fix_up(__m512d x, __m512d special, I64 table) {
+    return _mm512_fixupimm_round_pd(x, special, (__m512i)table, 0, _MM_FROUND_NO_EXC);
+}
+NAX_VEC __m512 fix_up(__m512 x, __m512 special, I32 table) {
+    return _mm512_fixupimm_round_ps(x, special, (__m512i)table, 0, _MM_FROUND_NO_EXC);
+}
+inline constexpr int kInfWherePlusInf = 5 << 20;  // +Inf for +Inf, x for the other classes
+
 // --- bit patterns ---
 NAX_VEC I64 bits(__m512d x) { return (I64)x; }
 NAX_VEC I32 bits(__m512 x) { return (I32)x; }
