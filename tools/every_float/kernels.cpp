@@ -3,26 +3,28 @@
 #include <algorithm>
 
 #include "tools/every_float/reciprocal.h"
+#include "vmath/frame/rare_lanes.h"
 
 namespace nax::tools {
+namespace {
+
+struct Call {
+    uint8_t* statuses;
+    ScalarResults* scalar;
+};
+thread_local Call call;
+
+}  // namespace
 
 std::vector<Kernel>& kernels() {
     static std::vector<Kernel> list;
     return list;
 }
 
-void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses) {
-    for (int i = 0; i < count; i += kLanes) {
-        const int lanes = std::min(kLanes, count - i);
-        float arguments[kLanes] = {}, results[kLanes];
-        uint16_t rare;
-        std::copy_n(x + i, lanes, arguments);
-        kernel.evaluate(arguments, results, &rare, 1);
-        for (int lane = 0; lane < lanes; ++lane) {
-            statuses[i + lane] = rare >> lane & 1 ? kernel.rare(&arguments[lane], &results[lane]) : 0;
-        }
-        std::copy_n(results, lanes, y + i);
-    }
+void run_kernel(const Kernel& kernel, int32_t n, const float* x, float* y, uint8_t* statuses, ScalarResults& scalar) {
+    call = {statuses, &scalar};
+    std::fill_n(statuses, n, uint8_t{0});
+    kernel.run(n, x, y);
 }
 
 bool uses_reciprocal(const Kernel& kernel) {
@@ -35,10 +37,35 @@ bool uses_reciprocal(const Kernel& kernel) {
     };
     const float x = 1.5f;
     float y;
-    int32_t status;
-    run_kernel(kernel, &x, 1, &y, &status);
+    uint8_t status;
+    ScalarResults scalar(1);
+    run_kernel(kernel, 1, &x, &y, &status, scalar);
     portable::reciprocal14 = before;
     return called;
 }
 
 }  // namespace nax::tools
+
+namespace nax::vmath {
+
+// The detour of the portable kernels, under the name that the build gives it.
+template <class T>
+void settle_rare_lanes(const RareCall<T>& rare_call, X87Scope&, T* results, int, uint64_t rare, int64_t first,
+                       int count) {
+    const tools::Call& call = tools::call;
+    for (; rare != 0; rare &= rare - 1) {
+        const int lane = __builtin_ctzll(rare);
+        const auto i = static_cast<size_t>(first + lane);
+        tools::ScalarResults& scalar = *call.scalar;
+        if (!scalar.known[i]) {
+            scalar.status[i] = static_cast<uint8_t>(rare_call.function.one_input(&rare_call.in[0][i], &scalar.y[i]));
+            scalar.known[i] = true;
+        }
+        results[lane] = scalar.y[i];
+        call.statuses[i] = scalar.status[i];
+    }
+    std::copy_n(results, count, rare_call.out[0] + first);
+}
+template void settle_rare_lanes<float>(const RareCall<float>&, X87Scope&, float*, int, uint64_t, int64_t, int);
+
+}  // namespace nax::vmath

@@ -1,6 +1,7 @@
 // The float kernels of the exponentials and logarithms, compiled over portable lanes.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -10,18 +11,22 @@ namespace nax::tools {
 struct Kernel {
     std::string record;  // as in sExp
     std::string level;   // of its name; levels without a kernel of their own share it
-    // Results of whole vectors of 16 lanes, and the masks of their rare lanes.
-    void (*evaluate)(const float* x, float* y, uint16_t* rare, int vectors);
-    int32_t (*rare)(const float* x, float* y);  // scalar path: result and status
+    void (*run)(int32_t n, const float* x, float* y);
 };
-
-inline constexpr int kLanes = 16;
 
 // In the order of the linked objects.
 std::vector<Kernel>& kernels();
 
-// The kernel on any number of arguments, rare lanes settled.
-void run_kernel(const Kernel& kernel, const float* x, int count, float* y, int32_t* statuses);
+// What a function's scalar path makes of some arguments, as far as it has been asked.
+struct ScalarResults {
+    explicit ScalarResults(size_t n) : y(n), status(n), known(n) {}
+    std::vector<float> y;
+    std::vector<uint8_t> status, known;
+};
+
+// Runs the kernel under the thread's mode word, and tells the status of each element instead of reporting it. Kernels
+// of one function may share the scalar results for the same arguments.
+void run_kernel(const Kernel& kernel, int32_t n, const float* x, float* y, uint8_t* statuses, ScalarResults& scalar);
 
 // Whether the kernel takes a 14-bit reciprocal.
 bool uses_reciprocal(const Kernel& kernel);

@@ -1,15 +1,18 @@
 #include "tools/every_float/sweep.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <thread>
 
 #include "nax/error.h"
+#include "nax/mode.h"
 #include "tests/lib/ulp.h"
 
 namespace nax::tools {
@@ -49,14 +52,11 @@ struct Block {
     float nearest[size];
     uint8_t status[size];
     int finite_results;
-    // Scalar results, shared by the levels of a function; known once asked for.
-    float rare_result[size];
-    uint8_t rare_status[size];
-    bool rare_known[size];
+    ScalarResults scalar{size};
 
     void load(const Function& function, uint32_t first) {
         finite_results = 0;
-        std::memset(rare_known, 0, sizeof rare_known);
+        std::fill(scalar.known.begin(), scalar.known.end(), uint8_t{0});
         for (int i = 0; i < size; ++i) {
             x[i] = std::bit_cast<float>(first + static_cast<uint32_t>(i));
             exact[i] = function.reference.in_double(static_cast<double>(x[i]));
@@ -70,40 +70,6 @@ struct Block {
         }
     }
 };
-
-// The scalar path where it hasn't been yet.
-void settle_lane(const Kernel& kernel, Block& block, int i) {
-    if (block.rare_known[i]) return;
-    block.rare_status[i] = static_cast<uint8_t>(kernel.rare(&block.x[i], &block.rare_result[i]));
-    block.rare_known[i] = true;
-}
-
-struct Results {
-    const float* y;
-    bool right_statuses;
-};
-
-// Results of a block, rare lanes settled. `y` is room for them.
-Results evaluate(const Kernel& kernel, Block& block, float* y) {
-    constexpr int vectors = Block::size / kLanes;
-    uint16_t rare[vectors];
-    kernel.evaluate(block.x, y, rare, vectors);
-    // The scalar results themselves where every lane is rare.
-    if (std::all_of(rare, rare + vectors, [](uint16_t mask) { return mask == 0xFFFF; })) {
-        for (int i = 0; i < Block::size; ++i) settle_lane(kernel, block, i);
-        return {block.rare_result, std::memcmp(block.rare_status, block.status, Block::size) == 0};
-    }
-    uint8_t status[Block::size] = {};
-    for (int v = 0; v < vectors; ++v) {
-        for (unsigned lanes = rare[v]; lanes != 0; lanes &= lanes - 1) {
-            const int i = v * kLanes + std::countr_zero(lanes);
-            settle_lane(kernel, block, i);
-            y[i] = block.rare_result[i];
-            status[i] = block.rare_status[i];
-        }
-    }
-    return {y, std::memcmp(status, block.status, Block::size) == 0};
-}
 
 // A result that is among the worst so far, or no number where one is due.
 [[gnu::noinline]] void inspect(Tally& tally, const Block& block, const float* y, int i) {
@@ -149,10 +115,8 @@ void add(Tally& tally, const Block& block, const float* y) {
     tally.not_nearest += above_half;
 }
 
-void note_wrong_statuses(Tally& tally, const Kernel& kernel, const Block& block) {
-    float y[Block::size];
-    int32_t statuses[Block::size];
-    run_kernel(kernel, block.x, Block::size, y, statuses);
+void note_wrong_statuses(Tally& tally, const Block& block, const uint8_t* statuses) {
+    if (std::memcmp(statuses, block.status, Block::size) == 0) return;
     for (int i = 0; i < Block::size; ++i)
         if (statuses[i] != block.status[i] && tally.wrong_statuses++ == 0) tally.wrong_status_at = block.x[i];
 }
@@ -172,10 +136,11 @@ constexpr uint64_t kBlocksPerTask = 512;
 
 // Takes tasks until none is left.
 void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next_task, Sweep& mine) {
-    std::vector<Block> storage(1);
-    Block& block = storage[0];
-    std::vector<std::vector<float>> room(mine.runs.size(), std::vector<float>(Block::size));
-    std::vector<Results> results(mine.runs.size());
+    _arqSetMode(ARQ_ERRMODE_IGNORE | ARQ_DENORMALS_KEEP);
+    const auto owner = std::make_unique<Block>();
+    Block& block = *owner;
+    uint8_t statuses[Block::size];
+    std::vector<std::array<float, Block::size>> results(mine.runs.size());
     for (;;) {
         const uint64_t first = next_task++ * kBlocksPerTask;
         if (first >= kBlocks) return;
@@ -187,12 +152,12 @@ void work(const Function& function, uint32_t stride, std::atomic<uint64_t>& next
             for (size_t r = 0; r < mine.runs.size(); ++r) {
                 Run& run = mine.runs[r];
                 portable::reciprocal14 = run.reciprocal;
-                results[r] = evaluate(*run.kernel, block, room[r].data());
-                if (!results[r].right_statuses) [[unlikely]]
-                    note_wrong_statuses(run.tally, *run.kernel, block);
-                add(run.tally, block, results[r].y);
+                float* const y = results[r].data();
+                run_kernel(*run.kernel, Block::size, block.x, y, statuses, block.scalar);
+                note_wrong_statuses(run.tally, block, statuses);
+                add(run.tally, block, y);
                 if (r >= 2 && mine.runs[r - 2].kernel == run.kernel)
-                    mine.runs[r - 2].outside += count_outside(results[r - 2].y, results[r - 1].y, results[r].y);
+                    mine.runs[r - 2].outside += count_outside(results[r - 2].data(), results[r - 1].data(), y);
             }
         }
     }

@@ -56,6 +56,7 @@ enum _MM_MANTISSA_SIGN_ENUM { _MM_MANT_SIGN_src, _MM_MANT_SIGN_zero, _MM_MANT_SI
 #define _mm512_roundscale_round_ps(x, control, sae) nax::portable::map(nax::portable::RoundScale<(control)>{}, x)
 #define _mm512_reduce_round_ps(x, control, sae) nax::portable::reduce<(control)>(x)
 #define _mm512_range_round_ps(a, b, control, sae) nax::portable::range<(control)>(a, b)
+#define _mm512_fixupimm_round_ps(x, special, table, control, sae) nax::portable::fix_up<(control)>(x, special, table)
 #define _mm512_rcp14_ps(x) nax::portable::map(nax::portable::reciprocal14, x)
 
 #define _mm512_cmp_round_ps_mask(a, b, predicate, sae) nax::portable::compare<(predicate)>(a, b)
@@ -77,6 +78,11 @@ template <_MM_MANTISSA_NORM_ENUM Interval, _MM_MANTISSA_SIGN_ENUM Sign>
 NAX_LANES __m512 mantissa(__m512 x) {
     static_assert(Interval == _MM_MANT_NORM_1_2 && Sign != _MM_MANT_SIGN_zero);
     return map(Mantissa<Sign == _MM_MANT_SIGN_nan>{}, x);
+}
+template <int Control>
+NAX_LANES __m512 fix_up(__m512 x, __m512 special, __m512i table) {
+    static_assert(Control == 0);
+    return map(FixUp{}, x, special, table);
 }
 template <int Table>
 NAX_LANES __m512i bit_choose(__m512i chooser, __m512i yes, __m512i no) {
@@ -126,6 +132,8 @@ NAX_LANES __m512 range(__m512 a, __m512 b) {
 #define _mm512_cvt_roundepi32_ps(x, mode) nax::portable::to_float<(mode)>(x)
 #define _mm512_loadu_ps(p) nax::portable::load<__m512>(p)
 #define _mm512_loadu_pd(p) nax::portable::load<__m512d>(p)
+#define _mm512_mask_loadu_ps(x, m, p) nax::portable::load_masked(x, m, p)
+#define _mm512_mask_storeu_ps(p, m, x) nax::portable::store_masked(p, m, x)
 #define _mm512_storeu_ps(p, x) nax::portable::store(p, x)
 #define _mm512_storeu_pd(p, x) nax::portable::store(p, x)
 
@@ -142,6 +150,7 @@ __m512d _mm512_getmant_round_pd(__m512d, int, int, int);
 __m512d _mm512_scalef_round_pd(__m512d, __m512d, int);
 __m512d _mm512_roundscale_round_pd(__m512d, int, int);
 __m512d _mm512_reduce_round_pd(__m512d, int, int);
+__m512d _mm512_fixupimm_round_pd(__m512d, __m512d, __m512i, int, int);
 __m512d _mm512_range_round_pd(__m512d, __m512d, int, int);
 __mmask8 _mm512_fpclass_pd_mask(__m512d, int);
 __m512d _mm512_permutexvar_pd(__m512i, __m512d);
@@ -160,7 +169,5 @@ __m128 _mm512_extractf32x4_ps(__m512, int);
 __m128d _mm512_extractf64x2_pd(__m512d, int);
 __m512 _mm512_insertf32x8(__m512, __m256, int);
 __m512d _mm512_insertf64x4(__m512d, __m256d, int);
-__m512 _mm512_mask_loadu_ps(__m512, __mmask16, const void*);
 __m512d _mm512_mask_loadu_pd(__m512d, __mmask8, const void*);
-void _mm512_mask_storeu_ps(void*, __mmask16, __m512);
 void _mm512_mask_storeu_pd(void*, __mmask8, __m512d);

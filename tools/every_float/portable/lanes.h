@@ -2,6 +2,7 @@
 // flags left aside. Only operations that the float kernels of the exponentials and logarithms use have a body.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <type_traits>
@@ -179,6 +180,16 @@ template <class V>
 NAX_LANES void store(void* p, V x) {
     __builtin_memcpy(p, &x, sizeof x);
 }
+// Lanes outside the mask are not touched.
+inline __m512 load_masked(__m512 x, __mmask16 mask, const float* p) {
+    for (int i = 0; i < 16; ++i)
+        if (mask >> i & 1) x[i] = p[i];
+    return x;
+}
+inline void store_masked(float* p, __mmask16 mask, __m512 x) {
+    for (int i = 0; i < 16; ++i)
+        if (mask >> i & 1) p[i] = x[i];
+}
 
 // --- parts of a number ---
 NAX_LANES __m256 magnitude(__m256 x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }
@@ -294,6 +305,35 @@ struct Lookup {  // 16 entries
         const __m256 low = _mm256_permutevar8x32_ps(half<__m256>(table, 0), index);
         const __m256 high = _mm256_permutevar8x32_ps(half<__m256>(table, 1), index);
         return _mm256_blendv_ps(low, high, (__m256)_mm256_slli_epi32(index, 28));
+    }
+};
+// What a table of responses says of the class of `special`; x where it says 0.
+struct FixUp {
+    NAX_LANES __m256 operator()(__m256 x, __m256 special, __m256i table) const {
+        const __m512 constant = {0,
+                                 0,
+                                 0,
+                                 std::bit_cast<float>(0xFFC00000),
+                                 -kInfinity,
+                                 kInfinity,
+                                 0,
+                                 -0.0f,
+                                 0,
+                                 -1,
+                                 1,
+                                 0.5f,
+                                 90,
+                                 0x1.921fb6p0f,
+                                 std::numeric_limits<float>::max(),
+                                 std::numeric_limits<float>::lowest()};
+        const Ints b = (Ints)special, a = b & INT32_MAX, infinity = Ints{} + 0x7F800000, negative = b < 0;
+        Ints kind = 7 + negative;
+        kind = a == 0 ? Ints{} + 2 : b == 0x3F800000 ? Ints{} + 3 : a == infinity ? 5 + negative : kind;
+        kind = a > infinity ? 1 + ((b & 0x00400000) != 0) : kind;
+        const Ints response = (Ints)((Unsigned)table >> (Unsigned)(4 * kind)) & 15;
+        Ints r = (Ints)Lookup{}((__m256i)response, constant);
+        r = response == 0 ? (Ints)x : response == 1 ? b : response == 2 ? b | 0x7FC00000 : r;
+        return (__m256)(response == 6 ? (b & INT32_MIN) | infinity : r);
     }
 };
 NAX_LANES __m512 look_up(__m512i index, __m512 table) {

@@ -12,27 +12,13 @@
 namespace nax::vmath::avx512 {
 
 template <const auto& kData>
-void evaluate(const float* x, float* y, uint16_t* rare, int vectors) {
-    const auto& op = kData;
-    for (int v = 0; v < vectors; ++v) {
-        __m512 result;
-        if constexpr (requires { op.rare; }) {
-            rare[v] = op.eval(load(x + v * Single::lanes), result);
-        } else {
-            op.eval(load(x + v * Single::lanes), result);
-            rare[v] = 0;
-        }
-        store(y + v * Single::lanes, result);
-    }
+void run_dense(int32_t n, const float* x, float* y) {
+    run<kData>(n, Dense<Single, 1, 1>{{x}, {y}});
 }
 
 template <class E, const auto& kData>
 bool enter(const char* record, const char* tag) {
-    if constexpr (std::is_same_v<E, Single>) {
-        tools::Kernel kernel = {record, {tag + 2, 2}, evaluate<kData>, nullptr};
-        if constexpr (requires { kData.rare; }) kernel.rare = RareFunction<float>(kData.rare).one_input;
-        tools::kernels().push_back(kernel);
-    }
+    if constexpr (std::is_same_v<E, Single>) tools::kernels().push_back({record, {tag + 2, 2}, run_dense<kData>});
     return true;
 }
 
