@@ -1,6 +1,7 @@
 #include "tools/every_float/kernels.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "tools/every_float/reciprocal.h"
 #include "vmath/frame/rare_lanes.h"
@@ -53,18 +54,29 @@ template <class T>
 void settle_rare_lanes(const RareCall<T>& rare_call, X87Scope&, T* results, int, uint64_t rare, int64_t first,
                        int count) {
     const tools::Call& call = tools::call;
-    for (; rare != 0; rare &= rare - 1) {
-        const int lane = __builtin_ctzll(rare);
-        const auto i = static_cast<size_t>(first + lane);
-        tools::ScalarResults& scalar = *call.scalar;
-        if (!scalar.known[i]) {
-            scalar.status[i] = static_cast<uint8_t>(rare_call.function.one_input(&rare_call.in[0][i], &scalar.y[i]));
-            scalar.known[i] = true;
+    const T* const x = rare_call.in[0] + first;
+    T* const y = rare_call.out[0] + first;
+    T* const scalar_y = call.scalar->y.data() + first;
+    uint8_t* const status = call.scalar->status.data() + first;
+    uint8_t* const known = call.scalar->known.data() + first;
+    if (std::find(known, known + count, 0) != known + count)
+        for (int lane = 0; lane < count; ++lane) {
+            if ((rare >> lane & 1) == 0 || known[lane]) continue;
+            status[lane] = static_cast<uint8_t>(rare_call.function.one_input(&x[lane], &scalar_y[lane]));
+            known[lane] = true;
         }
-        results[lane] = scalar.y[i];
-        call.statuses[i] = scalar.status[i];
+    // Arguments come in order: often all lanes are rare.
+    if (std::popcount(rare) == count) {
+        std::copy_n(scalar_y, count, y);
+        std::copy_n(status, count, call.statuses + first);
+        return;
     }
-    std::copy_n(results, count, rare_call.out[0] + first);
+    std::copy_n(results, count, y);
+    for (; rare != 0; rare &= rare - 1) {
+        const int lane = std::countr_zero(rare);
+        y[lane] = scalar_y[lane];
+        call.statuses[first + lane] = status[lane];
+    }
 }
 template void settle_rare_lanes<float>(const RareCall<float>&, X87Scope&, float*, int, uint64_t, int64_t, int);
 
