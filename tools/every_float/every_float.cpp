@@ -5,9 +5,8 @@
 // RECORD as in sExp; all of them by default. The kernels are those of the library over portable lanes, bit for bit
 // (tests/vmath/portable_lanes_test.cpp). Kernels that start from a 14-bit reciprocal are met with three: the nearest
 // one, and the two that lie just outside what a processor may deliver. With --stride N only every N-th block of 2048
-// neighbouring floats. --write also writes the
-// table as a page, in which records that are not met keep their rows. Ends with status 1 if a bound of accuracy.def is
-// exceeded or a special value or status is wrong.
+// neighbouring floats. --write also writes the table as a page, anew after each record; records that are not met keep
+// their rows. Ends with status 1 if a bound of accuracy.def is exceeded or a special value or status is wrong.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -16,6 +15,8 @@
 #include <cstring>
 #include <fstream>
 #include <iomanip>
+#include <map>
+#include <optional>
 #include <sstream>
 #include <thread>
 
@@ -141,14 +142,28 @@ void write(std::ostream& out, const Row& row) {
     out << " | " << (row.good() ? "" : "WRONG") << " |\n";
 }
 
-// The rows of a record in a page that is there already.
-std::string rows_in(const char* page, const std::string& record) {
-    std::ifstream in(page);
-    std::string rows;
-    for (std::string line; std::getline(in, line);)
-        if (line.rfind("| " + record + " |", 0) == 0) rows += line + "\n";
-    return rows;
-}
+// The table as a page. Records that are not met keep the rows of the page that is there.
+class Page {
+public:
+    explicit Page(const char* path) : path_(path) {
+        std::ifstream in(path);
+        for (std::string line; std::getline(in, line);)
+            for (const AccuracyRow& row : testing::accuracy_rows())
+                if (line.rfind("| " + row.name() + " |", 0) == 0) rows_[row.name()] += line + "\n";
+    }
+    void replace(const std::string& record, const std::vector<Row>& rows) {
+        std::ostringstream text;
+        for (const Row& row : rows) write(text, row);
+        rows_[record] = text.str();
+        std::ofstream out(path_);
+        write_head(out);
+        for (const AccuracyRow& row : testing::accuracy_rows()) out << rows_[row.name()];
+    }
+
+private:
+    const char* path_;
+    std::map<std::string, std::string> rows_;
+};
 
 Options parse(int argc, char** argv) {
     Options options;
@@ -214,16 +229,12 @@ bool wanted(const Options& options, const std::string& record) {
 
 int main(int argc, char** argv) {
     const Options options = parse(argc, argv);
-    std::ostringstream page;
-    write_head(page);
+    std::optional<Page> page;
+    if (options.page != nullptr) page.emplace(options.page);
     bool good = true;
     size_t met = 0;
     for (const AccuracyRow& accuracy : testing::accuracy_rows()) {
-        if (accuracy.type != 's') continue;
-        if (!wanted(options, accuracy.name())) {
-            if (options.page != nullptr) page << rows_in(options.page, accuracy.name());
-            continue;
-        }
+        if (accuracy.type != 's' || !wanted(options, accuracy.name())) continue;
         Sweep sweep = planned(accuracy.name());
         if (sweep.runs.empty()) continue;  // a function without a kernel here
         const auto start = std::chrono::steady_clock::now();
@@ -231,17 +242,17 @@ int main(int argc, char** argv) {
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
         std::printf("%s: %llu arguments, %.0f s\n", accuracy.name().c_str(),
                     static_cast<unsigned long long>(sweep.arguments), seconds.count());
-        for (const Row& row : rows_of(accuracy, sweep)) {
+        const std::vector<Row> rows = rows_of(accuracy, sweep);
+        for (const Row& row : rows) {
             print(row);
-            write(page, row);
             good &= row.good();
-            ++met;
         }
+        if (page) page->replace(accuracy.name(), rows);
+        ++met;
     }
     if (met == 0) {
         std::fprintf(stderr, "every_float: no such record\n");
         return 2;
     }
-    if (options.page != nullptr) std::ofstream(options.page) << page.str();
     return good ? 0 : 1;
 }
