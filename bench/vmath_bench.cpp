@@ -1,5 +1,5 @@
-// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec and
-// SLEEF.
+// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec, SLEEF (in
+// both of its accuracies), xsimd and Eigen.
 //     vmath_bench [--json FILE] [--markdown FILE] [--only NAME]      NAME as in dAdd
 // Needs AVX-512; exits with 3 where it is missing.
 #include <cmath>
@@ -8,6 +8,7 @@
 #include <random>
 
 #include "bench/measure.h"
+#include "bench/vmath_header_rivals.h"
 #include "bench/vmath_rivals.h"
 #include "nax/mode.h"
 #include "runtime/records.h"
@@ -15,7 +16,7 @@
 namespace nax::bench {
 namespace {
 
-constexpr int64_t kLengths[] = {1, 8, 100, 1000, 100000, 1000000};
+constexpr int64_t kLengths[] = {1, 10, 100, 1000, 100000, 1000000};
 constexpr int64_t kStride = 2;
 
 // The arguments to time a function on: uniform between the bounds, or over the exponents between them.
@@ -189,7 +190,13 @@ std::vector<Contender> contenders_of(Case<T>& c, int64_t n, bool strided) {
         add_vector_rival(contenders, "libmvec", libmvec_function(rival.libmvec, single, inputs), c, n);
         const char* const accuracy = rival.sleef_accuracy[1] == '\0' ? "" : rival.sleef_accuracy;
         add_vector_rival(contenders, "SLEEF", sleef_function(rival.sleef, accuracy, single), c, n);
+        if (std::strcmp(accuracy, "_u10") == 0)
+            add_vector_rival(contenders, "SLEEF u35", sleef_function(rival.sleef, "_u35", single), c, n);
     }
+    for (const ArrayRival<T>& rival : header_rivals<T>())
+        if (std::strcmp(rival.function, c.row.function) == 0)
+            contenders.push_back(
+                {rival.library, [&c, n, apply = rival.apply] { apply(n, c.a.data(), c.r2.data()); }});
     return contenders;
 }
 

@@ -155,34 +155,33 @@ struct Exp {
     static constexpr char name[] = "vsExp";
     static constexpr auto rare = vsexp_cout_rare;
 
-    Vector largest;
     Table<Single, 2> high, low;
     Vector log2_e;
     Vector shifter;
     Vector ln2_high, ln2_low;
     Vector below_two;
     Coefficients<Single, 2> polynomial;
+    Single::Bits inf_where_inf;
     OrdinaryRange<Single> ordinary;
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
-        const Vector a = min(largest, x);
         // N, and j in the low bits of z
-        const Vector z = fma<kTowardZero>(a, log2_e, shifter);
+        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
-        // r, finite also for -Inf and NaN
-        const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, a)), below_two);
+        // r, finite also for Inf and NaN
+        const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
         // 2^(N + j/32)
         const Vector s = scale(high[bits(z)], n);
         // t + e^r - 1
         const Vector u = fma(mul(r, r), fma(polynomial.c[1], r, polynomial.c[0]), add(low[bits(z)], r));
-        y = fma(u, s, s);
+        // beside an infinite S the other term may be NaN
+        y = fix_up(fma(u, s, s), s, inf_where_inf);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
-    Single::row(89.0f),  // overflow for sure, so that Inf never meets a negative u
     exp2_32f,
     exp2_32f_relative_low,
     Single::row(0x1.715476p+0f),                    // log2(e)
@@ -191,7 +190,8 @@ alignas(64) constexpr Exp exp = {
     Single::row(-0x1.05c61p-29f),                   // ln2 less the former
     Single::row_of_bits(kBelowTwoSingle),           // all bits but the 30th
     {{0.5000146627426147f, 0.16667155921459198f}},  // least error on [0, ln2/32), 2^-28.7
-    87.33654022216797f,                             // 126 ln2
+    Single::bits_row(kInfWherePlusInf),
+    87.33654022216797f,  // 126 ln2
 };
 }  // namespace single_ha
 

@@ -24,30 +24,23 @@ struct Exp10 {
     Vector log2_10;
     Vector shifter;
     Vector log10_2_high, log10_2_low;
-    Vector bound;
+    Vector below_two;
     Coefficients<E, Terms> polynomial;
+    typename E::Bits inf_where_inf;
     OrdinaryRange<E> ordinary;
-
-    // Keeps 10^r positive whatever r is, so that Inf has the sign it should. The short series is positive near 0 only.
-    NAX_VEC Vector tame(Vector r) const {
-        if constexpr (std::is_same_v<E, Double>)
-            return bit_and(r, bound);
-        else
-            return min_magnitude(r, bound);
-    }
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         // N, and j in the low bits of z
         const Vector z = fma<kTowardZero>(x, log2_10, shifter);
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
-        const Vector r = tame(fnma(n, log10_2_low, fnma(n, log10_2_high, x)));
+        const Vector r = bit_and(fnma(n, log10_2_low, fnma(n, log10_2_high, x)), below_two);
         // (10^r - 1)/r; the fit in double lies below it by up to 2^-55.7
         const Vector q = polynomial.rounded_up(r, mul(r, r));
-        // 2^(j/2^b) 10^r = T (1 + t) (1 + r q)
-        const Vector t = high[bits(z)];
+        // S = 2^N, and 10^x = S (1 + t) (1 + r q); beside an infinite S the other term may be NaN
+        const Vector scaled = scale(high[bits(z)], n);
         const Vector u = fma(r, q, low[bits(z)]);
-        y = scale(fma(u, t, t), n);
+        y = fix_up(fma(u, scaled, scaled), scaled, inf_where_inf);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
@@ -63,18 +56,20 @@ alignas(64) constexpr Exp10<Double, 6> exp10_double = {
     Double::row_of_bits(kBelowTwoDouble),  // all bits but the 62nd
     {{2.3025850929940086, 2.6509490552705466, 2.0346785823063307, 1.1712566635458537, 0.5392651004918929,
       0.2115324552507909}},  // least error on [0, log10(2)/16)
-    307.6526555685887,       // 1022 log10(2)
+    Double::bits_row(kInfWherePlusInf),
+    307.6526555685887,  // 1022 log10(2)
 };
 
 alignas(64) constexpr Exp10<Single, 3> exp10_single = {
     exp2_32f,
     exp2_32f_relative_low,
-    Single::row(0x1.a934fp+1f),    // log2(10)
-    Single::row(393216.0f),        // 1.5 2^18: leaves N in 1/32
-    Single::row(0x1.344136p-2f),   // log10(2)
-    Single::row(-0x1.ec10cp-27f),  // log10(2) less the former
-    Single::row(0x1p-4f),          // above every r
+    Single::row(0x1.a934fp+1f),            // log2(10)
+    Single::row(393216.0f),                // 1.5 2^18: leaves N in 1/32
+    Single::row(0x1.344136p-2f),           // log10(2)
+    Single::row(-0x1.ec10cp-27f),          // log10(2) less the former
+    Single::row_of_bits(kBelowTwoSingle),  // all bits but the 30th
     exp10_single_coefficients,
+    Single::bits_row(kInfWherePlusInf),
     37.929779052734375f,  // 126 log10(2)
 };
 
