@@ -110,7 +110,8 @@ void print(const Row& row) {
 void write_head(std::ostream& out) {
     out << R"(# Every float
 
-Written by `./run sweep`: every kernel of the single-precision exponentials and logarithms has met all 2^32 arguments.
+Written by `./run sweep`: each kernel of this table, of the single-precision exponentials and logarithms, has met all 2^32
+arguments.
 
 Errors are in units in the last place (ulp) of the exact result. They are found against the double-precision functions
 of the C library; the largest of each kernel are settled with MPFR. Mean, and share of results that are not the float
