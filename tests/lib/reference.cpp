@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "tests/lib/ulp.h"
 
@@ -29,21 +30,32 @@ const Reference* find_reference(const char* function) {
     return nullptr;
 }
 
-double exact_ulp_error(const Reference& reference, double x, double y) {
-    if (!std::isfinite(y)) return ulp_error(y, reference.in_long_double(static_cast<long double>(x)));
+template <class T>
+double exact_ulp_error(const Reference& reference, T x, T y) {
+    constexpr int precision = std::numeric_limits<T>::digits;
+    constexpr long smallest = std::numeric_limits<T>::min_exponent - precision;
+    if (!std::isfinite(y)) {
+        if constexpr (precision == 24)
+            return ulp_error(y, reference.in_double(static_cast<double>(x)));
+        else
+            return ulp_error(y, reference.in_long_double(static_cast<long double>(x)));
+    }
     mpfr_t argument, value;
     mpfr_init2(argument, 53);
     mpfr_init2(value, 160);
-    mpfr_set_d(argument, x, MPFR_RNDN);
+    mpfr_set_d(argument, static_cast<double>(x), MPFR_RNDN);
     reference.exact(value, argument, MPFR_RNDN);
     // MPFR's significands lie in [1/2, 1).
-    const long exponent = mpfr_zero_p(value) ? -1074 : std::max<long>(mpfr_get_exp(value) - 53, -1074);
-    mpfr_sub_d(value, value, y, MPFR_RNDN);
+    const long exponent = mpfr_zero_p(value) ? smallest : std::max(mpfr_get_exp(value) - precision, smallest);
+    mpfr_sub_d(value, value, static_cast<double>(y), MPFR_RNDN);
     mpfr_mul_2si(value, value, -exponent, MPFR_RNDN);
     const double error = std::fabs(mpfr_get_d(value, MPFR_RNDN));
     mpfr_clear(argument);
     mpfr_clear(value);
     return error;
 }
+
+template double exact_ulp_error(const Reference&, float, float);
+template double exact_ulp_error(const Reference&, double, double);
 
 }  // namespace nax::testing

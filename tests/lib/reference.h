@@ -17,7 +17,8 @@ struct Reference {
 // The reference of a function, or null.
 const Reference* find_reference(const char* function);
 
-// |y - f(x)| in ulp of f(x), as ulp_error() but with 160 bits.
-double exact_ulp_error(const Reference& reference, double x, double y);
+// |y - f(x)| in ulp of f(x), as ulp_error() but with 160 bits. T is float or double.
+template <class T>
+double exact_ulp_error(const Reference& reference, T x, T y);
 
 }  // namespace nax::testing
