@@ -68,8 +68,8 @@ private:
         const double from = coordinate(low_), to = coordinate(high_);
         for (int tick = 0; tick <= 6; ++tick) {
             const double x = std::sinh(from + (to - from) * tick / 6) / 1e6;
-            out << "<text text-anchor=\"middle\" x=\"" << kLeft + kWidth * tick / 6 << "\" y=\"" << kTop + kHeight + 20
-                << "\">" << label(x) << "</text>\n";
+            out << "<text text-anchor=\"" << (tick == 6 ? "end" : "middle") << "\" x=\"" << kLeft + kWidth * tick / 6
+                << "\" y=\"" << kTop + kHeight + 20 << "\">" << label(x) << "</text>\n";
         }
     }
     static std::string label(double x) {
