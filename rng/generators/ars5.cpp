@@ -11,14 +11,6 @@ namespace nax::rng {
 
 namespace {
 
-void seed(Ars5State& state, const uint32_t* seeds, int n) {
-    take_seeds(state.key, seeds, 0, n);
-    take_seeds(state.counter, seeds, 4, n);
-    state.left = 0;
-    for (uint32_t& word : state.block) word = 0;
-    state.unused = 0;
-}
-
 // Skips need the processor's AES like numbers; seeding doesn't.
 template <class Move>
 int with_aes(const Move& move) {
@@ -39,7 +31,7 @@ int __stoBRngARS5InitStream(int method, nax_stream* stream, int n, const void* p
     Ars5State& state = payload<Ars5State>(stream);
     const uint64_t* const nskip = static_cast<const uint64_t*>(params);
     switch (method) {
-        case NAX_INIT_STANDARD: seed(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
+        case NAX_INIT_STANDARD: seed_counter_state(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
         case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
         case NAX_INIT_SKIPAHEAD: return with_aes([&] { skip_counter(state, *nskip, ars5_block); });
         case NAX_INIT_SKIPAHEADEX: return with_aes([&] { skip_counter(state, n, nskip, ars5_block); });

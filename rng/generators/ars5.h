@@ -6,13 +6,7 @@
 
 namespace nax::rng {
 
-struct Ars5State {
-    uint32_t key[4];
-    uint32_t counter[4];  // least significant word first; one past the block below
-    uint32_t left;        // unread words of the last block
-    uint32_t block[4];
-    uint32_t unused;
-};
+using Ars5State = CounterState<4>;
 static_assert(kStreamStateSize<Ars5State> == 72 && offsetof(Ars5State, counter) == 16 && offsetof(Ars5State, left) == 32 &&
               offsetof(Ars5State, block) == 36);
 

@@ -1,5 +1,6 @@
-// Counters of 128 bits in four 32-bit words, least significant first, and the skip-ahead that the counter-based generators
-// share. In the namespace of the instruction set that it is compiled for, like all bodies of files of both kinds.
+// Counters of 128 bits in four 32-bit words, least significant first, and the skip-ahead that the counter-based
+// generators share. In the namespace of the instruction set that it is compiled for, like all bodies of files of both
+// kinds.
 #pragma once
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <cstring>
 
 #include "nax/streams.h"
+#include "rng/generators/counter_state.h"
 #include "rng/simd.h"
 
 namespace nax::rng {
@@ -68,6 +70,14 @@ void skip_counter(State& state, int n, const uint64_t* nskip, const Evaluate& ev
 template <int n>
 void take_seeds(uint32_t (&words)[n], const uint32_t* seeds, int first, int count) {
     for (int i = 0; i < n; ++i) words[i] = first + i < count ? seeds[first + i] : 0;
+}
+
+// The seeds are the words of the key, then those of the counter.
+template <int KeyWords>
+void seed_counter_state(CounterState<KeyWords>& state, const uint32_t* seeds, int n) {
+    state = {};
+    take_seeds(state.key, seeds, 0, n);
+    take_seeds(state.counter, seeds, KeyWords, n);
 }
 
 }  // namespace NAX_RNG_ISA

@@ -9,18 +9,6 @@
 
 namespace nax::rng {
 
-namespace {
-
-void seed(PhiloxState& state, const uint32_t* seeds, int n) {
-    take_seeds(state.key, seeds, 0, n);
-    take_seeds(state.counter, seeds, 2, n);
-    state.left = 0;
-    for (uint32_t& word : state.block) word = 0;
-    state.unused = 0;
-}
-
-}  // namespace
-
 void philox_block(const PhiloxState& state, uint32_t (&out)[4]) {
     uint32_t c0 = state.counter[0], c1 = state.counter[1], c2 = state.counter[2], c3 = state.counter[3];
     uint32_t k0 = state.key[0], k1 = state.key[1];
@@ -49,7 +37,7 @@ extern "C" {
 int __stoBRngPHILOX4X32X10InitStream(int method, nax_stream* stream, int n, const void* params) {
     PhiloxState& state = payload<PhiloxState>(stream);
     switch (method) {
-        case NAX_INIT_STANDARD: seed(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
+        case NAX_INIT_STANDARD: seed_counter_state(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
         case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
         case NAX_INIT_SKIPAHEAD:
             skip_counter(state, *static_cast<const uint64_t*>(params), philox_block);

@@ -6,13 +6,7 @@
 
 namespace nax::rng {
 
-struct PhiloxState {
-    uint32_t key[2];
-    uint32_t counter[4];  // least significant word first; one past the block below
-    uint32_t left;        // unread words of the last block
-    uint32_t block[4];
-    uint32_t unused;
-};
+using PhiloxState = CounterState<2>;
 static_assert(kStreamStateSize<PhiloxState> == 64 && offsetof(PhiloxState, counter) == 8 &&
               offsetof(PhiloxState, left) == 24 && offsetof(PhiloxState, block) == 28);
 

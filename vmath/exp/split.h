@@ -1,4 +1,5 @@
-// What the exponentials share: the shifters that split x log2(b) into N and a table index, and the tamed remainder.
+// What the exponentials share: the shifter that splits x log2(b) into N and a table index, bounds that keep a remainder
+// finite, and the range of ordinary arguments.
 #pragma once
 
 #include "vmath/frame/vec.h"

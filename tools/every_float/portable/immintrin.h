@@ -54,7 +54,6 @@ enum _MM_MANTISSA_SIGN_ENUM { _MM_MANT_SIGN_src, _MM_MANT_SIGN_zero, _MM_MANT_SI
 #define _mm512_getmant_round_ps(x, interval, sign, sae) nax::portable::mantissa<(interval), (sign)>(x)
 #define _mm512_scalef_round_ps(x, n, mode) nax::portable::rounded<(mode)>(nax::portable::Scale{}, x, n)
 #define _mm512_roundscale_round_ps(x, control, sae) nax::portable::map(nax::portable::RoundScale<(control)>{}, x)
-#define _mm512_reduce_round_ps(x, control, sae) nax::portable::reduce<(control)>(x)
 #define _mm512_range_round_ps(a, b, control, sae) nax::portable::range<(control)>(a, b)
 #define _mm512_fixupimm_round_ps(x, special, table, control, sae) nax::portable::fix_up<(control)>(x, special, table)
 #define _mm512_rcp14_ps(x) nax::portable::map(nax::portable::reciprocal14, x)
@@ -149,6 +148,7 @@ __m512d _mm512_getexp_round_pd(__m512d, int);
 __m512d _mm512_getmant_round_pd(__m512d, int, int, int);
 __m512d _mm512_scalef_round_pd(__m512d, __m512d, int);
 __m512d _mm512_roundscale_round_pd(__m512d, int, int);
+__m512 _mm512_reduce_round_ps(__m512, int, int);
 __m512d _mm512_reduce_round_pd(__m512d, int, int);
 __m512d _mm512_fixupimm_round_pd(__m512d, __m512d, __m512i, int, int);
 __m512d _mm512_range_round_pd(__m512d, __m512d, int, int);

@@ -263,16 +263,6 @@ struct RoundScale {
         return _mm256_blendv_ps(_mm256_mul_ps(whole, row(unit)), x, large);
     }
 };
-// What RoundScale takes away; nothing is left of Inf. The sign of an exact zero is that of the rounding direction.
-template <int Control>
-NAX_LANES __m512 reduce(__m512 x) {
-    const auto difference = [](__m256 a, __m256 multiple) __attribute__((always_inline)) {
-        const __m256 infinite = _mm256_cmp_ps(magnitude(a), row(kInfinity), _CMP_EQ_OQ);
-        return _mm256_andnot_ps(infinite, _mm256_sub_ps(a, multiple));
-    };
-    return rounded<Control>(difference, x, map(RoundScale<Control>{}, x));
-}
-
 // The smaller in magnitude, the number beside a quiet NaN, with the sign of a.
 struct SmallerMagnitude {
     NAX_LANES __m256 operator()(__m256 a, __m256 b) const {
