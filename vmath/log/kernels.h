@@ -111,16 +111,20 @@ struct LogHigh {
     }
 };
 
-// log(1 + r) = r P(r), and a sum added. In base e the first coefficient is 1 and not in the list. A chain: the square
-// of r that pairs need would be an operation more, and the work on other vectors overlaps with the wait.
+// sum + log(1 + r): log(1 + r) = r + r^2 P(r) in base e, else r P(r). The latter as a chain: the square of r that pairs
+// need would be an operation more, and the work on other vectors overlaps with the wait.
 template <class E, Base B, int Terms>
-NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& coefficients, typename E::Vector r,
-                                      typename E::Vector one, typename E::Vector sum) {
-    typename E::Vector p = coefficients.c[Terms - 1];
+NAX_VEC typename E::Vector add_series(const Coefficients<E, Terms>& polynomial, typename E::Vector r,
+                                      typename E::Vector sum) {
+    if constexpr (B == Base::E) {
+        const auto r2 = mul(r, r);
+        return add(sum, fma(r2, polynomial(r, r2), r));
+    } else {
+        auto p = polynomial.c[Terms - 1];
 #pragma GCC unroll 8
-    for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, coefficients.c[k]);
-    if constexpr (B == Base::E) p = fma(p, r, one);
-    return fma(p, r, sum);
+        for (int k = Terms - 2; k >= 0; --k) p = fma(p, r, polynomial.c[k]);
+        return fma(p, r, sum);
+    }
 }
 
 // LA and EP. The logarithm is finite where there is one: the result tells the rare lanes.
@@ -149,7 +153,7 @@ struct LogLow {
             sum = fma(a.exponent, log_2, sum);
         else
             sum = add(a.exponent, sum);
-        return add_series<E, B>(polynomial, a.r, reduction.one, sum);
+        return add_series<E, B>(polynomial, a.r, sum);
     }
 };
 
