@@ -37,6 +37,7 @@ template <class T>
 int32_t check_functions(const Task& task, int32_t evaluator) {
     const bool reads_data = evaluator == kEvalStepLeft || evaluator == kEvalStepRight || evaluator == kEvalLookUp;
     if (!reads_data && task.s_order == 0) return DfStatusOk;
+    if (!is_possible_order(task)) return DfStatusBadOrder;
     for (int64_t j = 0; j < task.ny; ++j) {
         if (reads_data && function_data<T>(task, j).base == nullptr) return DfStatusBadY;
         if (!reads_data && coefficients<T>(task, j) == nullptr) return DfStatusBadCoeff;
@@ -44,12 +45,15 @@ int32_t check_functions(const Task& task, int32_t evaluator) {
     return DfStatusOk;
 }
 
-// Elements of the transposition buffers of all threads; negative when the number doesn't fit.
+// Elements of the transposition buffers of all threads; negative when their number, or that of all results, is more
+// than memory can hold.
 int64_t buffer_elements(const ResultLayout& layout, int threads) {
-    int64_t planes = layout.nder;
+    int64_t planes = 0, results = 0, elements = 0;
+    const int64_t ny = layout.ny > 0 ? layout.ny : 0;
+    if (__builtin_mul_overflow(ny, layout.nder, &planes) || __builtin_mul_overflow(planes, layout.nsite, &results))
+        return -1;
     if (layout.direct()) return 0;
-    if (layout.buffers_all() && __builtin_mul_overflow(layout.ny, layout.nder, &planes)) return -1;
-    int64_t elements = 0;
+    if (!layout.buffers_all()) planes = layout.nder;
     return __builtin_mul_overflow(planes, kBlockSites * threads, &elements) ? -1 : elements;
 }
 
@@ -62,8 +66,7 @@ Evaluation<T> plan_evaluation(const Arguments<T>& a, int32_t evaluator, int32_t 
     Evaluation<T> evaluation{};
     evaluation.task = a.task;
     evaluation.evaluator = evaluator;
-    evaluation.search = {task.nx, partition<T>(task), a.search, a.search_parameters, task.bin_table, T(0), algorithm};
-    if (algorithm != kSearchNone) evaluation.search.scale = search_scale<T>(task, algorithm, a.data_hint);
+    evaluation.search = plan_block_search(task, algorithm, a.data_hint, a.search, a.search_parameters);
     evaluation.flags = (task.int_width != 0 ? int64_t{kCells64} : 0) | (caller_cells ? int64_t{kCallerCells} : 0);
     evaluation.orders = read_orders(a.dorder, a.ndorder, task.int_width != 0);
     evaluation.nsite = a.nsite;
@@ -103,14 +106,15 @@ int32_t interpolate(const Arguments<T>& a) {
     const service::Block<unsigned char> work(kWorkBytes<T>);
     if (!work) return DfStatusMemory;
     service::Block<T> large_buffer;
-    const int64_t elements = buffer_elements(evaluation.layout, thread_limit(a.threaders));
+    const int limit = thread_limit(a.threaders);
+    const int64_t elements = buffer_elements(evaluation.layout, limit);
     if (elements < 0) return DfStatusMemory;
     evaluation.buffer = reinterpret_cast<T*>(work.get());
     if (elements > kBufferElements) {
         if (!large_buffer.allocate(static_cast<std::size_t>(elements))) return DfStatusMemory;
         evaluation.buffer = large_buffer.get();
     }
-    return evaluate_all(evaluation, a.threaders);
+    return evaluate_all(evaluation, a.threaders, limit);
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ void search_bounded(const SearchBlock<T>& block, Cell* cell, const Bounds& bound
     const int64_t nx = block.nx;
     const T* const x = block.x;
     const T right = x[nx - 1];
-    for_each_site<T, kWide>(block, cell, [=](auto pack, auto site) {
+    for_each_site<PackFor<T, kWide>>(block, cell, [=](auto pack, auto site) {
         using P = decltype(pack);
         typename P::I low, high;
         bounds.template find<P>(site, low, high);
@@ -84,10 +84,11 @@ void search_bounded(const SearchBlock<T>& block, Cell* cell, const Bounds& bound
 
 template <class T, bool kWide, class Cell>
 void search_hybrid(const SearchBlock<T>& block, Cell* cell) {
-    const IndexHead* const head = index_head(block.bin_table, block.nx, block.x);
-    if (head == nullptr) return search_bounded<T, kWide>(block, cell, NoBounds<T>{block.nx});
-    if (head->fine_bins == 0) {
-        const PairBounds<T> pairs{block.bin_table, block.x[0], block.scale, static_cast<T>(head->nbins)};
+    const IndexHead* const head = block.bin_table == nullptr ? nullptr : index_head(block.bin_table, block.nx);
+    if (block.bin_table == nullptr || (head != nullptr && (head->nx != block.nx || head->x != block.x)))
+        return search_bounded<T, kWide>(block, cell, NoBounds<T>{block.nx});
+    if (head == nullptr || head->fine_bins == 0) {
+        const PairBounds<T> pairs{block.bin_table, block.x[0], block.scale, static_cast<T>(bins_for(block.nx))};
         return search_bounded<T, kWide>(block, cell, pairs);
     }
     const FineBounds<T> fine{head->fine, block.x[0], static_cast<T>(head->fine_scale), static_cast<T>(head->fine_bins)};

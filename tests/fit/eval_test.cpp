@@ -322,6 +322,56 @@ TYPED_TEST(EvalOf, StatusesComeInOrder) {
     EXPECT_EQ(run(task, 1, 1, site, nullptr, r, 16), DfStatusMemory);
 }
 
+// The limit of a caller's table may change between two questions, and a table may lack its loop.
+TYPED_TEST(EvalOf, ThreadLimitIsAskedOnceAndNeedsALoop) {
+    using T = TypeParam;
+    static int asked;
+    Spline<T> spline(40, 4, 2, 7, false);
+    const std::vector<T> sites = random_values<T>(3000, spline.x.front(), spline.x.back(), 3);
+    std::vector<T> expected(3 * 7 * sites.size()), r(expected.size());
+    for (const int64_t rhint : {16, 32, 256, 512}) {
+        spline.rhint = rhint;
+        spline.threaders = nullptr;
+        ASSERT_EQ(spline.interpolate(sites.data(), 3000, {1, 1, 1}, expected.data()), 0);
+        nax_threaders rising = pool(), no_loop = pool();
+        rising.max_threads = [] { return asked++ == 0 ? 1 : 8; };
+        no_loop.max_threads = [] { return 8; };
+        no_loop.parallel_for = nullptr;
+        for (const nax_threaders* table : {&rising, &no_loop}) {
+            asked = 0;
+            spline.threaders = table;
+            std::fill(r.begin(), r.end(), T(0));
+            ASSERT_EQ(spline.interpolate(sites.data(), 3000, {1, 1, 1}, r.data()), 0);
+            EXPECT_EQ(r, expected);
+            EXPECT_LE(asked, 1);
+        }
+    }
+}
+
+// Sums of derivative flags and numbers of coefficients that wrap.
+TYPED_TEST(EvalOf, ImpossibleCountsAreRefused) {
+    using T = TypeParam;
+    Spline<T> spline(10, 4, 2, 2, false);
+    const std::vector<T> sites{1, 2, 3};
+    std::vector<T> r(64, T(-7));
+    const auto status = [&](const std::vector<int64_t>& flags, int64_t rhint) {
+        return Fit<T>::interpolate(spline.task.get(), 1, 0, 3, sites.data(), 0, 3, flags.data(), nullptr, r.data(), rhint,
+                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr);
+    };
+    for (const int64_t rhint : {16, 32, 256, 512})
+        for (const int64_t many : {INT64_MAX, INT64_MAX / 2 + 1})
+            EXPECT_EQ(status({many, many, many}, rhint), DfStatusMemory);
+    EXPECT_EQ(status({INT64_MIN, INT64_MIN, -1}, 16), 0);  // no flag set: the value
+    EXPECT_NE(r[0], T(-7));
+    std::fill(r.begin(), r.end(), T(-7));
+    for (const int64_t order : {INT64_MAX, INT64_MAX / 10 + 1, int64_t{1} << 60}) {
+        Fit<T>::edit_spline(spline.task.get(), order, 0, 0, nullptr, 0, nullptr, r.data(), 0);
+        EXPECT_EQ(spline.interpolate(sites.data(), 3, {1}, r.data()), DfStatusBadOrder);
+    }
+    EXPECT_EQ(r, std::vector<T>(64, T(-7)));
+}
+
 TYPED_TEST(EvalOf, MemoryFailuresComputeNothing) {
     using T = TypeParam;
     // Few planes fit the work block; many need a buffer of their own.
