@@ -1,12 +1,13 @@
 // The interpolation entries.
 #include "fit/eval/evaluation.h"
+#include "fit/eval/few_sites.h"
 #include "service/block.h"
 
 namespace nax::fit {
 namespace {
 
 // The work block of a call: a transposition buffer of 8192 elements, and room to spare for alignment and small arrays.
-constexpr int64_t kBufferElements = 8192;
+constexpr int64_t kBufferElements = 8192, kStackPlanes = 8;
 template <class T>
 constexpr std::size_t kWorkBytes = sizeof(T) == sizeof(double) ? 67664 : 34384;
 
@@ -84,6 +85,14 @@ Evaluation<T> plan_evaluation(const Arguments<T>& a, int32_t evaluator, int32_t 
     return evaluation;
 }
 
+// A call of one block needs no memory when its planes are few.
+template <class T>
+int32_t evaluate_one_block(Evaluation<T>& evaluation) {
+    alignas(64) T buffer[kStackPlanes * kBlockSites];
+    evaluation.buffer = buffer;
+    return evaluate_all(evaluation, nullptr, 1);
+}
+
 template <class T>
 int32_t interpolate(const Arguments<T>& a) {
     if (a.task == nullptr) return DfStatusNullTask;
@@ -103,6 +112,9 @@ int32_t interpolate(const Arguments<T>& a) {
     if (const int32_t status = check_functions<T>(task, evaluator)) return status;
 
     Evaluation<T> evaluation = plan_evaluation(a, evaluator, algorithm);
+    if (a.nsite <= kBlockSites && !evaluation.has_callback() && 0 <= evaluation.layout.buffer_planes() &&
+        evaluation.layout.buffer_planes() <= kStackPlanes && buffer_elements(evaluation.layout, 1) >= 0)
+        return evaluate_one_block(evaluation);
     const service::Block<unsigned char> work(kWorkBytes<T>);
     if (!work) return DfStatusMemory;
     service::Block<T> large_buffer;
@@ -128,6 +140,11 @@ int32_t interpolate(const Arguments<T>& a) {
         nax_df_interpolation_callback_##prefix right, void* right_parameters,                                          \
         nax_df_interpolation_callback_##prefix interior, void* interior_parameters,                                    \
         nax_df_search_callback_##prefix search, void* search_parameters, const nax_threaders* threaders) {             \
+        const bool plain = job == NAX_DF_JOB_EVALUATE && data_hint == nullptr && left == nullptr && right == nullptr &&     \
+                           interior == nullptr && search == nullptr;                                                   \
+        if (plain && nsite > 0 && nsite <= nax::fit::kFewSites &&                                                      \
+            nax::fit::evaluate_few(task, nsite, site, sitehint, ndorder, dorder, r, rhint))                            \
+            return DfStatusOk;                                                                                         \
         return nax::fit::interpolate<T>({task, job, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell, \
                                          {left, right, interior},                                                      \
                                          {left_parameters, right_parameters, interior_parameters},                     \
