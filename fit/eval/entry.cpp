@@ -93,8 +93,9 @@ int32_t evaluate_one_block(Evaluation<T>& evaluation) {
     return evaluate_all(evaluation, nullptr, 1);
 }
 
+// Apart from the entries, so that a short call doesn't pay for the registers that this one saves.
 template <class T>
-int32_t interpolate(const Arguments<T>& a) {
+[[gnu::noinline]] int32_t interpolate(const Arguments<T>& a) {
     if (a.task == nullptr) return DfStatusNullTask;
     const Task& task = *a.task;
     if (task.x == nullptr) return DfStatusBadX;
