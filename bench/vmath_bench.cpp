@@ -120,18 +120,9 @@ std::function<void()> own_call(Case<T>& c, int64_t elements, bool strided) {
     }
 }
 
-// The instruction set of the library that the loader took.
-bool wide_flavour() {
-    static const bool wide = [] {
-        Dl_info info;
-        return dladdr(dlsym(RTLD_DEFAULT, "_arqdExp"), &info) != 0 &&
-               std::strstr(info.dli_fname, "x86-64-v4") != nullptr;
-    }();
-    return wide;
-}
 template <class T>
 const Rivals<T>& rivals() {
-    static const Rivals<T> rivals = wide_flavour() ? rivals_in_avx512<T>() : rivals_in_avx2<T>();
+    static const Rivals<T> rivals = make_rivals<T>();
     return rivals;
 }
 

@@ -1,6 +1,6 @@
 // Rivals of the vector functions: loops that the compiler vectorises, the C library one element at a time, the vector
-// libraries libmvec and SLEEF and the headers xsimd and Eigen where they are installed. Each is there twice, for AVX2 and
-// for AVX-512, so that it meets a flavour of the library on its own ground.
+// libraries libmvec and SLEEF and the headers xsimd and Eigen where they are installed. Each is compiled twice, for AVX2 and
+// for AVX-512, and meets a flavour of the library on its own ground.
 #pragma once
 
 #include <cstdint>
@@ -39,9 +39,8 @@ struct Rivals {
     std::string sleef_suffix;    // "avx512f", ...
 };
 
+// Those of the instruction set that the library's flavour has, too.
 template <class T>
-Rivals<T> rivals_in_avx2();
-template <class T>
-Rivals<T> rivals_in_avx512();
+Rivals<T> make_rivals();
 
 }  // namespace nax::bench

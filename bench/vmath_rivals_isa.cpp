@@ -203,17 +203,12 @@ Rivals<T> rivals() {
 
 }  // namespace NAX_ISA
 
-#ifdef __AVX512F__
-#define NAX_RIVALS rivals_in_avx512
-#else
-#define NAX_RIVALS rivals_in_avx2
-#endif
 template <>
-[[gnu::visibility("default")]] Rivals<float> NAX_RIVALS() {
+[[gnu::visibility("default")]] Rivals<float> make_rivals() {
     return NAX_ISA::rivals<float>();
 }
 template <>
-[[gnu::visibility("default")]] Rivals<double> NAX_RIVALS() {
+[[gnu::visibility("default")]] Rivals<double> make_rivals() {
     return NAX_ISA::rivals<double>();
 }
 
