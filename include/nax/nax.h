@@ -10,6 +10,7 @@
 #include "nax/primitives.h"
 #include "nax/processor.h"
 #include "nax/service.h"
+#include "nax/statistics.h"
 #include "nax/streams.h"
 #include "nax/threaders.h"
 #include "nax/tridiagonal.h"
