@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -61,8 +62,7 @@ public:
                     static_cast<T>(offset + scale * (normal(engine) + 0.3 * normal(engine) * static_cast<double>(j)));
     }
     // Makes the task and registers all arrays.
-    nax_ss_task* open(bool with_pair = true, bool wide = true) {
-        EXPECT_TRUE(wide) << "the sample's integers are 64 bits wide";
+    nax_ss_task* open(bool with_pair = true) {
         EXPECT_EQ(S::create(&task, &p, &n, &storage, x.data(), weights.empty() ? nullptr : weights.data(),
                             mask.empty() ? nullptr : mask.data(), 1u),
                   0);
@@ -73,7 +73,7 @@ public:
             EXPECT_EQ(S::edit(task, matrix_ids[m][0], matrices[m].data()), 0);
             EXPECT_EQ(__stoiSSEditTask(task, matrix_ids[m][1], &matrix_storage), 0);
         }
-        if (with_pair) EXPECT_EQ(S::edit(task, 23, pair), 0);
+        EXPECT_EQ(with_pair ? S::edit(task, 23, pair) : 0, 0);
         return task;
     }
 
@@ -102,8 +102,8 @@ public:
         kCs3,
         kCs4
     };
-    std::vector<T> results[17];
-    std::vector<T> matrices[3];  // covariance, correlation, cross-products
+    std::array<std::vector<T>, 17> results;
+    std::array<std::vector<T>, 3> matrices;  // covariance, correlation, cross-products
     nax_ss_task* task = nullptr;
 };
 
