@@ -131,7 +131,9 @@ void time_moments(Report& report, int64_t n, int64_t p, int64_t storage, const c
             {"Boost", [data] {
                  using namespace boost::accumulators;
                  for (int64_t j = 0; j < data->p; ++j) {
-                     accumulator_set<T, stats<tag::mean, tag::variance, tag::skewness, tag::kurtosis>> a;
+                     accumulator_set<T,
+                                     boost::accumulators::stats<tag::mean, tag::variance, tag::skewness, tag::kurtosis>>
+                         a;
                      for (int64_t i = 0; i < data->n; ++i) a(data->x[static_cast<std::size_t>(j * data->n + i)]);
                      data->results[0][static_cast<std::size_t>(j)] = kurtosis(a) + skewness(a) + variance(a);
                  }
