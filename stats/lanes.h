@@ -8,14 +8,10 @@
 #include <cstdint>
 #include <cstring>
 
-#ifdef __AVX512F__
-#define NAX_STATS_ISA isa_avx512
-#else
-#define NAX_STATS_ISA isa_avx2
-#endif
+#include "simd/isa.h"
 
 namespace nax::stats {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 
 #ifdef __AVX512F__
 inline constexpr int kRegisterBytes = 64;
@@ -167,5 +163,5 @@ inline T fold(Lanes<T> v) {
     return lane[0];
 }
 
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::stats

@@ -4,7 +4,7 @@
 #include "stats/basic/cross_product.h"
 
 namespace nax::stats::basic {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 namespace {
 
 // A tile of the result stays in registers: 24 of 32, or 12 of 16, hold it.
@@ -71,5 +71,5 @@ void rank_update(int64_t p, int64_t ld, int64_t rows, const T* left, const T* ri
 template void rank_update(int64_t, int64_t, int64_t, const double*, const double*, double*);
 template void rank_update(int64_t, int64_t, int64_t, const float*, const float*, float*);
 
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::stats::basic

@@ -2,7 +2,7 @@
 #include "stats/basic/strips.h"
 
 namespace nax::stats::basic {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 namespace {
 
 // The data are the first operand: a NaN among them leaves the extreme as it was.
@@ -89,7 +89,7 @@ void scan(const Slice<T>& slice, bool columns, T* minimum, T* maximum) {
 }
 
 }  // namespace
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 
 template <class T>
 void extremes(const Slice<T>& slice, bool columns, T* minimum, T* maximum) {

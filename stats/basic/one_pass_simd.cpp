@@ -15,7 +15,7 @@
 #include "stats/basic/strips.h"
 
 namespace nax::stats::basic {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 namespace {
 
 // Factors of a chunk's observations, which all variables share.
@@ -164,7 +164,7 @@ constexpr Kernel<T> of_order(int order) {
 }
 
 }  // namespace
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 
 template <class T>
 Kernel<T> one_pass_kernel(int index) {

@@ -6,7 +6,7 @@
 #include "stats/basic/strips.h"
 
 namespace nax::stats::basic {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 namespace {
 
 // Sums of one block of lanes, or of one element's share.
@@ -194,7 +194,7 @@ constexpr Kernel<T> of_storage(int storage_and_weights) {
 }
 
 }  // namespace
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 
 template <class T>
 Kernel<T> fast_kernel(int index) {

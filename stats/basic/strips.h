@@ -7,7 +7,7 @@
 #include "stats/lanes.h"
 
 namespace nax::stats::basic {
-inline namespace NAX_STATS_ISA {
+inline namespace NAX_ISA {
 
 // Row k of the strip, kLanes<T> reals, is at x + k * stride.
 template <class T>
@@ -40,5 +40,5 @@ inline Strip<T> strip(const Slice<T>& slice, const Blocks& blocks, int64_t b, in
     return {buffer, lanes};
 }
 
-}  // namespace NAX_STATS_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::stats::basic
