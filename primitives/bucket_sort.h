@@ -70,6 +70,32 @@ void sort_by_digits(K* keys, K* other, int64_t n, bool into_other) {
     for (int64_t i = 0; i < n; ++i) target[i] = Out::from_key(from[i]);
 }
 
+// Calls body(key, bucket) for every key in its order; bucket numbers are computed a batch ahead.
+template <class In, bool kHole, class K, class Body>
+[[gnu::always_inline]] inline void for_each_bucketed_key(const K* keys, int64_t n, const BucketMap<K>& map, Body body) {
+    using U = std::make_unsigned_t<K>;
+    constexpr int64_t kBatch = 8 * kLanes<K>;
+    alignas(64) U bucket[kBatch];
+    alignas(64) K key[kBatch];
+    int64_t i = 0;
+    for (; i + kBatch <= n; i += kBatch) {
+        for (int64_t r = 0; r < kBatch; r += kLanes<K>) {
+            const Lanes<K> v = In::to_key(load<K>(keys + i + r));
+            store<K>(key + r, v);
+            store<U>(bucket + r, map.template operator()<kHole>(v));
+        }
+#pragma GCC unroll 8
+        for (int64_t r = 0; r < kBatch; ++r) body(key[r], bucket[r]);
+    }
+    for (; i < n; i += kLanes<K>) {
+        const Lanes<K> v = In::to_key(load_first<K>(keys + i, n - i, K{0}));
+        store<K>(key, v);
+        store<U>(bucket, map.template operator()<kHole>(v));
+        const int64_t m = n - i < kLanes<K> ? n - i : kLanes<K>;
+        for (int64_t r = 0; r < m; ++r) body(key[r], bucket[r]);
+    }
+}
+
 // One level: spreads the keys over buckets.
 template <class In, class K>
 class Distribution {
@@ -85,39 +111,14 @@ public:
     }
 
 private:
-    static constexpr int64_t kBatch = 8 * kLanes<K>;
     using U = std::make_unsigned_t<K>;
-
-    // Calls body(index, key, bucket) for every key in its order; bucket numbers are computed a batch ahead.
-    template <bool kHole, class Body>
-    [[gnu::always_inline]] static void for_each_key(const K* keys, int64_t n, const BucketMap<K>& map, Body body) {
-        alignas(64) U bucket[kBatch];
-        alignas(64) K key[kBatch];
-        int64_t i = 0;
-        for (; i + kBatch <= n; i += kBatch) {
-            for (int r = 0; r < kBatch; r += kLanes<K>) {
-                const Lanes<K> v = In::to_key(load<K>(keys + i + r));
-                store<K>(key + r, v);
-                store<U>(bucket + r, map.template operator()<kHole>(v));
-            }
-#pragma GCC unroll 8
-            for (int r = 0; r < kBatch; ++r) body(key[r], bucket[r]);
-        }
-        for (; i < n; i += kLanes<K>) {
-            const Lanes<K> v = In::to_key(load_first<K>(keys + i, n - i, K{0}));
-            store<K>(key, v);
-            store<U>(bucket, map.template operator()<kHole>(v));
-            const int64_t m = n - i < kLanes<K> ? n - i : kLanes<K>;
-            for (int64_t r = 0; r < m; ++r) body(key[r], bucket[r]);
-        }
-    }
 
     template <bool kHole>
     [[gnu::noinline]] void spread_by(const K* keys, K* buckets, int64_t n, int64_t count, const BucketMap<K>& map) {
         std::memset(place_, 0, static_cast<std::size_t>(count) * sizeof place_[0]);
-        for_each_key<kHole>(keys, n, map, [this](K, U b) { ++place_[b]; });
+        for_each_bucketed_key<In, kHole>(keys, n, map, [this](K, U b) { ++place_[b]; });
         to_offsets(place_, count);
-        for_each_key<kHole>(keys, n, map, [this, buckets](K key, U b) { buckets[place_[b]++] = key; });
+        for_each_bucketed_key<In, kHole>(keys, n, map, [this, buckets](K key, U b) { buckets[place_[b]++] = key; });
     }
 
     uint32_t place_[kMostBuckets];
@@ -134,6 +135,16 @@ int64_t bucket_count(int64_t n, int level) {
     return count;
 }
 
+// Keys at equal distances, sorted.
+inline constexpr int kSample = 64;
+template <class In, class K>
+void sample_keys(const K* keys, int64_t n, K* sample) {
+    const uint64_t step = (static_cast<uint64_t>(n) << 16) / kSample;
+    uint64_t at = step / 3;
+    for (int i = 0; i < kSample; ++i, at += step) sample[i] = In::to_key(keys[at >> 16]);
+    sort_few<KeyItself<K>, KeyItself<K>>(sample, sample, kSample);
+}
+
 // Sorts the n keys of `keys`, below 2^32, with `other` of the same length as scratch; the result is in `other` if
 // into_other, else in `keys`. In is the order of the keys as they stand, Out that of the result.
 template <class In, class Out, class K>
@@ -141,13 +152,8 @@ void sort_many(K* keys, K* other, int64_t n, bool into_other, int level) {
     K* const target = into_other ? other : keys;
     if (n <= kNetworkKeys<K>) return sort_few<In, Out>(keys, target, n);
 
-    constexpr int kSample = static_cast<int>(8 * kLanes<K> < 64 ? 64 : 8 * kLanes<K>);
     alignas(64) K sample[kSample];
-    const uint64_t step = (static_cast<uint64_t>(n) << 16) / kSample;
-    uint64_t at = step / 3;
-    for (int i = 0; i < kSample; ++i, at += step) sample[i] = In::to_key(keys[at >> 16]);
-    sort_few<KeyItself<K>, KeyItself<K>>(sample, sample, kSample);
-
+    sample_keys<In>(keys, n, sample);
     const int64_t count = bucket_count<K>(n, level);
     BucketMap<K> map;
     const bool distinct = choose_map(sample, kSample, count, map);
