@@ -1,0 +1,51 @@
+/* Moments, extremes, covariance, and what is derived from covariance. Task, codes and editors: nax/statistics.h. */
+#ifndef NAX_STATISTICS_BASIC_H
+#define NAX_STATISTICS_BASIC_H
+
+#include "nax/statistics.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Means, raw and central moments, sums, kurtosis, skewness, variation, covariance, correlation and cross-products.
+ *   estimates  bits 0 to 9, 12, 13 and 25 to 32
+ *   method     one of
+ *                NAX_SS_METHOD_ONE_PASS   moments updated observation by observation: one pass, stable for any offset
+ *                NAX_SS_METHOD_FAST       plain sums of powers: fastest; digits are lost where the mean is large
+ *                                         against the deviations
+ *                NAX_SS_METHOD_USER_MEAN  sums of powers of deviations from the mean that `mean` holds
+ *              or, without data, NAX_SS_METHOD_FROM_SUMS or NAX_SS_METHOD_FROM_CROSS_PRODUCT
+ * With W the sum of the weights w_i, W2 that of their squares, and m the mean:
+ *   raw moment k      sum w_i x_i^k / W                          raw sum k: the same without / W
+ *   central moment 2  sum w_i (x_i - m)^2 / (W - W2/W)           the unbiased variance, n - 1 for unit weights
+ *   central moments   sum w_i (x_i - m)^k / W, k = 3, 4          central sums: without divisor
+ *   kurtosis          c4/c2^2 - 3, skewness c3/c2^1.5, variation sqrt(c2)/m
+ *   cross-products    sum w_i (x_i - m)(x_i - m)', covariance: the same / (W - W2/W); correlation: off the diagonal
+ *                     c_ij / sqrt(c_ii c_jj), on it the variances
+ * A result needs arrays of others too: central moments and what follows from them the mean and raw moments, covariance
+ * and correlation the mean (see docs/statistics.md). Elements of variables that the mask leaves out keep what they
+ * held. Data in blocks: with accumulated_weights registered and 0, 0 before the first call, a call with the same
+ * request and the same arrays goes on where the last one ended. The first block of covariances should hold two
+ * observations or more. Without weights the observations count as 1 each. Where all weights are zero, sums are zero and
+ * nothing is divided. Threads: the observations are split in equal ranges, merged in thread order; equal thread counts
+ * give equal bits. Status, in this order: NullTask, BadDimension, BadMethod, the first missing array,
+ * BadObservationCount, NoObservations, NoStorage, BadStorage (or NoAccumulatedWeights without data), NoStorage of a
+ * matrix, Memory. Time O(n p), with matrices O(n p^2). */
+int32_t _stodSSBasic(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+int32_t _stosSSBasic(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+
+/* Least and greatest value of each variable.
+ *   estimates  NAX_SS_ESTIMATE_MINIMUM, NAX_SS_ESTIMATE_MAXIMUM
+ *   method     NAX_SS_METHOD_FAST or NAX_SS_METHOD_ONE_PASS
+ * The arrays are seeds as well as results: set them before the first call, to infinities or to the first observation;
+ * further blocks then go on from there. NaN is not propagated reliably. Serial.
+ * Status, in this order: NullTask, NoStorage, BadStorage, NoMinimum, NoMaximum, BadMethod, BadDimension,
+ * BadObservationCount, NoObservations, Memory. Time O(n p). */
+int32_t _stodSSMinmax(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+int32_t _stosSSMinmax(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+
+#ifdef __cplusplus
+}
+#endif
+#endif
