@@ -11,6 +11,7 @@
 #include "nax/processor.h"
 #include "nax/service.h"
 #include "nax/statistics.h"
+#include "nax/statistics_order.h"
 #include "nax/statistics_basic.h"
 #include "nax/streams.h"
 #include "nax/threaders.h"
