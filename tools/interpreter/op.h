@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tests/emulator/state.h"
+#include "tools/interpreter/state.h"
 
 namespace nax::emulator {
 

@@ -2,7 +2,7 @@
 // that they raise no flag; the caller has put the wanted rounding mode and denormal handling into MXCSR.
 #pragma once
 
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 

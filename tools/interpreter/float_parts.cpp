@@ -1,7 +1,7 @@
 // Exponent and mantissa extraction, scaling, approximations, classification, fix-up and range selection.
 #include <bit>
 
-#include "tests/emulator/float_lanes.h"
+#include "tools/interpreter/float_lanes.h"
 
 namespace nax::emulator {
 namespace {
@@ -93,10 +93,10 @@ struct Scale {
                 raise_invalid();
                 return F::indefinite;
             }
-            return b_negative ? sign : sign | F::exponent;
         }
-        if (magnitude == 0 || magnitude == F::exponent) return a;
         if (is_denormal<T>(a)) raise_denormal();
+        if (b_infinite) return b_negative ? sign : sign | F::exponent;
+        if (magnitude == 0 || magnitude == F::exponent) return a;
         return bits_of<T>(scaled<T>(a, floor_of<T>(b)));
     }
     template <class T>

@@ -1,5 +1,5 @@
 // AES rounds and carry-less products, one 128-bit lane at a time; general-register instructions in VEX encodings.
-#include "tests/emulator/integer.h"
+#include "tools/interpreter/integer.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,5 +1,5 @@
 // Instructions on opmask registers, and moves between masks and vectors.
-#include "tests/emulator/integer.h"
+#include "tools/interpreter/integer.h"
 
 namespace nax::emulator {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <atomic>
 
-#include "tests/emulator/op.h"
+#include "tools/interpreter/op.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,7 +1,7 @@
 // Prefixes, ModRM and operands of legacy, VEX and EVEX encodings, and the look-up of vector instructions.
 #include <cstring>
 
-#include "tests/emulator/op.h"
+#include "tools/interpreter/op.h"
 
 namespace nax::emulator {
 namespace {

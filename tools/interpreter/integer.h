@@ -1,7 +1,7 @@
 // Arithmetic on general registers with the host's own flags.
 #pragma once
 
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 

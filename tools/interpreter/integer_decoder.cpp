@@ -1,7 +1,7 @@
 // Decodes the general-register instructions that occur around vector loops; what is rarer goes back to the host.
 #include <cstring>
 
-#include "tests/emulator/integer_ops.h"
+#include "tools/interpreter/integer_ops.h"
 
 namespace nax::emulator {
 namespace {

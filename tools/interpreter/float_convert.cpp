@@ -1,7 +1,7 @@
 // Rounding to integers or multiples of powers of two, and conversions between formats.
 #include <limits>
 
-#include "tests/emulator/float_lanes.h"
+#include "tools/interpreter/float_lanes.h"
 
 namespace nax::emulator {
 namespace {

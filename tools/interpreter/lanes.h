@@ -4,7 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "tests/emulator/op.h"
+#include "tools/interpreter/op.h"
 
 namespace nax::emulator {
 

@@ -1,7 +1,7 @@
 // Conversions between integer widths, compression and expansion, gathers and scatters.
 #include <limits>
 
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 namespace {

@@ -5,8 +5,8 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include "tests/emulator/emulator.h"
-#include "tests/emulator/op.h"
+#include "tools/interpreter/emulator.h"
+#include "tools/interpreter/op.h"
 
 namespace nax::emulator {
 namespace {

@@ -2,8 +2,8 @@
 #include <array>
 #include <utility>
 
-#include "tests/emulator/float_lanes.h"
-#include "tests/emulator/fused_forms.h"
+#include "tools/interpreter/float_lanes.h"
+#include "tools/interpreter/fused_forms.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,5 +1,5 @@
 // Permutations across the whole register, shuffles within 128-bit lanes, blends.
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 namespace {

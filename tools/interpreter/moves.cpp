@@ -2,7 +2,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,7 +1,7 @@
 // Semantics of the general-register instructions, one struct each, with a member template over the operand's type.
 #pragma once
 
-#include "tests/emulator/integer.h"
+#include "tools/interpreter/integer.h"
 
 namespace nax::emulator {
 

@@ -1,5 +1,5 @@
 // Shifts and rotates: by an immediate, by the low quadword of a vector, or lane by lane.
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,5 +1,5 @@
 // LD_PRELOAD=libavx512_interpreter.so PROGRAM: runs a program with AVX-512 code on a host without it.
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 
 namespace {
 

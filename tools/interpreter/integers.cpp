@@ -1,5 +1,5 @@
 // Integer arithmetic and logic on lanes, and the comparisons that write a mask or a vector.
-#include "tests/emulator/lanes.h"
+#include "tools/interpreter/lanes.h"
 
 namespace nax::emulator {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 
 namespace nax::emulator {
 
