@@ -33,16 +33,20 @@ void write_pair(Type type, const char* stem, const char* comment, int size, cons
 
 Wide base_point(int j) { return atan(Wide(j) / Wide(4)); }
 
-// Bits 0 and 1 of j: base point 0, 1/2 or 1 (twice) of the smaller magnitude over the larger. Bit 2: the first argument
-// has the larger magnitude. Bit 3: the second is negative.
+// Bits 0 and 1 of j: 0, 2 or 3 for the base points 0, 1/2 and 1 of the smaller magnitude over the larger. Bit 2: the
+// first argument has the larger magnitude. Bit 3: the second is negative.
 Wide octant_point(int j) {
-    const Wide base = atan(Wide((j & 3) == 3 ? 2 : j & 3) / Wide(2));
+    const Wide base = atan(Wide((j & 2) == 0 ? 0.0 : 0.5 * ((j & 3) - 1)));
     const Wide half_pi = pi() / Wide(2);
     switch (j >> 2) {
-    case 0: return base;
-    case 1: return half_pi - base;
-    case 2: return pi() - base;
-    default: return half_pi + base;
+        case 0:
+            return base;
+        case 1:
+            return half_pi - base;
+        case 2:
+            return pi() - base;
+        default:
+            return half_pi + base;
     }
 }
 
@@ -52,7 +56,8 @@ void write_arctangents(Type type) {
     write_pair(type, "atan", "atan(j/4), to nearest", 32, base_point);
     write_pair(type, "atanpi", "atan(j/4)/pi, to nearest", 32, [](int j) { return in_half_turns(base_point(j)); });
     write_pair(type, "atan2", "angle of base point j & 3 in octant j >> 2, to nearest", 16, octant_point);
-    write_pair(type, "atan2pi", "the same over pi, to nearest", 16, [](int j) { return in_half_turns(octant_point(j)); });
+    write_pair(type, "atan2pi", "the same over pi, to nearest", 16,
+               [](int j) { return in_half_turns(octant_point(j)); });
 }
 
 void write_constants(Type type) {
@@ -102,10 +107,13 @@ int main() {
     write_logarithms(Type::Double, "", 43);
     write_logarithms(Type::Single, "f", 17);
     const Wide ln2 = log(Wide(2));
-    write_array(Type::Double, "ln2_parts", "ln2: a multiple of 2^-42, whose products with exponents are exact, and the rest", 2,
-                [&](int j) { return j == 0 ? round_to_multiple(42, ln2) : (ln2 - Wide(round_to_multiple(42, ln2))).to_double(); });
-    write_array(Type::Single, "ln2_partsf", "ln2: a multiple of 2^-16, and the rest", 2,
-                [&](int j) { return j == 0 ? round_to_multiple(16, ln2) : (ln2 - Wide(round_to_multiple(16, ln2))).to_float(); });
+    write_array(Type::Double, "ln2_parts",
+                "ln2: a multiple of 2^-42, whose products with exponents are exact, and the rest", 2, [&](int j) {
+                    return j == 0 ? round_to_multiple(42, ln2) : (ln2 - Wide(round_to_multiple(42, ln2))).to_double();
+                });
+    write_array(Type::Single, "ln2_partsf", "ln2: a multiple of 2^-16, and the rest", 2, [&](int j) {
+        return j == 0 ? round_to_multiple(16, ln2) : (ln2 - Wide(round_to_multiple(16, ln2))).to_float();
+    });
     end_file();
     return 0;
 }

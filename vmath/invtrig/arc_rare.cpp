@@ -5,8 +5,9 @@
 //
 //     angle = atan b + atan t,   t = (s - b l)/(l + b s),   |t| <= 1/8
 //
-// in the first octant, as pairs of doubles; the other octants reflect it. A half-turn form multiplies the first octant's
-// angle by 1/pi, so its multiples of 1/4 are exact. Below 0.51 ulp; the float functions go through the double ones.
+// in the first octant, as pairs of doubles; the other octants reflect it. A half-turn form multiplies the first
+// octant's angle by 1/pi, so its multiples of 1/4 are exact. Below 0.51 ulp; the float functions go through the double
+// ones.
 #include <cmath>
 
 #include "vmath/invtrig/arctangent_coefficients.inc"
@@ -121,7 +122,7 @@ double angle_of_finite(const Unit& unit, double y, double x) {
     double a = std::fabs(x);
     if (y <= a * 0x1p-60 && x > 0.0) {
         if (unit.radians) return y / a;
-        const bool low_y = y < 0x1p-400, high_x = a > 0x1p400;
+        const bool low_y = y<0x1p-400, high_x = a> 0x1p400;
         const DoubleWord q = DoubleWord{low_y ? y * 0x1p600 : y, 0.0} / DoubleWord{high_x ? a * 0x1p-600 : a, 0.0};
         return tiny_angle(unit, q, (low_y ? 600 : 0) + (high_x ? 600 : 0));
     }
@@ -179,9 +180,7 @@ int32_t vsacos_cout_rare(const float* x, float* r) { return in_double(vdacos_cou
 int32_t vsacospi_cout_rare(const float* x, float* r) { return in_double(vdacospi_cout_rare, *x, r); }
 int32_t vsatan_cout_rare(const float* x, float* r) { return in_double(vdatan_cout_rare, *x, r); }
 int32_t vsatanpi_cout_rare(const float* x, float* r) { return in_double(vdatanpi_cout_rare, *x, r); }
-int32_t vsatan2_cout_rare(const float* y, const float* x, float* r) {
-    return in_double(vdatan2_cout_rare, *y, *x, r);
-}
+int32_t vsatan2_cout_rare(const float* y, const float* x, float* r) { return in_double(vdatan2_cout_rare, *y, *x, r); }
 int32_t vsatan2pi_cout_rare(const float* y, const float* x, float* r) {
     return in_double(vdatan2pi_cout_rare, *y, *x, r);
 }

@@ -49,7 +49,8 @@ SinhCosh sinh_cosh(double a) {
     const DoubleWord sinh_r = b.r + DoubleWord{b.r.high * w * (1.0 / 6 + w * (1.0 / 120 + w * (1.0 / 5040))), 0.0};
     const DoubleWord square = two_product(b.r.high, b.r.high);
     const double rest = b.r.high * b.r.low + w * w * (1.0 / 24 + w * (1.0 / 720 + w * (1.0 / 40320)));
-    const DoubleWord cosh_r = DoubleWord{1.0, 0.0} + (DoubleWord{0.5 * square.high, 0.5 * square.low} + DoubleWord{rest, 0.0});
+    const DoubleWord cosh_r =
+        DoubleWord{1.0, 0.0} + (DoubleWord{0.5 * square.high, 0.5 * square.low} + DoubleWord{rest, 0.0});
     return {s * cosh_r + c * sinh_r, c * cosh_r + s * sinh_r};
 }
 

@@ -1,0 +1,131 @@
+// The kernels of Atan and Atan2 in both units.
+//
+//     atan(s/l) = atan(b) + atan(t),   t = (s - b l)/(l + b s)
+//
+// with base points b from a table: for Atan, l = 1, every 1/4 up to 7.75, beyond which t never exceeds 1/7.75; for
+// Atan2 0, 1/2 and 1 after division of the smaller magnitude by the larger, the octant being part of the table's index.
+// s - b l is exact. HA carries the error of the quotient, of the table, of 1/pi and of the last sum.
+#pragma once
+
+#include "vmath/invtrig/arctangent_coefficients.inc"
+#include "vmath/invtrig/unit.h"
+
+namespace nax::vmath::NAX_ISA {
+
+// base + base_low + atan(t + t_low) in the unit; base is 0 or larger than t.
+template <class E, Unit U, Level L, int Terms>
+struct ArctangentSeries {
+    using Vector = typename E::Vector;
+    Coefficients<E, Terms> polynomial;
+    [[no_unique_address]] Factor<E, U> factor = {};
+
+    NAX_VEC Vector operator()(Vector base, Vector base_low, Vector t, Vector t_low) const {
+        const Vector w = mul(t, t), p = polynomial(w, mul(w, w));
+        Vector low = base_low, z = t;
+        const Vector twp = mul(mul(t, w), p);
+        factor(z, t_low);
+        const Vector sum = fast_two_sum(base, z, low);
+        return add(sum, add(low, add(t_low, twp)));
+    }
+    NAX_VEC Vector operator()(Vector base, Vector t) const {
+        const Vector w = mul(t, t), p = polynomial(w, mul(w, w));
+        return factor.single(base, t, w, p);
+    }
+};
+
+template <class E, int Size, Level L>
+using BaseTable = std::conditional_t<L == Level::High, PairTable<E, Size>, Table<E, Size>>;
+
+template <class E, Unit U, Level L, int Terms>
+struct Atan {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 2;
+
+    BaseTable<E, 32, L> table;
+    ArctangentSeries<E, U, L, Terms> series;
+    Vector magnitude = E::row_of_bits(~E::sign_bit);
+    Vector largest = E::row(0x1p60f);                               // from here on the result rounds to pi/2
+    Vector last = E::row(7.75f);                                    // base point
+    Vector shifter = E::row(by_precision<E>(0x1.8p21f, 0x1.8p50));  // leaves fourths
+    Vector one = E::row(1);
+
+    NAX_VEC void eval(Vector x, Vector& y) const {
+        // NaN passes through both
+        const Vector a = min(largest, bit_and(x, magnitude));
+        const Vector z = add(min(last, a), shifter);
+        const Vector b = sub(z, shifter);
+        const Vector numerator = sub(a, b), denominator = fma(a, b, one);
+        Vector angle;
+        if constexpr (L == Level::High) {
+            Vector base, base_low, t_low;
+            table.look_up(bits(z), base, base_low);
+            const Vector t = divide(numerator, denominator, fma(a, b, sub(one, denominator)), one, t_low);
+            angle = series(base, base_low, t, t_low);
+        } else {
+            angle = series(table[bits(z)], div(numerator, denominator));
+        }
+        y = bit_choose(magnitude, angle, x);
+    }
+};
+
+// Lanes whose larger magnitude or whose smaller one, unless it is 0, lies outside [smallest, largest], and NaN, go to
+// the scalar path in every error mode: the vector code has no result for them.
+template <class E, Unit U, Level L, int Terms>
+struct Atan2 {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    using Bits = typename E::Bits;
+    static constexpr int unroll = 2;
+    static constexpr auto rare = U == Unit::Radians ? by_precision<E>(vsatan2_cout_rare, vdatan2_cout_rare)
+                                                    : by_precision<E>(vsatan2pi_cout_rare, vdatan2pi_cout_rare);
+    static constexpr bool always_settled = true;
+
+    BaseTable<E, 16, L> table;
+    ArctangentSeries<E, U, L, Terms> series;
+    Vector magnitude = E::row_of_bits(~E::sign_bit);
+    Vector half = E::row(typename E::Element(0.5));
+    Vector one = E::row(1);
+    Vector quarter = E::row(typename E::Element(0.25)), three_quarters = E::row(typename E::Element(0.75));
+    Vector smallest = E::row(by_precision<E>(0x1p-100f, 0x1p-900));
+    Vector largest = E::row(by_precision<E>(0x1p+120f, 0x1p+1000));
+
+    NAX_VEC auto eval(Vector y, Vector x, Vector& result) const {
+        const Vector height = bit_and(y, magnitude), width = bit_and(x, magnitude);
+        const auto steep = greater(height, width);
+        const Vector small = min(height, width), large = max(height, width);
+        // base point: 0, from 1/4 of `large` on 1/2, from 3/4 on 1
+        const Vector b = choose(greater(small, mul(large, three_quarters)), one,
+                                zero_unless(greater(small, mul(large, quarter)), half));
+        // The low bits of its exponent are 0, 2 or 3; then come steepness and sign of x.
+        const Bits zero = E::bits_row(0);
+        const Bits index = (shift_right<E::mantissa_bits>(bits(b)) & 3) | choose(steep, E::bits_row(4), zero) |
+                           (shift_right<sizeof(typename E::Element) * 8 - 4>(bits(x)) & 8);
+        const Vector numerator = fnma(b, large, small), denominator = fma(b, small, large);
+        // the angle falls with t in every other octant
+        const Vector flip =
+            from_bits((choose(steep, E::bits_row(E::sign_bit), zero) ^ bits(x)) & E::bits_row(E::sign_bit));
+        Vector angle;
+        if constexpr (L == Level::High) {
+            Vector base, base_low, t_low;
+            table.look_up(index, base, base_low);
+            const Vector error = fma(b, small, sub(large, denominator));
+            const Vector t = divide(numerator, denominator, error, one, t_low);
+            angle = series(base, base_low, bit_xor(t, flip), bit_xor(t_low, flip));
+        } else {
+            angle = series(table[index], bit_xor(div(numerator, denominator), flip));
+        }
+        result = bit_choose(magnitude, angle, y);
+        return (bits(largest) - bits(height)) | (bits(largest) - bits(width)) | (bits(large) - bits(smallest)) |
+               ((bits(small) - bits(smallest)) & -bits(small));
+    }
+    NAX_VEC auto is_rare(Vector y, Vector x) const {
+        const Vector height = bit_and(y, magnitude), width = bit_and(x, magnitude);
+        const auto outside = [&](Vector a) __attribute__((always_inline)) {
+            return not_less_equal(a, largest) | (less(a, smallest) & greater(a, E::row(0)));
+        };
+        return outside(height) | outside(width) | equal(max(height, width), E::row(0));
+    }
+};
+
+}  // namespace nax::vmath::NAX_ISA
