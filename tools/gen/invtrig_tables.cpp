@@ -76,8 +76,8 @@ void write_constants(Type type) {
     parts("inverse_pi_parts", Wide(1) / pi());
 }
 
-// A number next to 1 + j/16 times this, a multiple of 1/64, is 1 + r with |r| <= 17/512; both factors being short, r is
-// exact.
+// m in [1 + j/16, 1 + (j + 1)/16) times this, a multiple of 1/64, is 1 + r with -5/512 <= r < 1/16. m is never below 1, so
+// nothing cancels.
 double reciprocal(int j) { return round_to_multiple(6, Wide(16) / Wide(16 + j)); }
 
 void write_logarithms(Type type, const char* suffix, int grid) {

@@ -54,12 +54,15 @@ struct Asin {
     using Precision = E;
     using Vector = typename E::Vector;
     static constexpr int unroll = 2;
+    static constexpr bool tiny_is_rare = U == Unit::HalfTurns && L == Level::High;
+    static constexpr bool always_settled = tiny_is_rare;
     static constexpr auto rare = U == Unit::Radians ? by_precision<E>(vsasin_cout_rare, vdasin_cout_rare)
                                                     : by_precision<E>(vsasinpi_cout_rare, vdasinpi_cout_rare);
 
     ArcsineSeries<E, U, L, Terms> series;
     Vector quarter = U == Unit::Radians ? first_part<E>(half_pi_partsf, half_pi_parts) : series.half;
     Vector quarter_low = U == Unit::Radians ? second_part<E>(half_pi_partsf, half_pi_parts) : E::row(0);
+    [[no_unique_address]] RowIf<tiny_is_rare, TinyRange<E>> range = {};
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         const Vector a = bit_and(x, series.magnitude);
@@ -74,9 +77,19 @@ struct Asin {
         }
         // the result has the sign of x
         y = bit_choose(series.magnitude, choose(upper, upper_result, lower_result), x);
-        return beyond_one<E>(a);
+        if constexpr (tiny_is_rare)
+            return beyond_one<E>(a) | range.shortage(a);
+        else
+            return beyond_one<E>(a);
     }
-    NAX_VEC auto is_rare(Vector x) const { return greater(bit_and(x, series.magnitude), E::row(1)); }
+    NAX_VEC auto is_rare(Vector x) const {
+        const Vector a = bit_and(x, series.magnitude);
+        const auto beyond = greater(a, E::row(1));
+        if constexpr (tiny_is_rare)
+            return beyond | range.tiny(a);
+        else
+            return beyond;
+    }
 };
 
 template <class E, Unit U, Level L, int Terms>

@@ -69,6 +69,25 @@ struct Atan {
     }
 };
 
+// The same at HA in half-turns, with care for tiny arguments.
+template <class E, int Terms>
+struct AtanpiHigh {
+    using Precision = E;
+    using Vector = typename E::Vector;
+    static constexpr int unroll = 2;
+    static constexpr auto rare = by_precision<E>(vsatanpi_cout_rare, vdatanpi_cout_rare);
+    static constexpr bool always_settled = true;
+
+    Atan<E, Unit::HalfTurns, Level::High, Terms> atan;
+    TinyRange<E> range = {};
+
+    NAX_VEC auto eval(Vector x, Vector& y) const {
+        atan.eval(x, y);
+        return range.shortage(bit_and(x, atan.magnitude));
+    }
+    NAX_VEC auto is_rare(Vector x) const { return range.tiny(bit_and(x, atan.magnitude)); }
+};
+
 // Lanes whose larger magnitude or whose smaller one, unless it is 0, lies outside [smallest, largest], and NaN, go to
 // the scalar path in every error mode: the vector code has no result for them.
 template <class E, Unit U, Level L, int Terms>
@@ -89,6 +108,7 @@ struct Atan2 {
     Vector quarter = E::row(typename E::Element(0.25)), three_quarters = E::row(typename E::Element(0.75));
     Vector smallest = E::row(by_precision<E>(0x1p-100f, 0x1p-900));
     Vector largest = E::row(by_precision<E>(0x1p+120f, 0x1p+1000));
+    Bits span = E::bits_row(typename E::Integer{by_precision<E>(90, 900)} << E::mantissa_bits);
 
     NAX_VEC auto eval(Vector y, Vector x, Vector& result) const {
         const Vector height = bit_and(y, magnitude), width = bit_and(x, magnitude);
@@ -117,14 +137,15 @@ struct Atan2 {
         }
         result = bit_choose(magnitude, angle, y);
         return (bits(largest) - bits(height)) | (bits(largest) - bits(width)) | (bits(large) - bits(smallest)) |
-               ((bits(small) - bits(smallest)) & -bits(small));
+               (((bits(small) - bits(smallest)) | (bits(small) + span - bits(large))) & -bits(small));
     }
     NAX_VEC auto is_rare(Vector y, Vector x) const {
         const Vector height = bit_and(y, magnitude), width = bit_and(x, magnitude);
-        const auto outside = [&](Vector a) __attribute__((always_inline)) {
-            return not_less_equal(a, largest) | (less(a, smallest) & greater(a, E::row(0)));
-        };
-        return outside(height) | outside(width) | equal(max(height, width), E::row(0));
+        const Vector small = min(height, width), large = max(height, width);
+        // integers compare like the magnitudes they stand for, NaN beyond all
+        const auto beyond = greater(bits(height), bits(largest)) | greater(bits(width), bits(largest));
+        const auto far_below = less(bits(small), bits(smallest)) | less(bits(small) + span, bits(large));
+        return beyond | less(bits(large), bits(smallest)) | (far_below & greater(bits(small), E::bits_row(0)));
     }
 };
 

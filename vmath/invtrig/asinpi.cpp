@@ -8,7 +8,7 @@ alignas(64) constexpr Asin<Double, Unit::HalfTurns, Level::High, 13> double_ha =
 alignas(64) constexpr Asin<Double, Unit::HalfTurns, Level::Low, 12> double_la = {{asinpi_double_la}};
 alignas(64) constexpr Asin<Double, Unit::HalfTurns, Level::Low, 5> double_ep = {{asinpi_double_ep}};
 alignas(64) constexpr Asin<Single, Unit::HalfTurns, Level::High, 5> single_ha = {{asinpi_single_ha}};
-alignas(64) constexpr Asin<Single, Unit::HalfTurns, Level::Low, 4> single_la = {{asinpi_single_la}};
+alignas(64) constexpr Asin<Single, Unit::HalfTurns, Level::Low, 5> single_la = {{asinpi_single_ha}};
 alignas(64) constexpr Asin<Single, Unit::HalfTurns, Level::Low, 2> single_ep = {{asinpi_single_ep}};
 
 }  // namespace

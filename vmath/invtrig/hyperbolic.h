@@ -20,8 +20,8 @@ struct Hyperbola {
     typename E::Vector s, c, s_low, c_low, r, r_low;
 };
 
-// Which low parts a level needs.
-enum class Lows { None, OfS, All };
+// The low parts that a level needs: all of them HA, those of S and the rounding error of C LA, none EP.
+enum class Lows { None, Some, All };
 
 template <class E, Lows Kept>
 struct HyperbolicReduction {
@@ -56,10 +56,12 @@ struct HyperbolicReduction {
         down = scaled(down, down_index);
         h.s = sub(up, down);
         h.c = add(up, down);
-        if constexpr (Kept == Lows::OfS) h.s_low = fms(up, up_low, mul(down, down_low));
-        if constexpr (Kept == Lows::All) {
+        if constexpr (with_low) {
             h.s_low = fma(up, up_low, fnma(down, down_low, sub(sub(up, h.s), down)));
-            h.c_low = fma(up, up_low, fma(down, down_low, add(sub(up, h.c), down)));
+            h.c_low = add(sub(up, h.c), down);
+        }
+        if constexpr (Kept == Lows::All) {
+            h.c_low = fma(up, up_low, fma(down, down_low, h.c_low));
             h.r_low = fnma(n, ln2_low, sub(difference, h.r));
         }
         return h;
@@ -83,7 +85,7 @@ struct HyperbolicRange {
     NAX_VEC auto exceeded(Vector x) const { return greater(bit_and(x, magnitude), limit); }
 };
 
-template <class E, Level L, int SinhTerms, int CoshTerms>
+template <class E, Lows Kept, int SinhTerms, int CoshTerms>
 struct Sinh {
     using Precision = E;
     using Vector = typename E::Vector;
@@ -93,7 +95,7 @@ struct Sinh {
 
     Coefficients<E, SinhTerms> sinh_series;
     Coefficients<E, CoshTerms> cosh_series;
-    HyperbolicReduction<E, L == Level::High ? Lows::All : Lows::OfS> reduction;
+    HyperbolicReduction<E, Kept> reduction;
     HyperbolicRange<E> range = {};
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
@@ -103,7 +105,7 @@ struct Sinh {
         // cosh r - 1, and sinh r or its difference from r
         const Vector cosh_rest = mul(r2, cosh_series(r2, r4));
         const Vector r3 = mul(h.r, r2), p = sinh_series(r2, r4);
-        if constexpr (L == Level::High) {
+        if constexpr (Kept == Lows::All) {
             // S + C r with its errors, then the small terms
             const Vector product = mul(h.c, h.r);
             Vector low = fma(h.c_low, h.r, add(h.s_low, fms(h.c, h.r, product)));
@@ -111,7 +113,9 @@ struct Sinh {
             low = fma(h.s, cosh_rest, fma(h.c, fma(r3, p, h.r_low), low));
             y = add(sum, low);
         } else {
-            y = add(h.s, fma(h.c, fma(r3, p, h.r), fma(h.s, cosh_rest, h.s_low)));
+            Vector low = mul(h.s, cosh_rest);
+            if constexpr (Kept == Lows::Some) low = fma(h.s, cosh_rest, h.s_low);
+            y = add(h.s, fma(h.c, fma(r3, p, h.r), low));
         }
         y = bit_choose(range.magnitude, y, x);
         return range.excess(a);
@@ -119,7 +123,7 @@ struct Sinh {
     NAX_VEC auto is_rare(Vector x) const { return range.exceeded(x); }
 };
 
-template <class E, Level L, int SinhTerms, int CoshTerms>
+template <class E, Lows Kept, int SinhTerms, int CoshTerms>
 struct Cosh {
     using Precision = E;
     using Vector = typename E::Vector;
@@ -129,7 +133,7 @@ struct Cosh {
 
     Coefficients<E, SinhTerms> sinh_series;
     Coefficients<E, CoshTerms> cosh_series;
-    HyperbolicReduction<E, L == Level::High ? Lows::All : Lows::None> reduction;
+    HyperbolicReduction<E, Kept> reduction;
     HyperbolicRange<E> range = {};
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
@@ -140,21 +144,21 @@ struct Cosh {
         const Vector sinh_r = fma(mul(h.r, r2), sinh_series(r2, r4), h.r);
         // All behind C is so small against it that its own rounding hardly counts.
         Vector low = mul(h.s, sinh_r);
-        if constexpr (L == Level::High) low = fma(h.s, sinh_r, h.c_low);
+        if constexpr (Kept == Lows::All) low = fma(h.s, sinh_r, h.c_low);
         y = add(h.c, fma(h.c, cosh_rest, low));
         return range.excess(a);
     }
     NAX_VEC auto is_rare(Vector x) const { return range.exceeded(x); }
 };
 
-template <class E, Level L, int Terms>
+template <class E, Lows Kept, int Terms>
 struct Tanh {
     using Precision = E;
     using Vector = typename E::Vector;
     static constexpr int unroll = 2;
 
     Coefficients<E, Terms> series;
-    HyperbolicReduction<E, L == Level::High ? Lows::All : Lows::OfS> reduction;
+    HyperbolicReduction<E, Kept> reduction;
     Vector magnitude = E::row_of_bits(~E::sign_bit);
     Vector largest = E::row(by_precision<E>(10.0f, 22.0));  // from here on the result rounds to 1
     Vector one = E::row(1);
@@ -167,7 +171,7 @@ struct Tanh {
         const Vector tanh_r = fma(r3, p, h.r);
         const Vector denominator = fma(h.s, tanh_r, h.c);
         Vector quotient;
-        if constexpr (L == Level::High) {
+        if constexpr (Kept == Lows::All) {
             const Vector product = mul(h.c, h.r);
             Vector low = fma(h.c_low, h.r, add(h.s_low, fms(h.c, h.r, product)));
             const Vector numerator = fast_two_sum(h.s, product, low);
@@ -176,8 +180,10 @@ struct Tanh {
             Vector quotient_low;
             quotient = divide(numerator, denominator, denominator_low, one, quotient_low, low);
             quotient = add(quotient, quotient_low);
+        } else if constexpr (Kept == Lows::Some) {
+            quotient = div(add(h.s, fma(h.c, tanh_r, h.s_low)), add(h.c, fma(h.s, tanh_r, h.c_low)));
         } else {
-            quotient = div(add(h.s, fma(h.c, tanh_r, h.s_low)), denominator);
+            quotient = div(fma(h.c, tanh_r, h.s), denominator);
         }
         y = bit_choose(magnitude, quotient, x);
     }

@@ -16,9 +16,9 @@ namespace nax::vmath::NAX_ISA {
 template <class E, Level L>
 using LogarithmTable = std::conditional_t<L == Level::High, PairTable<E, 16>, Table<E, 16>>;
 
-// ln u for u = 1 + w:  u = 2^k m, m within 1/32 of 1 + j/16,  ln u = k ln2 - ln c + ln(1 + r),  r = m c - 1, c a short
-// reciprocal of 1 + j/16. The sum of the first two terms in high parts and m c - 1 are exact; what 1 + w drops is added
-// to r.
+// ln u for u = 1 + w:  u = 2^k m, m in [1 + j/16, 1 + (j + 1)/16),  ln u = k ln2 - ln c + ln(1 + r),  r = m c - 1, c a
+// short reciprocal of 1 + j/16. The sum of the first two terms in high parts is exact, and so is m c - 1, but for 2^-59
+// where that hardly shows; what 1 + w drops is added to r. As u >= 1, nothing cancels.
 template <class E, Level L, int Terms>
 struct Logarithm {
     using Vector = typename E::Vector;
@@ -32,7 +32,6 @@ struct Logarithm {
     Table<E, 16> reciprocals;
     LogarithmTable<E, L> logarithms;
     Vector one = E::row(1);
-    Bits half_step = E::bits_row(Integer{1} << (E::mantissa_bits - 5));
     Bits exponent_field = E::bits_row(E::exponent_field);
     Vector ln2 =
         high ? first_part<E>(ln2_partsf, ln2_parts) : E::row(by_precision<E>(0x1.62e43p-1f, 0x1.62e42fefa39efp-1));
@@ -67,11 +66,10 @@ private:
 
     // offset less bias and 2^mantissa bits is what k is lowered by
     NAX_VEC Vector of_sum(Vector u, Vector u_low, Vector offset) const {
-        const Bits rounded = bits(u) + half_step;
-        const Vector k = sub(from_bits(shift_right<E::mantissa_bits>(rounded) | bits(E::row(two_to_mantissa))), offset);
-        const Bits binade = (rounded & exponent_field) - E::bits_row(unit_bits);
+        const Vector k = sub(from_bits(shift_right<E::mantissa_bits>(bits(u)) | bits(E::row(two_to_mantissa))), offset);
+        const Bits binade = (bits(u) & exponent_field) - E::bits_row(unit_bits);
         const Vector m = from_bits(bits(u) - binade), down = from_bits(E::bits_row(unit_bits) - binade);
-        const Bits j = shift_right<E::mantissa_bits - 4>(rounded);
+        const Bits j = shift_right<E::mantissa_bits - 4>(bits(u));
         const Vector c = reciprocals[j];
         const Vector r_high = fms(m, c, one), r_low = mul(mul(u_low, down), c);
         const Vector r = add(r_high, r_low), r2 = mul(r, r);

@@ -4,12 +4,12 @@
 namespace nax::vmath::NAX_ISA {
 namespace {
 
-alignas(64) constexpr Tanh<Double, Level::High, 4> double_ha = {tanh_double_ha, {{exp2_16, exp2_16_relative_low}}};
-alignas(64) constexpr Tanh<Double, Level::Low, 3> double_la = {tanh_double_la, {{exp2_16, exp2_16_relative_low}}};
-alignas(64) constexpr Tanh<Double, Level::Low, 1> double_ep = {tanh_double_ep, {{exp2_16, exp2_16_relative_low}}};
-alignas(64) constexpr Tanh<Single, Level::High, 2> single_ha = {tanh_single_ha, {{exp2_16f, exp2_16f_relative_low}}};
-alignas(64) constexpr Tanh<Single, Level::Low, 1> single_la = {tanh_single_ep, {{exp2_16f, exp2_16f_relative_low}}};
-alignas(64) constexpr Tanh<Single, Level::Low, 1> single_ep = {tanh_single_ep, {{exp2_16f, exp2_16f_relative_low}}};
+alignas(64) constexpr Tanh<Double, Lows::All, 4> double_ha = {tanh_double_ha, {{exp2_16, exp2_16_relative_low}}};
+alignas(64) constexpr Tanh<Double, Lows::Some, 3> double_la = {tanh_double_la, {{exp2_16, exp2_16_relative_low}}};
+alignas(64) constexpr Tanh<Double, Lows::None, 1> double_ep = {tanh_double_ep, {exp2_16}};
+alignas(64) constexpr Tanh<Single, Lows::All, 2> single_ha = {tanh_single_ha, {{exp2_16f, exp2_16f_relative_low}}};
+alignas(64) constexpr Tanh<Single, Lows::Some, 1> single_la = {tanh_single_ep, {{exp2_16f, exp2_16f_relative_low}}};
+alignas(64) constexpr Tanh<Single, Lows::None, 1> single_ep = {tanh_single_ep, {exp2_16f}};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

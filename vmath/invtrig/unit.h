@@ -63,6 +63,16 @@ struct Factor {
     }
 };
 
+// Magnitudes below this, but 0: so near the denormals what HA carries on of a factor 1/pi would be lost.
+template <class E>
+struct TinyRange {
+    using Vector = typename E::Vector;
+    Vector smallest = E::row(by_precision<E>(0x1p-100f, 0x1p-960));
+    // Negative there.
+    NAX_VEC auto shortage(Vector a) const { return (bits(a) - bits(smallest)) & -bits(a); }
+    NAX_VEC auto tiny(Vector a) const { return less(a, smallest) & greater(a, E::row(0)); }
+};
+
 // e/x for positive x, at most 1/64 too small in magnitude: an integer difference of the bits is within 1/8 of 1/x, one
 // Newton step squares that. e is a rounding error whose first bits are enough. 0/0 is 0.
 template <class E>
