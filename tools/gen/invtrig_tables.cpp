@@ -53,8 +53,8 @@ Wide octant_point(int j) {
 Wide in_half_turns(const Wide& x) { return x / pi(); }
 
 void write_arctangents(Type type) {
-    write_pair(type, "atan", "atan(j/4), to nearest", 32, base_point);
-    write_pair(type, "atanpi", "atan(j/4)/pi, to nearest", 32, [](int j) { return in_half_turns(base_point(j)); });
+    write_pair(type, "atan", "atan(j/4), to nearest", 16, base_point);
+    write_pair(type, "atanpi", "atan(j/4)/pi, to nearest", 16, [](int j) { return in_half_turns(base_point(j)); });
     write_pair(type, "atan2", "angle of base point j & 3 in octant j >> 2, to nearest", 16, octant_point);
     write_pair(type, "atan2pi", "the same over pi, to nearest", 16,
                [](int j) { return in_half_turns(octant_point(j)); });
@@ -76,8 +76,8 @@ void write_constants(Type type) {
     parts("inverse_pi_parts", Wide(1) / pi());
 }
 
-// m in [1 + j/16, 1 + (j + 1)/16) times this, a multiple of 1/64, is 1 + r with -5/512 <= r < 1/16. m is never below 1, so
-// nothing cancels.
+// m in [1 + j/16, 1 + (j + 1)/16) times this, a multiple of 1/64, is 1 + r with -5/512 <= r < 1/16. m is never below 1,
+// so nothing cancels.
 double reciprocal(int j) { return round_to_multiple(6, Wide(16) / Wide(16 + j)); }
 
 void write_logarithms(Type type, const char* suffix, int grid) {

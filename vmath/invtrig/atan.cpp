@@ -4,14 +4,14 @@
 namespace nax::vmath::NAX_ISA {
 namespace {
 
-alignas(64) constexpr Atan<Double, Unit::Radians, Level::High, 6> double_ha = {{atan_32_high, atan_32_low},
+alignas(64) constexpr Atan<Double, Unit::Radians, Level::High, 8> double_ha = {{atan_16_high, atan_16_low},
                                                                                {atan_double_ha}};
-alignas(64) constexpr Atan<Double, Unit::Radians, Level::Low, 6> double_la = {atan_32_high, {atan_double_ha}};
-alignas(64) constexpr Atan<Double, Unit::Radians, Level::Low, 3> double_ep = {atan_32_high, {atan_double_ep}};
-alignas(64) constexpr Atan<Single, Unit::Radians, Level::High, 3> single_ha = {{atan_32f_high, atan_32f_low},
+alignas(64) constexpr Atan<Double, Unit::Radians, Level::Low, 8> double_la = {atan_16_high, {atan_double_ha}};
+alignas(64) constexpr Atan<Double, Unit::Radians, Level::Low, 4> double_ep = {atan_16_high, {atan_double_ep}};
+alignas(64) constexpr Atan<Single, Unit::Radians, Level::High, 4> single_ha = {{atan_16f_high, atan_16f_low},
                                                                                {atan_single_ha}};
-alignas(64) constexpr Atan<Single, Unit::Radians, Level::Low, 2> single_la = {atan_32f_high, {atan_single_la}};
-alignas(64) constexpr Atan<Single, Unit::Radians, Level::Low, 1> single_ep = {atan_32f_high, {atan_single_ep}};
+alignas(64) constexpr Atan<Single, Unit::Radians, Level::Low, 3> single_la = {atan_16f_high, {atan_single_la}};
+alignas(64) constexpr Atan<Single, Unit::Radians, Level::Low, 2> single_ep = {atan_16f_high, {atan_single_ep}};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

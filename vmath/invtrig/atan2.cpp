@@ -5,13 +5,13 @@ namespace nax::vmath::NAX_ISA {
 namespace {
 
 alignas(64) constexpr Atan2<Double, Unit::Radians, Level::High, 8> double_ha = {{atan2_16_high, atan2_16_low},
-                                                                                {atan2_double_ha}};
-alignas(64) constexpr Atan2<Double, Unit::Radians, Level::Low, 8> double_la = {atan2_16_high, {atan2_double_ha}};
-alignas(64) constexpr Atan2<Double, Unit::Radians, Level::Low, 4> double_ep = {atan2_16_high, {atan2_double_ep}};
+                                                                                {atan_double_ha}};
+alignas(64) constexpr Atan2<Double, Unit::Radians, Level::Low, 8> double_la = {atan2_16_high, {atan_double_ha}};
+alignas(64) constexpr Atan2Direct<Double, Unit::Radians, 10> double_ep = {atan2_16_high, {atan_direct_double_ep}};
 alignas(64) constexpr Atan2<Single, Unit::Radians, Level::High, 4> single_ha = {{atan2_16f_high, atan2_16f_low},
-                                                                                {atan2_single_ha}};
-alignas(64) constexpr Atan2<Single, Unit::Radians, Level::Low, 3> single_la = {atan2_16f_high, {atan2_single_la}};
-alignas(64) constexpr Atan2<Single, Unit::Radians, Level::Low, 1> single_ep = {atan2_16f_high, {atan2_single_ep}};
+                                                                                {atan_single_ha}};
+alignas(64) constexpr Atan2Direct<Single, Unit::Radians, 8> single_la = {atan2_16f_high, {atan_direct_single_la}};
+alignas(64) constexpr Atan2Direct<Single, Unit::Radians, 4> single_ep = {atan2_16f_high, {atan_direct_single_ep}};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

@@ -5,13 +5,13 @@ namespace nax::vmath::NAX_ISA {
 namespace {
 
 alignas(64) constexpr Atan2<Double, Unit::HalfTurns, Level::High, 8> double_ha = {{atan2pi_16_high, atan2pi_16_low},
-                                                                                  {atan2pi_double_ha}};
-alignas(64) constexpr Atan2<Double, Unit::HalfTurns, Level::Low, 8> double_la = {atan2pi_16_high, {atan2pi_double_ha}};
-alignas(64) constexpr Atan2<Double, Unit::HalfTurns, Level::Low, 4> double_ep = {atan2pi_16_high, {atan2pi_double_ep}};
+                                                                                  {atanpi_double_ha}};
+alignas(64) constexpr Atan2<Double, Unit::HalfTurns, Level::Low, 8> double_la = {atan2pi_16_high, {atanpi_double_ha}};
+alignas(64) constexpr Atan2Direct<Double, Unit::HalfTurns, 10> double_ep = {atan2pi_16_high, {atanpi_direct_double_ep}};
 alignas(64) constexpr Atan2<Single, Unit::HalfTurns, Level::High, 4> single_ha = {{atan2pi_16f_high, atan2pi_16f_low},
-                                                                                  {atan2pi_single_ha}};
-alignas(64) constexpr Atan2<Single, Unit::HalfTurns, Level::Low, 3> single_la = {atan2pi_16f_high, {atan2pi_single_la}};
-alignas(64) constexpr Atan2<Single, Unit::HalfTurns, Level::Low, 1> single_ep = {atan2pi_16f_high, {atan2pi_single_ep}};
+                                                                                  {atanpi_single_ha}};
+alignas(64) constexpr Atan2Direct<Single, Unit::HalfTurns, 8> single_la = {atan2pi_16f_high, {atanpi_direct_single_la}};
+alignas(64) constexpr Atan2Direct<Single, Unit::HalfTurns, 4> single_ep = {atan2pi_16f_high, {atanpi_direct_single_ep}};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

@@ -4,12 +4,12 @@
 namespace nax::vmath::NAX_ISA {
 namespace {
 
-alignas(64) constexpr AtanpiHigh<Double, 6> double_ha = {{{atanpi_32_high, atanpi_32_low}, {atanpi_double_ha}}};
-alignas(64) constexpr Atan<Double, Unit::HalfTurns, Level::Low, 6> double_la = {atanpi_32_high, {atanpi_double_ha}};
-alignas(64) constexpr Atan<Double, Unit::HalfTurns, Level::Low, 3> double_ep = {atanpi_32_high, {atanpi_double_ep}};
-alignas(64) constexpr AtanpiHigh<Single, 3> single_ha = {{{atanpi_32f_high, atanpi_32f_low}, {atanpi_single_ha}}};
-alignas(64) constexpr Atan<Single, Unit::HalfTurns, Level::Low, 2> single_la = {atanpi_32f_high, {atanpi_single_la}};
-alignas(64) constexpr Atan<Single, Unit::HalfTurns, Level::Low, 1> single_ep = {atanpi_32f_high, {atanpi_single_ep}};
+alignas(64) constexpr AtanpiHigh<Double, 8> double_ha = {{{atanpi_16_high, atanpi_16_low}, {atanpi_double_ha}}};
+alignas(64) constexpr Atan<Double, Unit::HalfTurns, Level::Low, 8> double_la = {atanpi_16_high, {atanpi_double_ha}};
+alignas(64) constexpr Atan<Double, Unit::HalfTurns, Level::Low, 4> double_ep = {atanpi_16_high, {atanpi_double_ep}};
+alignas(64) constexpr AtanpiHigh<Single, 4> single_ha = {{{atanpi_16f_high, atanpi_16f_low}, {atanpi_single_ha}}};
+alignas(64) constexpr Atan<Single, Unit::HalfTurns, Level::Low, 3> single_la = {atanpi_16f_high, {atanpi_single_la}};
+alignas(64) constexpr Atan<Single, Unit::HalfTurns, Level::Low, 2> single_ep = {atanpi_16f_high, {atanpi_single_ep}};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

@@ -96,15 +96,13 @@ template <class E, Level L, int Terms>
 struct Asinh {
     using Precision = E;
     using Vector = typename E::Vector;
-    static constexpr int unroll = 2;
+    static constexpr int unroll = 1;
     static constexpr auto rare = by_precision<E>(vsasinh_cout_rare, vdasinh_cout_rare);
     static constexpr bool always_settled = true;
 
     Logarithm<E, L, Terms> logarithm;
     Vector magnitude = E::row_of_bits(~E::sign_bit);
     Vector limit = below_last_binade<E>, large = large_argument<E>;
-    [[no_unique_address]] RowIf<L == Level::High, RoughQuotient<E>> rough_quotient = {};
-    [[no_unique_address]] RowIf<L == Level::High, Vector> half = E::row(typename E::Element(0.5));
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         const Vector a = bit_and(x, magnitude), one = logarithm.one;
@@ -112,13 +110,10 @@ struct Asinh {
         const auto is_large = greater_equal(bits(a), bits(large));
         Vector result;
         if constexpr (L == Level::High) {
-            // the root's error, and that of the denominator
-            const Vector square_low = fms(a, a, square);
-            const Vector sum_low = add(sub(square, sub(sum, one)), square_low);
-            const Vector root_low = rough_quotient(mul(half, add(fnma(root, root, sum), sum_low)), root);
-            const Vector denominator_low = add(sub(root, sub(denominator, one)), root_low);
+            // the root's own error adds at most 1/6 ulp
+            const Vector denominator_low = sub(root, sub(denominator, one));
             Vector w_low;
-            const Vector q = divide(square, denominator, denominator_low, one, w_low, square_low);
+            const Vector q = divide(square, denominator, denominator_low, one, w_low, fms(a, a, square));
             const Vector w = fast_two_sum(a, q, w_low);
             result = logarithm.or_of_double(is_large, a, w, w_low);
         } else {
@@ -134,7 +129,7 @@ template <class E, Level L, int Terms>
 struct Acosh {
     using Precision = E;
     using Vector = typename E::Vector;
-    static constexpr int unroll = 2;
+    static constexpr int unroll = 1;
     static constexpr auto rare = by_precision<E>(vsacosh_cout_rare, vdacosh_cout_rare);
     static constexpr bool always_settled = true;
 
@@ -165,7 +160,7 @@ template <class E, Level L, int Terms>
 struct Atanh {
     using Precision = E;
     using Vector = typename E::Vector;
-    static constexpr int unroll = 2;
+    static constexpr int unroll = 1;
     static constexpr auto rare = by_precision<E>(vsatanh_cout_rare, vdatanh_cout_rare);
     static constexpr bool always_settled = true;
 
