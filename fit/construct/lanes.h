@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "simd/quads.h"
+
 namespace nax::fit {
 
 #ifdef __AVX512F__
@@ -61,13 +63,7 @@ inline float splat<float, float>(float value) {
     return value;
 }
 
-// Four systems side by side.
-template <class T>
-struct QuadOf {
-    typedef T type __attribute__((vector_size(4 * sizeof(T))));
-};
-template <class T>
-using Quad = typename QuadOf<T>::type;
+using simd::Quad;  // four systems side by side
 
 // a b + c with one rounding.
 inline double fma(double a, double b, double c) { return __builtin_fma(a, b, c); }

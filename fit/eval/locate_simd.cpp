@@ -17,6 +17,17 @@ template <class P, class T, class Cell>
     P::store(block.local + i, P::sub(P::load(block.site + i), left));
 }
 
+// The same for a vector of ascending sites in one cell.
+template <class P, class T>
+[[gnu::always_inline]] inline void locate_run(EvalBlock<T>& block, int64_t cell, int64_t i) {
+    const Task& task = *block.task;
+    const T* const x = partition<T>(task);
+    const int64_t p = polynomial_index(cell < 0 ? 0 : cell, task.nx);
+    const T left = has_uniform_grid(task) ? Lane<T>::fma(static_cast<T>(p), block.step, x[0]) : x[p];
+    P::store_cells(block.index + i, P::iset(p));
+    P::store(block.local + i, P::sub(P::load(block.site + i), P::set(left)));
+}
+
 // Whether all cells are equal.
 template <class T, class Cell>
 bool same_cell(const Cell* cell, int64_t n) {
@@ -62,7 +73,14 @@ void locate_all(EvalBlock<T>& block, const Cell* cell) {
     block.one_cell = block.try_one_cell && task_fits && same_cell<T>(cell, block.n);
     if (block.one_cell) return locate_one_cell(block, cell);
     int64_t i = 0;
-    if (task_fits)
+    if (task_fits && block.try_one_cell)
+        for (; i + P::kLanes <= block.n; i += P::kLanes) {
+            if (cell[i] == cell[i + P::kLanes - 1])
+                locate_run<P>(block, cell[i], i);
+            else
+                locate_at<P>(block, cell, i);
+        }
+    else if (task_fits)
         for (; i + P::kLanes <= block.n; i += P::kLanes) locate_at<P>(block, cell, i);
     for (; i < block.n; ++i) locate_at<Lane<T>>(block, cell, i);
 }

@@ -5,18 +5,45 @@
 
 namespace nax::fit {
 
+namespace {
+
+// knot(p) is the knot between pieces p and p + 1, point(p) the point of piece p.
+template <class T, class Cell, class Knot, class Point>
+[[gnu::always_inline]] inline void locate_pieces(EvalBlock<T>& block, const Cell* cell, const Knot& knot,
+                                                 const Point& point) {
+    const T* const site = block.site;
+    const int64_t nx = block.task->nx, n = block.n;
+    for (int64_t i = 0; i < n; ++i) {
+        int64_t p = polynomial_index(cell[i], nx);
+        p += knot(p) <= site[i] ? 1 : 0;
+        block.index[i] = p;
+        block.local[i] = site[i] - point(p);
+    }
+}
+
+// The two usual kinds of knots on a general partition, and all others by the way that construction takes.
+template <class T, class Cell>
+void locate_on_subgrid(EvalBlock<T>& block, const Cell* cell) {
+    const Subgrid<T> knots = subgrid_of<T>(*block.task);
+    const T *const x = knots.x, *const ic = knots.ic;
+    const auto point = [x](int64_t p) { return x[p]; };
+    if (!knots.uniform_partition && ic == nullptr)
+        return locate_pieces(block, cell, [x](int64_t p) { return (x[p] + x[p + 1]) / 2; }, point);
+    if (!knots.uniform_partition && !knots.uniform_knots)
+        return locate_pieces(block, cell, [ic](int64_t p) { return ic[p + 1]; }, point);
+    locate_pieces(block, cell, [&](int64_t p) { return knots[p + 1]; }, [&](int64_t p) { return knots.point(p); });
+}
+
+}  // namespace
+
 template <class T>
 void locate_subbotin(EvalBlock<T>& block, bool wide_cells) {
     if (block.located) return;
     block.located = true;
-    const Subgrid<T> knots = subgrid_of<T>(*block.task);
-    for (int64_t i = 0; i < block.n; ++i) {
-        const T site = block.site[i];
-        int64_t p = polynomial_index(cell_at(block, wide_cells, i), knots.nx);
-        if (knots[p + 1] <= site) ++p;
-        block.index[i] = p;
-        block.local[i] = site - knots.point(p);
-    }
+    if (wide_cells)
+        locate_on_subgrid(block, static_cast<const int64_t*>(block.cell));
+    else
+        locate_on_subgrid(block, static_cast<const int32_t*>(block.cell));
 }
 
 template void locate_subbotin(EvalBlock<double>&, bool);

@@ -47,6 +47,20 @@ struct OwnRows {
         return scratch;
     }
 };
+// The rows of ascending sites: one for a vector whose first and last site share a cell.
+template <class P, int kOrder>
+struct AscendingRows {
+    const typename P::Element* coeff;
+    const int64_t* index;
+    [[gnu::always_inline]] const typename P::F* get(int64_t i, typename P::F* scratch) const {
+        const int64_t p = index[i];
+        if (p == index[i + P::kLanes - 1])
+            for (int m = 0; m < kOrder; ++m) scratch[m] = P::set(coeff[p * kOrder + m]);
+        else
+            Rows<P, kOrder>::load(coeff, index + i, scratch);
+        return scratch;
+    }
+};
 template <class P, int kOrder>
 struct SharedRow {
     typename P::F row[kOrder];
@@ -92,6 +106,8 @@ static inline int32_t evaluate_polynomials(EvalBlock<T>& block, int64_t function
     int64_t i = 0;
     if (packed && block.one_cell)
         i = evaluate_from<P, kOrder>(i, block.n, SharedRow<P, kOrder>(coeff, block.index), block.local, planes);
+    else if (packed && block.try_one_cell)
+        i = evaluate_from<P, kOrder>(i, block.n, AscendingRows<P, kOrder>{coeff, block.index}, block.local, planes);
     else if (packed)
         i = evaluate_from<P, kOrder>(i, block.n, OwnRows<P, kOrder>{coeff, block.index}, block.local, planes);
     evaluate_from<Lane<T>, kOrder>(i, block.n, OwnRows<Lane<T>, kOrder>{coeff, block.index}, block.local, planes);

@@ -6,13 +6,14 @@ namespace {
 
 template <class T, bool kWideCells>
 int32_t evaluate(EvalBlock<T>& block, int64_t function) {
-    const int64_t nx = block.task->nx;
-    if (!block.located)
-        for (int64_t i = 0; i < block.n; ++i) {
-            const int64_t p = polynomial_index(cell_at(block, kWideCells, i), nx);
-            block.index[i] = block.site[i] == breakpoint(block, p) ? p : p + 1;
-        }
-    block.located = true;
+    const T* const x = partition<T>(*block.task);
+    const T step = block.step;
+    if (has_uniform_grid(*block.task))
+        choose_points(block, kWideCells, [=](T site, int64_t p) {
+            return site == fused(static_cast<T>(p), step, x[0]) ? p : p + 1;
+        });
+    else
+        choose_points(block, kWideCells, [=](T site, int64_t p) { return site == x[p] ? p : p + 1; });
     gather_values(block, function);
     return DfStatusOk;
 }

@@ -9,10 +9,7 @@ template <class T, bool kWideCells>
 int32_t evaluate(EvalBlock<T>& block, int64_t function) {
     const int64_t nx = block.task->nx;
     const T right = right_end<T>(*block.task);
-    if (!block.located)
-        for (int64_t i = 0; i < block.n; ++i)
-            block.index[i] = block.site[i] == right ? nx - 1 : polynomial_index(cell_at(block, kWideCells, i), nx);
-    block.located = true;
+    choose_points(block, kWideCells, [=](T site, int64_t p) { return site == right ? nx - 1 : p; });
     gather_values(block, function);
     return DfStatusOk;
 }

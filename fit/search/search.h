@@ -117,6 +117,12 @@ BlockSearch<T> plan_block_search(const Task& task, int32_t algorithm, const T* d
 // Equally spaced sites given by their ends a and b: element i is a + i * step.
 constexpr int64_t kUniformSites = 4;
 constexpr int64_t kSortedSites = 64;
+// The search of equally spaced sites: ascending ones on a general partition are walked, which finds the same cells.
+template <class T>
+int32_t search_of_uniform_sites(int32_t algorithm, const T* ends) {
+    const bool ascending = ends[0] <= ends[1] && __builtin_isfinite(ends[1] - ends[0]);
+    return algorithm == kSearchHybrid && ascending ? static_cast<int32_t>(kSearchSorted) : algorithm;
+}
 template <class T>
 constexpr T site_step(const T* ends, int64_t nsite) {
     return nsite <= 1 ? T(0) : (ends[1] - ends[0]) / static_cast<T>(nsite - 1);

@@ -110,8 +110,10 @@ int32_t search_range(const SearchRequest<T>& request, const T* site, int64_t fir
     const BlockSearch<T>& search = request.search;
     const int64_t cell_size = (request.flags & kCells64) != 0 ? 8 : 4;
     void* const cell = static_cast<char*>(request.cell) + first * cell_size;
+    const int32_t algorithm =
+        request.uniform_sites ? search_of_uniform_sites(search.algorithm, request.site) : search.algorithm;
     int64_t position = 0;
-    return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, count, site + first, &position,
+    return SearchTables<T>::_Search1DDispatch[algorithm](search.nx, search.x, count, site + first, &position,
                                                                 search.callback, search.parameters, search.bin_table,
                                                                 cell, request.flags, search.scale);
 }

@@ -24,15 +24,28 @@ struct Rows<Lane<T>, kOrder> {
     }
 };
 
+// The first kOrder elements from p on, three or four, and nothing behind them.
+template <int kOrder>
+[[gnu::always_inline]] inline __m256d row_of_four(const double* p) {
+    if constexpr (kOrder == 4) return _mm256_loadu_pd(p);
+    return _mm256_maskload_pd(p, _mm256_set_epi64x(0, -1, -1, -1));
+}
+template <int kOrder>
+[[gnu::always_inline]] inline __m128 row_of_four(const float* p) {
+    if constexpr (kOrder == 4) return _mm_loadu_ps(p);
+    return _mm_maskload_ps(p, _mm_set_epi32(0, -1, -1, -1));
+}
+
 #if defined(__AVX512F__)
 
 // Rows are placed in the halves and quarters of a register so that one unpack and one permutation by quarters leave the
 // cells in order.
-template <>
-struct Rows<Pack<double>, 4> {
+template <int kOrder>
+    requires(kOrder == 3 || kOrder == 4)
+struct Rows<Pack<double>, kOrder> {
     [[gnu::always_inline]] static __m512d pair(const double* base, int64_t low, int64_t high) {
-        return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_loadu_pd(base + 4 * low)),
-                                  _mm256_loadu_pd(base + 4 * high), 1);
+        return _mm512_insertf64x4(_mm512_castpd256_pd512(row_of_four<kOrder>(base + kOrder * low)),
+                                  row_of_four<kOrder>(base + kOrder * high), 1);
     }
     [[gnu::always_inline]] static void load(const double* base, const int64_t* p, __m512d* c) {
         const __m512d a0 = pair(base, p[0], p[2]), a1 = pair(base, p[1], p[3]);
@@ -42,7 +55,7 @@ struct Rows<Pack<double>, 4> {
         c[0] = _mm512_shuffle_f64x2(a_even, b_even, _MM_SHUFFLE(2, 0, 2, 0));
         c[1] = _mm512_shuffle_f64x2(a_odd, b_odd, _MM_SHUFFLE(2, 0, 2, 0));
         c[2] = _mm512_shuffle_f64x2(a_even, b_even, _MM_SHUFFLE(3, 1, 3, 1));
-        c[3] = _mm512_shuffle_f64x2(a_odd, b_odd, _MM_SHUFFLE(3, 1, 3, 1));
+        if constexpr (kOrder == 4) c[3] = _mm512_shuffle_f64x2(a_odd, b_odd, _MM_SHUFFLE(3, 1, 3, 1));
     }
 };
 
@@ -62,14 +75,14 @@ struct Rows<Pack<double>, 2> {
     }
 };
 
-template <>
-struct Rows<Pack<float>, 4> {
+template <int kOrder>
+    requires(kOrder == 3 || kOrder == 4)
+struct Rows<Pack<float>, kOrder> {
     // Rows k, k + 4, k + 8, k + 12 in the quarters.
     [[gnu::always_inline]] static __m512 four(const float* base, const int64_t* p) {
-        const __m256 low = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[0])),
-                                                _mm_loadu_ps(base + 4 * p[4]), 1);
-        const __m256 high = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * p[8])),
-                                                 _mm_loadu_ps(base + 4 * p[12]), 1);
+        const auto row = [base](int64_t i) { return row_of_four<kOrder>(base + kOrder * i); };
+        const __m256 low = _mm256_insertf128_ps(_mm256_castps128_ps256(row(p[0])), row(p[4]), 1);
+        const __m256 high = _mm256_insertf128_ps(_mm256_castps128_ps256(row(p[8])), row(p[12]), 1);
         return _mm512_insertf32x8(_mm512_castps256_ps512(low), high, 1);
     }
     [[gnu::always_inline]] static void load(const float* base, const int64_t* p, __m512* c) {
@@ -79,23 +92,24 @@ struct Rows<Pack<float>, 4> {
         c[0] = _mm512_shuffle_ps(low01, low23, _MM_SHUFFLE(1, 0, 1, 0));
         c[1] = _mm512_shuffle_ps(low01, low23, _MM_SHUFFLE(3, 2, 3, 2));
         c[2] = _mm512_shuffle_ps(high01, high23, _MM_SHUFFLE(1, 0, 1, 0));
-        c[3] = _mm512_shuffle_ps(high01, high23, _MM_SHUFFLE(3, 2, 3, 2));
+        if constexpr (kOrder == 4) c[3] = _mm512_shuffle_ps(high01, high23, _MM_SHUFFLE(3, 2, 3, 2));
     }
 };
 
 #else
 
-template <>
-struct Rows<Pack<double>, 4> {
+template <int kOrder>
+    requires(kOrder == 3 || kOrder == 4)
+struct Rows<Pack<double>, kOrder> {
     [[gnu::always_inline]] static void load(const double* base, const int64_t* p, __m256d* c) {
-        const __m256d r0 = _mm256_loadu_pd(base + 4 * p[0]), r1 = _mm256_loadu_pd(base + 4 * p[1]);
-        const __m256d r2 = _mm256_loadu_pd(base + 4 * p[2]), r3 = _mm256_loadu_pd(base + 4 * p[3]);
+        const auto row = [base](int64_t i) { return row_of_four<kOrder>(base + kOrder * i); };
+        const __m256d r0 = row(p[0]), r1 = row(p[1]), r2 = row(p[2]), r3 = row(p[3]);
         const __m256d even01 = _mm256_unpacklo_pd(r0, r1), odd01 = _mm256_unpackhi_pd(r0, r1);
         const __m256d even23 = _mm256_unpacklo_pd(r2, r3), odd23 = _mm256_unpackhi_pd(r2, r3);
         c[0] = _mm256_permute2f128_pd(even01, even23, 0x20);
         c[1] = _mm256_permute2f128_pd(odd01, odd23, 0x20);
         c[2] = _mm256_permute2f128_pd(even01, even23, 0x31);
-        c[3] = _mm256_permute2f128_pd(odd01, odd23, 0x31);
+        if constexpr (kOrder == 4) c[3] = _mm256_permute2f128_pd(odd01, odd23, 0x31);
     }
 };
 
@@ -111,11 +125,12 @@ struct Rows<Pack<double>, 2> {
     }
 };
 
-template <>
-struct Rows<Pack<float>, 4> {
+template <int kOrder>
+    requires(kOrder == 3 || kOrder == 4)
+struct Rows<Pack<float>, kOrder> {
     [[gnu::always_inline]] static __m256 two(const float* base, int64_t low, int64_t high) {
-        return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + 4 * low)), _mm_loadu_ps(base + 4 * high),
-                                    1);
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(row_of_four<kOrder>(base + kOrder * low)),
+                                    row_of_four<kOrder>(base + kOrder * high), 1);
     }
     [[gnu::always_inline]] static void load(const float* base, const int64_t* p, __m256* c) {
         const __m256 r0 = two(base, p[0], p[4]), r1 = two(base, p[1], p[5]);
@@ -125,7 +140,7 @@ struct Rows<Pack<float>, 4> {
         c[0] = _mm256_shuffle_ps(low01, low23, _MM_SHUFFLE(1, 0, 1, 0));
         c[1] = _mm256_shuffle_ps(low01, low23, _MM_SHUFFLE(3, 2, 3, 2));
         c[2] = _mm256_shuffle_ps(high01, high23, _MM_SHUFFLE(1, 0, 1, 0));
-        c[3] = _mm256_shuffle_ps(high01, high23, _MM_SHUFFLE(3, 2, 3, 2));
+        if constexpr (kOrder == 4) c[3] = _mm256_shuffle_ps(high01, high23, _MM_SHUFFLE(3, 2, 3, 2));
     }
 };
 
