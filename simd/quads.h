@@ -31,10 +31,16 @@ template <class V>
 // to[j * to_pitch + i] = from[i * from_pitch + j] for i, j < 4.
 template <class T>
 [[gnu::always_inline]] inline void transpose_tile(const T* from, int64_t from_pitch, T* to, int64_t to_pitch) {
-    Quad<T> row[4];
-    for (int i = 0; i < 4; ++i) std::memcpy(&row[i], from + i * from_pitch, sizeof row[i]);
-    transpose(row[0], row[1], row[2], row[3]);
-    for (int i = 0; i < 4; ++i) std::memcpy(to + i * to_pitch, &row[i], sizeof row[i]);
+    Quad<T> a, b, c, d;
+    std::memcpy(&a, from, sizeof a);
+    std::memcpy(&b, from + from_pitch, sizeof b);
+    std::memcpy(&c, from + 2 * from_pitch, sizeof c);
+    std::memcpy(&d, from + 3 * from_pitch, sizeof d);
+    transpose(a, b, c, d);
+    std::memcpy(to, &a, sizeof a);
+    std::memcpy(to + to_pitch, &b, sizeof b);
+    std::memcpy(to + 2 * to_pitch, &c, sizeof c);
+    std::memcpy(to + 3 * to_pitch, &d, sizeof d);
 }
 
 }  // namespace NAX_ISA

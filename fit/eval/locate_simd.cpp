@@ -28,24 +28,6 @@ template <class P, class T>
     P::store(block.local + i, P::sub(P::load(block.site + i), P::set(left)));
 }
 
-// Whether all cells are equal.
-template <class T, class Cell>
-bool same_cell(const Cell* cell, int64_t n) {
-    using P = Pack<T>;
-    if (cell[0] != cell[n - 1]) return false;
-    const auto first = P::iset(cell[0]);
-    auto different = P::ilt(first, first);
-    int64_t i = 0;
-    for (; i + P::kLanes <= n; i += P::kLanes) {
-        const auto c = P::load_cells(cell + i);
-        different = P::either(different, P::either(P::ilt(first, c), P::ilt(c, first)));
-    }
-    if (P::any(different)) return false;
-    for (; i < n; ++i)
-        if (cell[i] != cell[0]) return false;
-    return true;
-}
-
 // Local coordinates of sites that share one cell. Every index is set, for the evaluators that read one for each site.
 template <class T, class Cell>
 void locate_one_cell(EvalBlock<T>& block, const Cell* cell) {
@@ -70,7 +52,8 @@ template <class T, class Cell>
 void locate_all(EvalBlock<T>& block, const Cell* cell) {
     using P = Pack<T>;
     const bool task_fits = block.task->nx < INT32_MAX;
-    block.one_cell = block.try_one_cell && task_fits && same_cell<T>(cell, block.n);
+    // A walk never steps back: what its first and last site share, all do.
+    block.one_cell = block.try_one_cell && task_fits && cell[0] == cell[block.n - 1];
     if (block.one_cell) return locate_one_cell(block, cell);
     int64_t i = 0;
     if (task_fits && block.try_one_cell)

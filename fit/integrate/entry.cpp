@@ -1,4 +1,5 @@
 // The entries of integration: checks and the plan of a call.
+#include "fit/integrate/block.h"
 #include "fit/integrate/integral.h"
 #include "nax/fitting_integration.h"
 
@@ -75,11 +76,16 @@ int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, con
     call.evaluator = evaluator;
     call.nlim = nlim;
     call.ny = task->ny;
-    call.left = plan_side(*task, left, nlim, left_search, search, search_parameters);
-    call.right = plan_side(*task, right, nlim, right_search, search, search_parameters);
     call.r = r;
     call.limit_stride = by_function ? 1 : task->ny;
     call.function_stride = by_function ? nlim : 1;
+    const bool listed = left.hint != kUniformSites && right.hint != kUniformSites;
+    if (nlim <= kFewPairs && listed && search == nullptr && !call.has_callbacks()) {
+        call.left.values = left.values, call.right.values = right.values;
+        return integrate_few(call);
+    }
+    call.left = plan_side(*task, left, nlim, left_search, search, search_parameters);
+    call.right = plan_side(*task, right, nlim, right_search, search, search_parameters);
     return _Integr1DKernel(call, threaders);
 }
 

@@ -118,16 +118,16 @@ using RightSteps = Steps<T, 0>;
 // Sum of the whole pieces from .. to - 1; the negative sum when cells that don't fit their limits turn the order round.
 template <class Pieces>
 [[gnu::noinline]] double add_pieces(const Pieces& pieces, int64_t from, int64_t to) {
-    RunningSum sum{0, 0};
+    // Knuth's two-sum with the errors added up apart, so that no addition waits for them (T. Ogita, S. M. Rump,
+    // S. Oishi, SIAM J. Sci. Comput. 26 (2005) 1955-1988).
+    double sum = 0, errors = 0;
     for (int64_t i = (from < to ? from : to); i < (from < to ? to : from); ++i) {
-        const double whole = static_cast<double>(pieces.whole(i));
-        // Beyond the finite range the error terms have no meaning.
-        if (__builtin_isfinite(sum.high + whole))
-            sum.add(whole);
-        else
-            sum = {sum.high + whole, 0};
+        const double whole = static_cast<double>(pieces.whole(i)), next = sum + whole, back = next - sum;
+        errors += (sum - (next - back)) + (whole - back);
+        sum = next;
     }
-    return from <= to ? sum.value() : -sum.value();
+    if (__builtin_isfinite(sum)) sum += errors;  // beyond the finite range errors have no meaning
+    return from <= to ? sum : -sum;
 }
 
 template <class T, class Pieces>

@@ -65,6 +65,7 @@ struct Lane {
     static I imin(I a, I b) { return a < b ? a : b; }
     static I imax(I a, I b) { return a > b ? a : b; }
     static I select(M m, I a, I b) { return m ? a : b; }
+    static F choose(M m, F a, F b) { return m ? a : b; }
     static I count(I a, M m) { return a + (m ? 1 : 0); }
     static I times(I a, int64_t k) { return a * k; }
     static I truncate(F a) { return static_cast<I>(a); }
@@ -125,6 +126,7 @@ struct Pack<double> {
     static I imin(I a, I b) { return _mm512_min_epi64(a, b); }
     static I imax(I a, I b) { return _mm512_max_epi64(a, b); }
     static I select(M m, I a, I b) { return _mm512_mask_blend_epi64(m, b, a); }
+    static F choose(M m, F a, F b) { return _mm512_mask_blend_pd(m, b, a); }
     static I count(I a, M m) { return _mm512_mask_add_epi64(a, m, a, _mm512_set1_epi64(1)); }
     static I times(I a, int64_t k) { return _mm512_mullo_epi64(a, _mm512_set1_epi64(k)); }
     static I truncate(F a) { return _mm512_cvttpd_epi64(a); }
@@ -183,6 +185,7 @@ struct Pack<float> {
     static I imin(I a, I b) { return _mm512_min_epi32(a, b); }
     static I imax(I a, I b) { return _mm512_max_epi32(a, b); }
     static I select(M m, I a, I b) { return _mm512_mask_blend_epi32(m, b, a); }
+    static F choose(M m, F a, F b) { return _mm512_mask_blend_ps(m, b, a); }
     static I count(I a, M m) { return _mm512_mask_add_epi32(a, m, a, _mm512_set1_epi32(1)); }
     static I times(I a, int64_t k) { return _mm512_mullo_epi32(a, iset(k)); }
     static I truncate(F a) { return _mm512_cvttps_epi32(a); }
@@ -247,6 +250,7 @@ struct Pack<double> {
     static I imin(I a, I b) { return select(ilt(a, b), a, b); }
     static I imax(I a, I b) { return select(ilt(a, b), b, a); }
     static I select(M m, I a, I b) { return _mm256_blendv_epi8(b, a, m); }
+    static F choose(M m, F a, F b) { return _mm256_blendv_pd(b, a, _mm256_castsi256_pd(m)); }
     static I count(I a, M m) { return _mm256_sub_epi64(a, m); }
     // Operands below 2^32.
     static I times(I a, int64_t k) { return _mm256_mul_epu32(a, _mm256_set1_epi64x(k)); }
@@ -327,6 +331,7 @@ struct Pack<float> {
     static I imin(I a, I b) { return _mm256_min_epi32(a, b); }
     static I imax(I a, I b) { return _mm256_max_epi32(a, b); }
     static I select(M m, I a, I b) { return _mm256_blendv_epi8(b, a, m); }
+    static F choose(M m, F a, F b) { return _mm256_blendv_ps(b, a, _mm256_castsi256_ps(m)); }
     static I count(I a, M m) { return _mm256_sub_epi32(a, m); }
     static I times(I a, int64_t k) { return _mm256_mullo_epi32(a, iset(k)); }
     static I truncate(F a) { return _mm256_cvttps_epi32(a); }
