@@ -64,7 +64,7 @@ int32_t evaluate_functions(const Integration<T>& call, const IntegralFunction* t
 }  // namespace
 
 template <class T>
-int32_t integrate_few(const Integration<T>& call) {
+void integrate_few(const Integration<T>& call) {
     using namespace NAX_FIT_SIMD;
     LimitBlock<T> block;
     int64_t a_cell[kFewPairs], b_cell[kFewPairs];
@@ -78,10 +78,10 @@ int32_t integrate_few(const Integration<T>& call) {
         }
     });
     if (call.evaluator == kIntegrateSubbotin) find_parabolas(call, block, a_cell, b_cell);
-    return evaluate_functions(call, IntegralTables<T>::_Integrate1DDispatch, block, 0);
+    evaluate_functions(call, IntegralTables<T>::_Integrate1DDispatch, block, 0);
 }
-template int32_t integrate_few(const Integration<double>&);
-template int32_t integrate_few(const Integration<float>&);
+template void integrate_few(const Integration<double>&);
+template void integrate_few(const Integration<float>&);
 
 template <class T>
 int32_t integrate_block(const Integration<T>& call, int64_t first, int64_t count, SearchPositions& positions, T* work) {
