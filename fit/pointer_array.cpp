@@ -75,12 +75,10 @@ bool set_coefficients(Task& task, T* base, int64_t hint) {
     return true;
 }
 
-bool grow_functions(Task& task) { 
+bool grow_functions(Task& task) {
     return grow(const_cast<void**&>(task.y), task.y_entries, task.ny, task.few_functions);
 }
-bool grow_coefficients(Task& task) { 
-    return grow(task.scoeff, task.scoeff_entries, task.ny, task.few_coefficients);
-}
+bool grow_coefficients(Task& task) { return grow(task.scoeff, task.scoeff_entries, task.ny, task.few_coefficients); }
 void free_pointers(Task& task) {
     free_array(const_cast<void**>(task.y), task.few_functions);
     free_array(task.scoeff, task.few_coefficients);

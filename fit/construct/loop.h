@@ -2,10 +2,13 @@
 // Included by *_simd.cpp files only.
 #pragma once
 
-#include "fit/construct/lanes.h"
+#include "simd/element.h"
 #include "fit/construct/spline_data.h"
 
 namespace nax::fit {
+
+inline namespace NAX_ISA {
+using namespace simd;
 
 // body.operator()<E>(i) handles the elements from i on that E holds. Inlined always: as a function of its own it would load
 // the body's captures anew in every round, for fear that a store has changed them.
@@ -93,4 +96,5 @@ inline void store_hermite_cells(const T* y, const T* slope, const T* derivative,
     });
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -1,10 +1,9 @@
 // Polynomial index and local coordinate t = site - x[p] of the sites of a block.
 #include "fit/eval/evaluator.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class P, class T, class Cell>
 [[gnu::always_inline]] inline void locate_at(EvalBlock<T>& block, const Cell* cell, int64_t i) {

@@ -1,12 +1,11 @@
 // The piece of a Subbotin spline: that of the cell's left point, or the next one when the knot between them is at or
 // left of the site. Pieces 0 and nx - 1 extend beyond the ends.
 #include "fit/eval/evaluator.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 #include "fit/subgrid.h"
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 // knot(p) is the knot between pieces p and p + 1, point(p) the point of piece p.
 template <class T, class Cell, class Knot, class Point>
@@ -45,10 +44,13 @@ void locate_on_subgrid(EvalBlock<T>& block, const Cell* cell) {
     const T *const x = knots.x, *const ic = knots.ic;
     const auto point = [x](int64_t p) { return x[p]; };
     if (!knots.uniform_partition && ic == nullptr)
-        return locate_pieces(block, cell, [x](int64_t p) { return (x[p] + x[p + 1]) / 2; }, point);
+        return locate_pieces(
+            block, cell, [x](int64_t p) { return (x[p] + x[p + 1]) / 2; }, point);
     if (!knots.uniform_partition && !knots.uniform_knots)
-        return locate_pieces(block, cell, [ic](int64_t p) { return ic[p + 1]; }, point);
-    locate_pieces(block, cell, [&](int64_t p) { return knots[p + 1]; }, [&](int64_t p) { return knots.point(p); });
+        return locate_pieces(
+            block, cell, [ic](int64_t p) { return ic[p + 1]; }, point);
+    locate_pieces(
+        block, cell, [&](int64_t p) { return knots[p + 1]; }, [&](int64_t p) { return knots.point(p); });
 }
 
 template <class T>

@@ -3,9 +3,10 @@
 #pragma once
 
 #include "fit/eval/evaluator.h"
-#include "fit/simd/rows.h"
+#include "fit/packs.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // Derivative kD of c0 + t (c1 + t (c2 + ...)), by nested fused multiply-add of the differentiated coefficients.
 template <class P, int kOrder, int kD>
@@ -114,4 +115,5 @@ static inline int32_t evaluate_polynomials(EvalBlock<T>& block, int64_t function
     return DfStatusOk;
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

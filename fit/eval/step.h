@@ -2,9 +2,10 @@
 #pragma once
 
 #include "fit/eval/data_points.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // Side gives, for the left point p of a site's cell: point(p), first(p) the value of a site that stands on that point,
 // and second(p) that of all others.
@@ -45,4 +46,5 @@ int32_t evaluate_step(EvalBlock<T>& block, int64_t function, bool wide_cells, co
     return DfStatusOk;
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

@@ -17,7 +17,7 @@ struct LeftSide {
 template <class T, bool kWideCells>
 int32_t evaluate(EvalBlock<T>& block, int64_t function) {
     const LeftSide<T> side{partition<T>(*block.task), block.step, has_uniform_grid(*block.task)};
-    return NAX_FIT_SIMD::evaluate_step(block, function, kWideCells, side);
+    return evaluate_step(block, function, kWideCells, side);
 }
 
 }  // namespace

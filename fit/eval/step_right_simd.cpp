@@ -17,7 +17,7 @@ struct RightSide {
 template <class T, bool kWideCells>
 int32_t evaluate(EvalBlock<T>& block, int64_t function) {
     const RightSide<T> side{right_end<T>(*block.task), block.task->nx - 1};
-    return NAX_FIT_SIMD::evaluate_step(block, function, kWideCells, side);
+    return evaluate_step(block, function, kWideCells, side);
 }
 
 }  // namespace

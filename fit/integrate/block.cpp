@@ -30,8 +30,8 @@ int64_t parabola_piece(const Subgrid<T>& knots, int64_t cell, T limit) {
 
 // Pair i from its limits and their cells, which change places with them.
 template <class T>
-[[gnu::always_inline]] inline void order_pair(LimitBlock<T>& block, int64_t i, T l, T r, int64_t& l_cell, int64_t& r_cell,
-                                              int64_t nx) {
+[[gnu::always_inline]] inline void order_pair(LimitBlock<T>& block, int64_t i, T l, T r, int64_t& l_cell,
+                                              int64_t& r_cell, int64_t nx) {
     const bool forward = r >= l;  // false for a NaN
     const T pair[] = {l, r};
     const int64_t left = l_cell, right = r_cell;
@@ -56,7 +56,8 @@ int32_t evaluate_functions(const Integration<T>& call, const IntegralFunction* t
                            int64_t first) {
     for (int64_t j = 0; j < call.ny; ++j) {
         T* const r = call.r + first * call.limit_stride + j * call.function_stride;
-        if (const int32_t status = table[call.evaluator](&call, j, &block, r, call.limit_stride); status < 0) return status;
+        if (const int32_t status = table[call.evaluator](&call, j, &block, r, call.limit_stride); status < 0)
+            return status;
     }
     return DfStatusOk;
 }
@@ -65,18 +66,18 @@ int32_t evaluate_functions(const Integration<T>& call, const IntegralFunction* t
 
 template <class T>
 void integrate_few(const Integration<T>& call) {
-    using namespace NAX_FIT_SIMD;
     LimitBlock<T> block;
     int64_t a_cell[kFewPairs], b_cell[kFewPairs];
     block.count = call.nlim;
     block.added = nullptr;
-    with_cell_finder<T>(*call.task, [&](const auto& cells) __attribute__((always_inline)) {
-        for (int64_t i = 0; i < call.nlim; ++i) {
-            const T l = call.left.values[i], r = call.right.values[i];
-            a_cell[i] = cells.template find<Lane<T>>(l), b_cell[i] = cells.template find<Lane<T>>(r);
-            order_pair(block, i, l, r, a_cell[i], b_cell[i], call.task->nx);
-        }
-    });
+    with_cell_finder<T>(
+        *call.task, [&](const auto& cells) __attribute__((always_inline)) {
+            for (int64_t i = 0; i < call.nlim; ++i) {
+                const T l = call.left.values[i], r = call.right.values[i];
+                a_cell[i] = cells.template find<Lane<T>>(l), b_cell[i] = cells.template find<Lane<T>>(r);
+                order_pair(block, i, l, r, a_cell[i], b_cell[i], call.task->nx);
+            }
+        });
     if (call.evaluator == kIntegrateSubbotin) find_parabolas(call, block, a_cell, b_cell);
     evaluate_functions(call, IntegralTables<T>::_Integrate1DDispatch, block, 0);
 }
@@ -109,7 +110,8 @@ int32_t integrate_block(const Integration<T>& call, int64_t first, int64_t count
         if (status < 0) return status;
     }
     return evaluate_functions(
-        call, callbacks ? IntegralTables<T>::_Integrate1DDispatchCB : IntegralTables<T>::_Integrate1DDispatch, block, first);
+        call, callbacks ? IntegralTables<T>::_Integrate1DDispatchCB : IntegralTables<T>::_Integrate1DDispatch, block,
+        first);
 }
 template int32_t integrate_block(const Integration<double>&, int64_t, int64_t, SearchPositions&, double*);
 template int32_t integrate_block(const Integration<float>&, int64_t, int64_t, SearchPositions&, float*);

@@ -54,10 +54,12 @@ Limits<T> plan_side(const Task& task, const Side<T>& side, int64_t nlim, int32_t
 }
 
 template <class T>
-[[gnu::noinline]] int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, const Side<T>& right, T* r, int64_t rhint,
-                        Integration<T>& call, SearchCallback<T> search, void* search_parameters, const Threaders* threaders) {
+[[gnu::noinline]] int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, const Side<T>& right,
+                                          T* r, int64_t rhint, Integration<T>& call, SearchCallback<T> search,
+                                          void* search_parameters, const Threaders* threaders) {
     if (task == nullptr) return DfStatusNullTask;
-    const bool all_callbacks = call.callbacks[0] != nullptr && call.callbacks[1] != nullptr && call.callbacks[2] != nullptr;
+    const bool all_callbacks =
+        call.callbacks[0] != nullptr && call.callbacks[1] != nullptr && call.callbacks[2] != nullptr;
     const int32_t evaluator = integral_evaluator(task->s_order, task->s_type, all_callbacks);
     if (evaluator < 0) return evaluator;
     const int32_t left_search = choose_search(*task, left.hint, left.data_hint, search != nullptr);
@@ -127,12 +129,12 @@ Integration<T> call_of(Callback left, void* left_parameters, Callback right, voi
         nax_df_integration_callback_##prefix left, void* left_parameters, nax_df_integration_callback_##prefix right, \
         void* right_parameters, nax_df_integration_callback_##prefix interior, void* interior_parameters,             \
         nax_df_search_callback_##prefix search, void* search_parameters, const nax_threaders* threaders) {            \
-        const bool plain = left == nullptr && right == nullptr && interior == nullptr && search == nullptr &&          \
-                           left_hint == nullptr && right_hint == nullptr && llimhint != nax::fit::kUniformSites &&     \
-                           rlimhint != nax::fit::kUniformSites;                                                        \
-        if (plain && nlim > 0 && nlim <= nax::fit::kFewPairs &&                                                        \
-            nax::fit::integrate_short(task, nlim, llim, rlim, r, rhint))                                               \
-            return DfStatusOk;                                                                                         \
+        const bool plain = left == nullptr && right == nullptr && interior == nullptr && search == nullptr &&         \
+                           left_hint == nullptr && right_hint == nullptr && llimhint != nax::fit::kUniformSites &&    \
+                           rlimhint != nax::fit::kUniformSites;                                                       \
+        if (plain && nlim > 0 && nlim <= nax::fit::kFewPairs &&                                                       \
+            nax::fit::integrate_short(task, nlim, llim, rlim, r, rhint))                                              \
+            return DfStatusOk;                                                                                        \
         auto call =                                                                                                   \
             nax::fit::call_of<T>(left, left_parameters, right, right_parameters, interior, interior_parameters);      \
         return nax::fit::integrate_entry<T>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, \

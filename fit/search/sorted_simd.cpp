@@ -5,7 +5,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 constexpr int64_t kPointsAhead = 4;
 

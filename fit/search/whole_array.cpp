@@ -115,8 +115,8 @@ int32_t search_range(const SearchRequest<T>& request, const T* site, int64_t fir
     const T scale = algorithm == kSearchHybrid ? bin_scale<T>(*request.task) : search.scale;
     int64_t position = 0;
     return SearchTables<T>::_Search1DDispatch[algorithm](search.nx, search.x, count, site + first, &position,
-                                                                search.callback, search.parameters, search.bin_table,
-                                                                cell, request.flags, scale);
+                                                         search.callback, search.parameters, search.bin_table, cell,
+                                                         request.flags, scale);
 }
 
 template <class T>
