@@ -1,0 +1,63 @@
+/* Outliers, robust covariance, missing values, and the chi-square distribution behind them. Task, codes and editors:
+ * nax/statistics.h.
+ *
+ *     double weights[100], params[3] = {2, 0.01, 0.005};
+ *     int32_t three = 3;
+ *     __stodSSEditOutDetect(task, &three, params, weights);
+ *     if (_stodSSOutliersDetection(task, 0, NAX_SS_METHOD_BACON, NULL) == SsStatusOk) { ... weights[i] == 0: outlier i
+ * }
+ */
+#ifndef NAX_STATISTICS_ROBUST_H
+#define NAX_STATISTICS_ROBUST_H
+
+#include "nax/statistics.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Outliers of a multivariate sample, by BACON (Billor, Hadi, Velleman 2000).
+ *   estimates  not read
+ *   method     NAX_SS_METHOD_BACON
+ *   outlier_params  three reals:
+ *     0  first subset: 1 the observations nearest to the mean in Mahalanobis distance, 2 (the default, and anything
+ * else) those nearest to the medians 1  alpha, tail of the threshold, in [0, 1]; 0.05 2  beta, relative change of the
+ * subset's size at which to stop, above 0; 0.005 Defaults stand in for values out of range, and for all three where the
+ * array or its count of 3 is missing. outlier_weights receives the weight of each observation (1 without weights) or 0
+ * for an outlier. With alpha = 0.05 some ten per cent of a clean sample may be marked: the threshold is that of one
+ * observation, not of the largest of n. Threads: ranges of observations; the result doesn't depend on them but through
+ * the rounding of the covariance. Status, in this order: NullTask, BadDimension, BadObservationCount (n below 5 p),
+ * BadStorage (also missing), NoOutlierWeights, BadMethod, NoObservations, Memory; UnusableCovariance,
+ * EigenvaluesFailed, FactorFailed, InverseFailed for degenerate samples; NoConvergence where no more than 4 p
+ * observations are left, with the weights as they are then. Time O(n p^2) an iteration, a few iterations. */
+int32_t _stodSSOutliersDetection(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                 const nax_threaders* threaders);
+int32_t _stosSSOutliersDetection(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                 const nax_threaders* threaders);
+
+/* Makes a full p by p covariance safely invertible, in place: where its smallest eigenvalue is not above 1e-15, a
+ * hundredth of the smallest positive one is added to the diagonal. Only elements (i, j) with j >= i are valid
+ * afterwards. Status: BadDimension, Memory, UnusableCovariance (no positive eigenvalue), EigenvaluesFailed. */
+int32_t __stodTestCovRank(int64_t p, double* covariance);
+int32_t __stosTestCovRank(int64_t p, float* covariance);
+/* Inverts a full p by p covariance in place; elements (i, j) with j >= i are read, all are written.
+ * Status: BadDimension, FactorFailed, InverseFailed. */
+int32_t __stodInvCov(int64_t p, double* covariance);
+int32_t __stosInvCov(int64_t p, float* covariance);
+
+/* Chi-square distribution with `degrees` above 0: density, distribution function, and quantile (0 for probabilities
+ * not above 0, infinity from 1 on). NaN for degrees not above 0. */
+double __stodChi2PDF(double degrees, double x);
+float __stosChi2PDF(float degrees, float x);
+double __stodChi2CDF(double degrees, double x);
+float __stosChi2CDF(float degrees, float x);
+double __stodChi2ICDF(double degrees, double probability);
+float __stosChi2ICDF(float degrees, float probability);
+/* Regularised upper incomplete gamma function Q(a, x), a above 0. */
+double _vdSSQ(double a, double x);
+float _vsSSQ(float a, float x);
+
+#ifdef __cplusplus
+}
+#endif
+#endif
