@@ -35,6 +35,26 @@ int32_t _stodSSOutliersDetection(nax_ss_task* task, uint64_t estimates, uint64_t
 int32_t _stosSSOutliersDetection(nax_ss_task* task, uint64_t estimates, uint64_t method,
                                  const nax_threaders* threaders);
 
+/* Robust mean and covariance: the translated biweight S-estimator (Rocke 1996), started from an orthogonalised
+ * Gnanadesikan-Kettenring estimate (Maronna, Zamar 2002).
+ *   estimates  not read
+ *   method     NAX_SS_METHOD_TBS
+ *   robust_params  four reals:
+ *     0  breakdown point, the share of outliers that the estimate can bear; at most (n - p)/(2 n), which is the default
+ *     1  probability with which a clean observation gets no weight, in (0, 1); 0.001
+ *     2  stop when no weight changes by more than this, relative to the largest; above 0; 0.001
+ *     3  iterations at most; 0 gives the start itself; 100 for negative ones
+ *     Defaults stand in for values out of range, and for all where the array or its count of 4 is missing.
+ * For few variables the rejection probability can't be reached together with a high breakdown point; the biweight is
+ * then the ordinary one of that breakdown point. Weights of the task are not read. Threads: variables, pairs of
+ * variables, and ranges of observations. Status, in this order: NullTask, BadDimension, BadObservationCount (n not
+ * above 2 p), NoStorage, BadStorage, NoRobustCovariance, NoRobustMean, NoStorage, BadStorage of the covariance,
+ * BadMethod, NoObservations, Memory; EigenvaluesFailed also where half of a variable's values are equal;
+ * UnusableCovariance, FactorFailed, InverseFailed for degenerate samples; NoConvergence where no observation keeps
+ * weight. Results are untouched by a failure. Time O(n p^2) for the start and for each iteration; memory n p reals. */
+int32_t _stodSSRobustCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+int32_t _stosSSRobustCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+
 /* Makes a full p by p covariance safely invertible, in place: where its smallest eigenvalue is not above 1e-15, a
  * hundredth of the smallest positive one is added to the diagonal. Only elements (i, j) with j >= i are valid
  * afterwards. Status: BadDimension, Memory, UnusableCovariance (no positive eigenvalue), EigenvaluesFailed. */
