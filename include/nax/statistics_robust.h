@@ -55,6 +55,27 @@ int32_t _stosSSOutliersDetection(nax_ss_task* task, uint64_t estimates, uint64_t
 int32_t _stodSSRobustCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 int32_t _stosSSRobustCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 
+/* Missing values by multiple imputation under a multivariate normal model: EM finds the mode of the parameters, then
+ * data augmentation draws missing entries and parameters in turn. A missing entry is a negative quiet NaN, such as
+ * -NAN; any other NaN counts as data. estimates  not read method     NAX_SS_METHOD_IMPUTATION missing_params  five
+ * reals: 0  EM iterations at most; 50 unless above 0 1  T, iterations of each imputation; 30 unless above 0 2  EM
+ * tolerance, the largest absolute change of a mean or covariance; 0.001 unless above 0 3  M, number of imputations 4 K,
+ * number of missing entries in the matrix initial_estimates  optional: p means and a lower packed covariance (row by
+ * row) to start EM from; taken if their count is p(p+3)/2, else means and variances of the observed values are the
+ * start prior              optional, with a count of p(p+3)/2 + 2 at least: mean and lower packed scale matrix of the
+ * prior mu ~ N(mean, Sigma/tau), Sigma ~ inverse Wishart(m, scale), then tau and m. Else tau 0, m = p, scale 0
+ *   simulated_values   M blocks of K values; within a block observations with the same variables missing stand
+ * together, in the order in which these patterns first appear; simulated_count is M K estimates          M times T
+ * times a mean and a lower packed covariance; estimate_count is M T p(p+3)/2 One of the two results is enough. Equal
+ * input gives equal output: the private stream has a fixed seed. Rows with nothing observed are imputed, but don't
+ * count in EM. Weights are not read. Serial. Status, in this order: NullTask, BadDimension, BadStorage (also missing),
+ * NoMissingParams, NoMissingParamCount, BadMissingParamCount, NoSimulatedCount, NoSimulatedValues, NothingRequested,
+ * BadMethod, BadObservationCount, NoObservations, Memory, BadMissingCount, BadImputationCount, BadSimulatedCount,
+ * BadEstimateCount, Memory; DrawFailed, DrawFactorFailed, DrawInverseFailed, with results written as far as they were
+ * drawn. Time: an EM iteration O(n p^2 + patterns p^3), an iteration of an imputation the same and n p normals. */
+int32_t _stodSSMissingValues(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+int32_t _stosSSMissingValues(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+
 /* Makes a full p by p covariance safely invertible, in place: where its smallest eigenvalue is not above 1e-15, a
  * hundredth of the smallest positive one is added to the diagonal. Only elements (i, j) with j >= i are valid
  * afterwards. Status: BadDimension, Memory, UnusableCovariance (no positive eigenvalue), EigenvaluesFailed. */
