@@ -186,7 +186,7 @@ int32_t NormalModel<T>::draw_missing(nax_stream* stream, double* values) {
         for (int64_t k = patterns_.begin(pattern); k < patterns_.begin(pattern + 1); ++k) {
             double* const row = rows_ + buffered_ * q;
             predict(regression, patterns_.members()[k], row);
-            if (count > 0 && draw_normals(stream, count, normals) < 0) return SsStatusDrawFailed;
+            if (const int32_t status = draw_normals(stream, count, normals)) return status;
             for (int64_t a = 0; a < count; ++a) {
                 for (int64_t b = 0; b <= a; ++b) row[missing_[a] + 1] += factor[b * count + a] * normals[b];
                 *values++ = row[missing_[a] + 1] + centre_[missing_[a]];

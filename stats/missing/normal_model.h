@@ -17,7 +17,7 @@ namespace nax::stats::missing {
 // cancel.
 void sweep(int64_t order, double* matrix, int64_t pivot, int direction);
 
-// n standard normal numbers. A negative status is the generator's.
+// n standard normal numbers. Status: DrawFailed, Memory.
 int32_t draw_normals(nax_stream* stream, int64_t n, double* r);
 
 // Prior mu | Sigma ~ N(mean, Sigma/tau), Sigma ~ inverse Wishart(m, scale); mean about the centres, scale full.
@@ -44,7 +44,7 @@ public:
     void start_from_data();
     // One EM step; returns the largest change of an element of theta.
     double em_step();
-    // Draws the missing entries from theta into `values`, in the order of the patterns. Status: DrawFailed,
+    // Draws the missing entries from theta into `values`, in the order of the patterns. Status: Memory, DrawFailed,
     // DrawFactorFailed.
     int32_t draw_missing(nax_stream* stream, double* values);
     // Draws theta from its posterior by the data that draw_missing completed. Status: DrawFailed, DrawFactorFailed,
@@ -61,7 +61,7 @@ private:
     void clear_sums();
     void add_row(const double* row);
     void flush_rows();
-    int32_t posterior(double* centre, double* scale) const;
+    void posterior(double* centre, double* scale) const;
     int32_t fill_bartlett(nax_stream* stream, double* triangle) const;
 
     const Observations<T>& data_;

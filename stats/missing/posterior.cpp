@@ -20,7 +20,7 @@ int32_t draw_chi_square(nax_stream* stream, int64_t count, double& sum) {
     sum = 0;
     for (int64_t done = 0; done < count; done += kBatch) {
         const int64_t batch = std::min(kBatch, count - done);
-        if (draw_normals(stream, batch, normals) < 0) return SsStatusDrawFailed;
+        if (const int32_t status = draw_normals(stream, batch, normals)) return status;
         for (int64_t k = 0; k < batch; ++k) sum += normals[k] * normals[k];
     }
     return SsStatusOk;
@@ -30,7 +30,7 @@ int32_t draw_chi_square(nax_stream* stream, int64_t count, double& sum) {
 
 // Centre and scale of the posterior; the scale's lower triangle by columns.
 template <class T>
-int32_t NormalModel<T>::posterior(double* centre, double* scale) const {
+void NormalModel<T>::posterior(double* centre, double* scale) const {
     const int64_t p = data_.p, q = order();
     const double n = sums_[0], total = prior_.tau + n;
     for (int64_t j = 0; j < p; ++j) {
@@ -42,7 +42,6 @@ int32_t NormalModel<T>::posterior(double* centre, double* scale) const {
                                n * prior_.tau / total * (mean - prior_.mean[j]) * (other - prior_.mean[i]);
         }
     }
-    return SsStatusOk;
 }
 
 // Lower triangle by columns, zeros above.
@@ -56,7 +55,7 @@ int32_t NormalModel<T>::fill_bartlett(nax_stream* stream, double* triangle) cons
         triangle[j * p + j] = std::sqrt(square);
     }
     for (int64_t j = 0; j + 1 < p; ++j)
-        if (draw_normals(stream, p - 1 - j, triangle + j * p + j + 1) < 0) return SsStatusDrawFailed;
+        if (const int32_t status = draw_normals(stream, p - 1 - j, triangle + j * p + j + 1)) return status;
     return SsStatusOk;
 }
 
@@ -76,7 +75,7 @@ int32_t NormalModel<T>::draw_theta(nax_stream* stream) {
     if (trtri('L', 'N', size, triangle, size) != 0) return SsStatusDrawInverseFailed;
     trmm('R', 'L', 'T', 'N', size, size, 1.0, triangle, size, factor, size);
     syrk('L', 'N', size, size, 1.0, factor, size, 0.0, covariance, size);
-    if (draw_normals(stream, p, normals) < 0) return SsStatusDrawFailed;
+    if (const int32_t status = draw_normals(stream, p, normals)) return status;
     const double scale = 1 / std::sqrt(prior_.tau + static_cast<double>(data_.n));
     gemv('N', size, size, scale, factor, size, normals, 1.0, centre);
     theta_[0] = -1;
