@@ -68,8 +68,8 @@ TEST(Missing, EmptyRowsDontMoveTheEstimate) {
     }
     double theta[2][36];
     int which = 0;
-    for (const auto* rows : {&x, &longer}) {
-        const Observations<double> data{rows->data(), 5, static_cast<int64_t>(rows->size()) / 5, true};
+    for (const std::vector<double>& rows : {x, longer}) {
+        const Observations<double> data{rows.data(), 5, static_cast<int64_t>(rows.size()) / 5, true};
         Patterns patterns;
         ASSERT_EQ(patterns.find(data), 0);
         NormalModel<double> model(data, patterns);

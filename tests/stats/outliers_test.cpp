@@ -67,7 +67,7 @@ TYPED_TEST(OutliersOf, HawkinsBraduKass) {
             ASSERT_EQ(find_outliers(s, weights, {T(2), T(0.001), T(0.005)}), 0);
             for (std::size_t i = 0; i < 14; ++i) EXPECT_EQ(weights[i], T(0)) << i;
             EXPECT_LE(std::count(weights.begin() + 14, weights.end(), T(0)), 2);
-            if (method == T(1)) EXPECT_EQ(find_outliers(s, weights, {method, T(0.001), T(0.005)}), 0);
+            EXPECT_EQ(find_outliers(s, weights, {method, T(0.001), T(0.005)}), 0);
         }
 }
 
@@ -206,8 +206,8 @@ TEST(ChiSquare, DistributionMeetsItsClosedForms) {
             EXPECT_NEAR(upper, static_cast<double>(sum), 2e-14 * static_cast<double>(sum) + 1e-300) << x << " " << half;
             const double density = static_cast<double>(term / 2);
             EXPECT_NEAR(__stodChi2PDF(2 * half, x), density, 3e-14 * density + 1e-300);
-            if (half == 1)
-                EXPECT_NEAR(__stodChi2CDF(1, x), std::erf(std::sqrt(x / 2)), 1e-14 * std::erf(std::sqrt(x / 2)));
+            const double one = std::erf(std::sqrt(x / 2));
+            EXPECT_NEAR(__stodChi2CDF(1, x), one, 1e-14 * one);
         }
     EXPECT_EQ(__stodChi2CDF(3, 0), 0);
     EXPECT_EQ(__stodChi2CDF(3, -1), 0);
