@@ -45,6 +45,49 @@ int32_t _stosSSBasic(nax_ss_task* task, uint64_t estimates, uint64_t method, con
 int32_t _stodSSMinmax(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 int32_t _stosSSMinmax(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 
+/* Means and covariances of groups of observations, and pooled over the groups.
+ *   estimates  NAX_SS_ESTIMATE_POOLED_COVARIANCE (with the mean), _POOLED_MEAN, _GROUP_COVARIANCE (with the means),
+ *              _GROUP_MEAN
+ *   method     NAX_SS_METHOD_ONE_PASS
+ * group_indices has a group number from 0 for each observation; the number of groups G is the largest plus 1.
+ * group_covariance_indices has G integers; the groups marked 1 get a mean and a covariance, packed in the order of
+ * their numbers. Pooled mean: that of all observations. Pooled covariance: the groups' cross-products summed, divided
+ * by the sum of their W - W2/W, n - G for unit weights and no empty group. A marked group without observations gets
+ * zeros. Threads: equal ranges of observations, merged in order. Status, in this order: NullTask, NoStorage,
+ * BadStorage, NoGroupIndices, NoPooledMean, NoStorage, NoPooledCovariance, NoGroupIndices, NoGroupMeans, NoStorage,
+ * NoGroupCovariance, BadMethod, BadDimension, BadObservationCount, NoObservations, BadGroupIndices, Memory. Time O(n
+ * p^2), memory O(G p^2) a thread. */
+int32_t _stodSSPooledCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+int32_t _stosSSPooledCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
+
+/* Covariance and correlation of some variables given others, from a covariance, or else from a correlation that this
+ * library made (with the variances on its diagonal).
+ *   estimates  NAX_SS_ESTIMATE_PARTIAL_COVARIANCE, NAX_SS_ESTIMATE_PARTIAL_CORRELATION
+ *   method     NAX_SS_METHOD_FAST
+ * conditioning_indices has p integers: 1 a variable Y of the result, -1 a conditioning variable Z, 0 neither. The
+ * result, C_YY - C_YZ C_ZZ^-1 C_ZY, is p by p; elements of pairs marked 1 are written, at the variables' own places.
+ * The diagonal of the correlation holds the partial variances. Status, in this order: NullTask, NoCovariance (neither
+ * matrix), NoStorage, NoConditioningIndices, NoPartialCovariance, NoStorage, NoPartialCorrelation, NoStorage,
+ * BadMethod, BadDimension, NoConditioning (no variable of one kind), Memory, UnusableCovariance (C_ZZ not positive
+ * definite). Time O(p^3). */
+int32_t _stodSSPartialCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                 const nax_threaders* threaders);
+int32_t _stosSSPartialCovariance(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                 const nax_threaders* threaders);
+
+/* A usable correlation matrix near `correlation`: eigenvalues below 1e-14 are lifted to it, and the diagonal is scaled
+ * to
+ * 1. The diagonal of the input doesn't matter. The result may overwrite the input in the same storage.
+ *   estimates  not read
+ *   method     NAX_SS_METHOD_PARAMETRIZATION
+ * Status, in this order: NullTask, BadDimension, NoCorrelation, NoStorage, BadStorage, NoParametrizedCorrelation,
+ * NoStorage, BadStorage (also: one array under two codes), BadMethod, Memory, ParametrizationFailed (no eigenvalue
+ * reaches 1e-14, or none was found); the result is then untouched. Time O(p^3). */
+int32_t _stodSSCorParametrization(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                  const nax_threaders* threaders);
+int32_t _stosSSCorParametrization(nax_ss_task* task, uint64_t estimates, uint64_t method,
+                                  const nax_threaders* threaders);
+
 #ifdef __cplusplus
 }
 #endif

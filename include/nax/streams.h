@@ -100,6 +100,7 @@ typedef struct nax_shared_data_entry {
     uint64_t Id0;
     uint64_t Id1;
     int32_t RefCount;
+    int32_t Size;                   /* bytes of Data when a chunk brought it, else 0 */
     void* Data;
 } nax_shared_data_entry;
 
@@ -386,8 +387,8 @@ uint32_t __stoiPowMod2P31M1(uint32_t a, uint64_t n);
 /* a^n mod 2^59. */
 uint64_t __stoiPowMod2P59(uint64_t a, uint64_t n);
 
-/* x := A^n x mod m for the companion matrix A of x(k+3) = row[0] x(k) + row[1] x(k+1) + row[2] x(k+2); x is three
- * consecutive terms, oldest first. */
+/* x := A^n x mod m for the companion matrix A of x(k+3) = row[0] x(k+2) + row[1] x(k+1) + row[2] x(k): the coefficients go
+ * from the newest term to the oldest. x is three consecutive terms below m, oldest first. */
 void __stoiVect3PowMod(uint32_t x[3], const uint32_t row[3], uint32_t m, uint64_t n);
 /* The same for an n of `words` 64-bit words, least significant first. 0, or STO_STATUS_NO_MEMORY above ten words. */
 int __stoiVect3PowArrayMod(uint32_t x[3], const uint32_t row[3], uint32_t m, int words, const uint64_t* n);
@@ -458,6 +459,8 @@ int __stoiBRngSFMT19937(nax_stream* stream, int n, void* r);
 
 /* PHILOX4X32X10. Seeds: two key words, then up to four counter words. Both skips in constant time; no leapfrog. */
 int __stoBRngPHILOX4X32X10InitStream(int method, nax_stream* stream, int n, const void* params);
+/* Moves a PHILOX4X32X10 stream by n words, as __stoSkipAheadStream does. Returns 0. */
+int PHILOX4X32X10SkipAhead(nax_stream* stream, uint64_t n);
 int __stosBRngPHILOX4X32X10(nax_stream* stream, int n, float* r, float a, float b);
 int __stodBRngPHILOX4X32X10(nax_stream* stream, int n, double* r, double a, double b);
 int __stoiBRngPHILOX4X32X10(nax_stream* stream, int n, void* r);

@@ -17,7 +17,7 @@ struct LaneBlock {
     uint64_t lanes[8];           // x(t) ... x(t+7)
     uint64_t steps[4][8];        // a^8, a^16, a^24, a^32, each in all lanes
 };
-static_assert(sizeof(LaneBlock) == 384 && offsetof(LaneBlock, lanes) == 64 && offsetof(LaneBlock, steps) == 128);
+static_assert(sizeof(LaneBlock) == chunk_size(ChunkId::kLanes) && offsetof(LaneBlock, lanes) == 64 && offsetof(LaneBlock, steps) == 128);
 
 // Constants of an engine, each a full vector.
 struct alignas(64) EngineProperty {

@@ -2,6 +2,7 @@
 // words at k, k + 1 and k + 397, of which the last come from the new block once the index wraps.
 #include <algorithm>
 
+#include "rng/generator.h"
 #include "rng/generators/words.h"
 #include "rng/generators/mt19937.h"
 #include "rng/generators/to_real.h"
@@ -95,14 +96,6 @@ void draw(Mt19937State& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void mt19937_draw(Mt19937State& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void mt19937_draw(Mt19937State& state, int n, double* r, double a, double b) {
-    draw(state, n, r, UnsignedScale<double>(a, b));
-}
-void mt19937_draw(Mt19937State& state, int n, float* r, float a, float b) {
-    draw(state, n, r, UnsignedScale<float>(a, b));
-}
-
 void mt19937_discard(Mt19937State& state, uint64_t n) {
     const uint64_t unread = static_cast<uint64_t>(kWords - state.next);
     if (n <= unread) {
@@ -119,3 +112,7 @@ void mt19937_discard(Mt19937State& state, uint64_t n) {
 }
 
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(MT19937, Mt19937State, UnsignedScale)

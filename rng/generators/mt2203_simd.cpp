@@ -3,6 +3,7 @@
 // vectors are aligned; old words are cut from two aligned neighbours, which the processor forwards from its store queue.
 #include <algorithm>
 
+#include "rng/generator.h"
 #include "rng/generators/words.h"
 #include "rng/generators/mt2203.h"
 #include "rng/generators/to_real.h"
@@ -80,12 +81,8 @@ void draw(Mt2203State& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void mt2203_draw(Mt2203State& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void mt2203_draw(Mt2203State& state, int n, double* r, double a, double b) {
-    draw(state, n, r, UnsignedScale<double>(a, b));
-}
-void mt2203_draw(Mt2203State& state, int n, float* r, float a, float b) {
-    draw(state, n, r, UnsignedScale<float>(a, b));
-}
-
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(MT2203, Mt2203State, UnsignedScale)

@@ -3,6 +3,7 @@
 #include "rng/generators/counter_draw.h"
 #include "rng/generators/philox4x32x10.h"
 #include "rng/generators/to_real.h"
+#include "rng/generator.h"
 #include "rng/generators/words.h"
 
 namespace nax::rng {
@@ -102,12 +103,8 @@ void draw(PhiloxState& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void philox_draw(PhiloxState& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void philox_draw(PhiloxState& state, int n, double* r, double a, double b) {
-    draw(state, n, r, MidpointScale<double>(a, b));
-}
-void philox_draw(PhiloxState& state, int n, float* r, float a, float b) {
-    draw(state, n, r, MidpointScale<float>(a, b));
-}
-
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(PHILOX4X32X10, PhiloxState, MidpointScale)

@@ -2,6 +2,7 @@
 // critical path is one shift and one exclusive or, all else is ready earlier.
 #include <algorithm>
 
+#include "rng/generator.h"
 #include "rng/generators/words.h"
 #include "rng/generators/sfmt19937.h"
 #include "rng/generators/to_real.h"
@@ -71,16 +72,12 @@ void draw(SfmtState& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void sfmt19937_draw(SfmtState& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void sfmt19937_draw(SfmtState& state, int n, double* r, double a, double b) {
-    draw(state, n, r, MidpointScale<double>(a, b));
-}
-void sfmt19937_draw(SfmtState& state, int n, float* r, float a, float b) {
-    draw(state, n, r, MidpointScale<float>(a, b));
-}
-
 void sfmt19937_step(uint32_t* a, const uint32_t* b, const uint32_t* c, const uint32_t* d) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(a), step(load_block(a), load_block(b), load_block(c), load_block(d)));
 }
 
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(SFMT19937, SfmtState, MidpointScale)

@@ -11,7 +11,7 @@
 
 #include "rng/generators/to_real.h"
 #include "rng/generators/words.h"
-#include "rng/quasi/quasi_state.h"
+#include "rng/quasi/quasi_generator.h"
 #include "service/service.h"
 
 namespace nax::rng {
@@ -47,9 +47,7 @@ struct QuasiScale<float> {
 };
 
 template <>
-struct QuasiScale<uint32_t> : RawWords {
-    QuasiScale(uint32_t, uint32_t) {}
-};
+struct QuasiScale<uint32_t> : RawWords {};
 
 // The first count numbers of a vector, count below kLanes32.
 template <class Map, class T>
@@ -79,11 +77,6 @@ template <class Map, class T>
 inline void put_coordinates(const PointSet& points, int first, int count, T* r, const Map& map) {
     if (points.by_bit()) return convert_words(map, points.x + first, r, count);
     for (int i = 0; i < count; ++i) r[i] = map(points.coordinate(first + i));
-}
-
-inline void step_point(const PointSet& points, int dimension, uint32_t counter) {
-    const int bit = gray_step(counter);
-    for (int d = 0; d < dimension; ++d) points.coordinate(d) ^= points.direction(bit, d);
 }
 
 // ---- Few dimensions: lanes across time ---------------------------------------------------------------------------------
@@ -299,8 +292,11 @@ void kernel_aligned(int block, int64_t, int64_t, void* context) {
     put_dimensions(job, block, after);
 }
 
-template <class Map, class T>
-constexpr ParallelBodies kParallelBodies = {kernel_aligned<Map, T>, kernel_unaligned<Map, T>};
+// A sequence may have bodies of other names.
+template <class Sequence, class T>
+inline ParallelBodies bodies_of(bool) {
+    return {kernel_aligned<QuasiScale<T>, T>, kernel_unaligned<QuasiScale<T>, T>};
+}
 
 // True if the job ran on several threads.
 template <class Map, class T>
@@ -308,9 +304,10 @@ bool run_on_threads(ManyDimensions<Map, T>& job, int blocks, const ParallelBodie
     if (!worth_threading(job.count, job.dimension)) return false;
     const auto limit = reinterpret_cast<nax_serv_threads_limit_function>(
         nax_serv_load_thread_fun("nax_sto_serv_threader_get_num_threads_limit"));
-    if (limit() <= 1) return false;
+    if (limit == nullptr || limit() <= 1) return false;
     const auto parallel_for = reinterpret_cast<nax_serv_parallel_for_function>(
         nax_serv_load_thread_fun("nax_sto_serv_threader_for"));
+    if (parallel_for == nullptr) return false;
     const bool aligned = reinterpret_cast<uintptr_t>(job.r) % 64 == 0 &&
                          static_cast<uint64_t>(job.dimension) * sizeof(T) % 64 == 0;
     parallel_for(blocks, 0, &job, aligned ? bodies.aligned : bodies.unaligned);
@@ -346,16 +343,29 @@ constexpr std::array<QrngMain<Map, T>, 16> qrng_main_dispatch(std::integer_seque
 template <class Map, class T>
 constexpr auto _QrngMainDispatch = qrng_main_dispatch<Map, T>(std::make_integer_sequence<int, 15>{});
 
+// Of one coordinate alone. The whole point moves along, so that another coordinate can be selected later.
+template <class T, class Map>
+void draw_selected(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map, const ParallelBodies& bodies) {
+    const int dimension = static_cast<int>(place.dimension);
+    if (n >= kBlockPoints) {
+        _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
+        place.counter += static_cast<uint32_t>(n);
+        return set_point(points, dimension, place.counter);
+    }
+    for (int i = 0; i < n; ++i) {
+        r[i] = map(points.coordinate(place.selected));
+        step_point(points, dimension, place.counter++);
+    }
+}
+
 // The next n numbers of a stream, n at least 1.
-template <class T, class Map = QuasiScale<T>>
+template <class T, class Map>
 int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
-                const ParallelBodies& bodies = kParallelBodies<Map, T>) {
+                const ParallelBodies& bodies) {
     if (place.counter + static_cast<uint64_t>(n) > kLastCounter) return STO_STATUS_QRNG_PERIOD_ELAPSED;
     const int dimension = static_cast<int>(place.dimension);
     if (place.selected >= 0) {
-        _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
-        place.counter += static_cast<uint32_t>(n);
-        set_point(points, dimension, place.counter);
+        draw_selected(place, points, n, r, map, bodies);
         return STO_STATUS_OK;
     }
     if (place.position > 0) {
@@ -366,6 +376,11 @@ int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Ma
         step_point(points, dimension, place.counter++);
         r += take;
         n -= take;
+    }
+    if (n == dimension && !worth_threading(1, dimension)) {
+        put_coordinates(points, 0, dimension, r, map);
+        step_point(points, dimension, place.counter++);
+        return STO_STATUS_OK;
     }
     const int whole = n / dimension;
     if (whole > 0) {
@@ -380,5 +395,28 @@ int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Ma
     return STO_STATUS_OK;
 }
 
+// A call of a stream of that sequence.
+template <class Sequence, class T, class... Interval>
+int draw_quasi(Stream* stream, int n, T* r, Interval... interval) {
+    if (n < 1) return STO_STATUS_OK;
+    PointSet points{};
+    bool user = false;
+    if (!find_points<Sequence>(stream, points, user)) return STO_STATUS_NO_MEMORY;
+    const QuasiScale<T> map(interval...);
+    return draw_points(payload<typename Sequence::State>(stream).place, points, n, r, map, bodies_of<Sequence, T>(user));
+}
+
 }  // namespace NAX_RNG_ISA
 }  // namespace nax::rng
+
+// Spells the output functions of a sequence's generator.
+#define NAX_QUASI_OUTPUT(name, Sequence)                                                        \
+    extern "C" int __stosBRng##name(nax_stream* stream, int n, float* r, float a, float b) {    \
+        return draw_quasi<Sequence>(stream, n, r, a, b);                                        \
+    }                                                                                           \
+    extern "C" int __stodBRng##name(nax_stream* stream, int n, double* r, double a, double b) { \
+        return draw_quasi<Sequence>(stream, n, r, a, b);                                        \
+    }                                                                                           \
+    extern "C" int __stoiBRng##name(nax_stream* stream, int n, void* r) {                       \
+        return draw_quasi<Sequence>(stream, n, static_cast<uint32_t*>(r));                      \
+    }

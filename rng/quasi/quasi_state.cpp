@@ -15,8 +15,7 @@ void start_points(const uint32_t* rows, int dimension, uint32_t* bit_rows, const
 void set_point(const PointSet& points, int dimension, uint32_t counter) {
     for (int d = 0; d < dimension; ++d) points.coordinate(d) = 0;
     for (uint32_t code = gray_code(counter); code != 0; code &= code - 1) {
-        const int bit = std::countr_zero(code);
-        for (int d = 0; d < dimension; ++d) points.coordinate(d) ^= points.direction(bit, d);
+        add_directions(points, dimension, std::countr_zero(code));
     }
 }
 

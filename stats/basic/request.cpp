@@ -31,7 +31,7 @@ constexpr int column(Method method) {
 
 Results closure(uint64_t estimates, Method method) {
     // A caller's mean is read whatever is asked for.
-    Results all = method == Method::kUserMean ? kMean : 0;
+    Results all = method == Method::kUserMean ? Results{kMean} : Results{0};
     for (const Row& row : kRows)
         if ((estimates & row.estimate) != 0) all |= row.needs[column(method)];
     return all;
