@@ -112,16 +112,20 @@ void time_stream(Report& report, int32_t block) {
     const int32_t one = 1, none = 0;
     double epsilon = 0.001, order = 0.5;
     __stodSSEditStreamQuantiles(s.task, &one, &order, s.result.data(), &one, &epsilon);
-    std::vector<Contender> contenders{{"ours", [&] {
-                                           __stoSQuantilesFreeBuffers(s.task);
-                                           __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &block);
-                                           for (int32_t done = 0; done < kTotal; done += block) {
-                                               __stodSSEditTask(s.task, NAX_SS_OBSERVATIONS, s.x.data() + done);
-                                               _stodSSStreamQuantiles(s.task, 0, NAX_SS_METHOD_STREAM_FAST, nullptr);
-                                           }
-                                           __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &none);
-                                           _stodSSStreamQuantiles(s.task, 0, NAX_SS_METHOD_STREAM, nullptr);
-                                       }}};
+    // Blocks arrive in one buffer, as they would from a file.
+    std::vector<double> buffer(static_cast<std::size_t>(block));
+    __stodSSEditTask(s.task, NAX_SS_OBSERVATIONS, buffer.data());
+    const auto feed = [&] {
+        __stoSQuantilesFreeBuffers(s.task);
+        __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &block);
+        for (int32_t done = 0; done < kTotal; done += block) {
+            std::copy_n(s.x.data() + done, block, buffer.data());
+            _stodSSStreamQuantiles(s.task, 0, NAX_SS_METHOD_STREAM_FAST, nullptr);
+        }
+        __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &none);
+        _stodSSStreamQuantiles(s.task, 0, NAX_SS_METHOD_STREAM, nullptr);
+    };
+    std::vector<Contender> contenders{{"ours", feed}};
 #ifdef NAX_HAVE_BOOST
     contenders.push_back({"boost P-square, one quantile", [&] {
                               using namespace boost::accumulators;

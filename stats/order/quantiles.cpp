@@ -19,7 +19,7 @@ struct QuantileJob {
     bool rows, with_quantiles, with_order_statistics, rows_out;
     SelectedVariables selected;
     QuantileRanks<T> ranks;
-    service::Block<T> scratch;
+    service::SmallBlock<T, kShortScratch> scratch;
     int64_t scratch_size;  // of a thread: work for the sort or the selection, a copy of a strided variable, values
 
     void run(int64_t i, int thread) {

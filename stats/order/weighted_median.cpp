@@ -44,8 +44,8 @@ int32_t weighted_median(const Task& task, uint64_t, uint64_t, const Threaders*) 
     if (task.quantiles == nullptr) return SsStatusNoQuantiles;
     const int64_t p = integer(task, task.dimension), n = integer(task, task.observation_count);
     if (p < 1 || n < 1) return SsStatusOk;
-    service::Block<T> scratch(static_cast<std::size_t>(2 * n));
-    if (!scratch) return SsStatusMemory;
+    service::SmallBlock<T, kShortScratch> scratch;
+    if (!scratch.allocate(static_cast<std::size_t>(2 * n))) return SsStatusMemory;
     T *const values = scratch.get(), *const weights = values + n;
     const bool rows = is_rows(integer(task, task.observation_storage), p);
     const T total = sum_of(reals<T>(task.weights), n);
