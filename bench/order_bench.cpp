@@ -119,7 +119,8 @@ void time_stream(Report& report, int32_t block) {
         __stoSQuantilesFreeBuffers(s.task);
         __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &block);
         for (int32_t done = 0; done < kTotal; done += block) {
-            std::copy_n(s.x.data() + done, block, buffer.data());
+            for (int32_t i = 0; i < block; ++i)
+                buffer[static_cast<std::size_t>(i)] = s.x[static_cast<std::size_t>(done + i)];
             _stodSSStreamQuantiles(s.task, 0, NAX_SS_METHOD_STREAM_FAST, nullptr);
         }
         __stoiSSEditTask(s.task, NAX_SS_OBSERVATION_COUNT, &none);

@@ -133,7 +133,7 @@ private:
         }
         group[groups] = wanted.count;
         int64_t size = 256;
-        while (size < 4096 && size * 64 < n) size *= 2;
+        while (size < 4096 && size * 24 < n) size *= 2;
         const int64_t step = n / size;
         for (int64_t i = 0; i < size; ++i) work[i] = In::to_key(keys[i * step + step / 2]);
         sort_keys<KeyItself<K>>(work, work + size, size);

@@ -114,8 +114,7 @@ int32_t read(const Task& task, StreamState& state) {
 }
 
 template <class T>
-int32_t stream_quantiles(Task& task, uint64_t, uint64_t method, const Threaders* threaders) {
-    if (const int32_t status = check<T>(task, method); status != SsStatusOk) return status;
+[[gnu::noinline]] int32_t feed_and_read(Task& task, uint64_t method, const Threaders* threaders) {
     auto* state = static_cast<StreamState*>(task.stream_state);
     if (state == nullptr) {
         const double epsilon = static_cast<double>(reals<T>(task.stream_params)[0]);
@@ -128,6 +127,18 @@ int32_t stream_quantiles(Task& task, uint64_t, uint64_t method, const Threaders*
     if (n > 0)
         if (const int32_t status = feed<T>(task, *state, n, threaders); status != SsStatusOk) return status;
     return (method & NAX_SS_METHOD_STREAM) != 0 ? read<T>(task, *state) : SsStatusOk;
+}
+
+// Observations that come singly, of one variable, go straight to its summary.
+template <class T>
+int32_t stream_quantiles(Task& task, uint64_t, uint64_t method, const Threaders* threaders) {
+    if (const int32_t status = check<T>(task, method); status != SsStatusOk) return status;
+    const auto* const state = static_cast<const StreamState*>(task.stream_state);
+    if (state != nullptr && state->variable_count == 1 && task.variable_mask == nullptr &&
+        (method & NAX_SS_METHOD_STREAM) == 0 && integer(task, task.observation_count) == 1 &&
+        add_one(*state, state->variables[0], reals<T>(task.observations)[0]))
+        return SsStatusOk;
+    return feed_and_read<T>(task, method, threaders);
 }
 
 }  // namespace

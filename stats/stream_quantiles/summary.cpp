@@ -150,7 +150,7 @@ void release(StreamVariable& variable) {
 }
 
 template <class T>
-bool add_many(const StreamState& state, StreamVariable& variable, const T* x, int64_t stride, int64_t n) {
+bool add_values(const StreamState& state, StreamVariable& variable, const T* x, int64_t stride, int64_t n) {
     if (n < 1) return true;
     if (variable.levels == nullptr) {
         service::Block<StreamLevel> levels(kMostStreamLevels);
@@ -203,8 +203,8 @@ bool read_quantiles(const StreamState& state, StreamVariable& variable, const T*
     return true;
 }
 
-template bool add_many(const StreamState&, StreamVariable&, const double*, int64_t, int64_t);
-template bool add_many(const StreamState&, StreamVariable&, const float*, int64_t, int64_t);
+template bool add_values(const StreamState&, StreamVariable&, const double*, int64_t, int64_t);
+template bool add_values(const StreamState&, StreamVariable&, const float*, int64_t, int64_t);
 template bool read_quantiles(const StreamState&, StreamVariable&, const double*, int64_t, double*);
 template bool read_quantiles(const StreamState&, StreamVariable&, const float*, int64_t, float*);
 

@@ -47,18 +47,15 @@ void release(StreamVariable& variable);
 
 // Adds n values `stride` apart. False when memory is short; all values before some place have then been added.
 template <class T>
-bool add_many(const StreamState& state, StreamVariable& variable, const T* x, int64_t stride, int64_t n);
+bool add_values(const StreamState& state, StreamVariable& variable, const T* x, int64_t stride, int64_t n);
+// Adds a value if that takes no more than to store it; else false.
 template <class T>
-inline bool add_values(const StreamState& state, StreamVariable& variable, const T* x, int64_t stride, int64_t n) {
-    // A short block fits as a rule, and then this is all.
-    if (variable.levels == nullptr || variable.pending != 0) return add_many(state, variable, x, stride, n);
+inline bool add_one(const StreamState& state, StreamVariable& variable, T x) {
+    if (variable.levels == nullptr || variable.pending != 0 || variable.selected == 0) return false;
     StreamLevel& level = variable.levels[0];
-    if (level.fill + n > level.room || level.fill + n > state.capacity[0])
-        return add_many(state, variable, x, stride, n);
-    T* const target = static_cast<T*>(level.values) + level.fill;
-    for (int64_t i = 0; i < n; ++i) target[i] = x[i * stride];
-    level.fill += n;
-    variable.total += n;
+    if (level.fill >= level.room || level.fill >= state.capacity[0]) return false;
+    static_cast<T*>(level.values)[level.fill++] = x;
+    ++variable.total;
     return true;
 }
 
