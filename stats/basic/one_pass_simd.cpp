@@ -137,7 +137,9 @@ void run(const Slice<T>& slice, Accumulators<T>& sums, const Panels<T>& panels) 
     if constexpr (weighted)
         while (i < slice.last && slice.weights[i] == 0) ++i;
     while (i < slice.last) {
-        const int64_t limit = cross ? std::min<int64_t>(kChunk, panels.rows) : kChunk;
+        const int64_t limit = cross     ? std::min<int64_t>(kChunk, panels.rows)
+                              : columns ? std::max<int64_t>(cached_rows<T>(slice.p), 32)
+                                        : kChunk;
         const int count = static_cast<int>(std::min(limit, slice.last - i));
         fill_factors<T, weighted, central>(weighted ? slice.weights + i : nullptr, count, sums, factors);
         if (alone) {
