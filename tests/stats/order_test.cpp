@@ -449,6 +449,32 @@ TEST(OrderStatistics, MahalanobisDistances) {
         }
 }
 
+// Keys move with what belongs to them, equal ones in their old order, on data that maps of buckets find hard as well.
+TEST(OrderStatistics, SortingWithPayloadIsStable) {
+    std::mt19937_64 g(6);
+    for (int kind = 0; kind < 6; ++kind)
+        for (const std::size_t n : {1u, 2u, 19u, 20u, 21u, 200u, 5000u, 40000u}) {
+            GuardedBuffer<double> keys(n), payload(n), scratch(2 * n);
+            std::vector<std::pair<double, double>> expected;
+            for (std::size_t i = 0; i < n; ++i) {
+                keys[i] = kind == 0   ? static_cast<double>(g()) - 0x1p63
+                          : kind == 1 ? static_cast<double>(g() % 7)
+                          : kind == 2 ? -static_cast<double>(i)
+                          : kind == 3 ? 4.0
+                          : kind == 4 ? std::ldexp(1.0, -static_cast<int>(g() % 64)) *
+                                            (1 + static_cast<double>(g() % 3) * 0x1p-50)
+                                      : (g() % 100 ? 2.0 : static_cast<double>(g()));
+                payload[i] = static_cast<double>(i);
+                expected.emplace_back(keys[i], payload[i]);
+            }
+            std::stable_sort(expected.begin(), expected.end(),
+                             [](const auto& a, const auto& b) { return a.first < b.first; });
+            stats::sort_with_payload(keys.data(), payload.data(), scratch.data(), static_cast<int64_t>(n));
+            for (std::size_t i = 0; i < n; ++i)
+                ASSERT_EQ(std::make_pair(keys[i], payload[i]), expected[i]) << "kind " << kind << " n " << n;
+        }
+}
+
 TEST(OrderStatistics, QuicksortsAndTheirSelection) {
     std::mt19937_64 g(1);
     for (int kind = 0; kind < 6; ++kind)
