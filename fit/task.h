@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "fit/status.h"
+#include "nax/fitting.h"
 #include "nax/fitting.h"
 
 // One record for both precisions: `T` of the element pointers is double when `precision` is 1, float when it is 0.

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "stats/status.h"
+#include "nax/statistics.h"
 
 using nax_ss_cleanup = int32_t (*)(nax_ss_task* task);
 

@@ -14,6 +14,8 @@
 
 #include <stdint.h>
 
+#include "nax/status.h"
+
 #include "nax/threaders.h"
 
 #ifdef __cplusplus
@@ -21,41 +23,6 @@ extern "C" {
 #endif
 
 typedef struct nax_df_task nax_df_task;
-
-/* Status codes. */
-enum nax_df_status {
-    DfStatusOk = 0,
-    DfStatusNullTask = -1000,        /* the task pointer is null */
-    DfStatusMemory = -1001,          /* allocation failed */
-    DfStatusBadMethod = -1002,       /* construction method not 0, or quadratic type other than standard and Subbotin */
-    DfStatusBadNx = -1004,           /* nx too small for the operation */
-    DfStatusBadX = -1005,            /* x null */
-    DfStatusBadXHint = -1006,        /* xhint not accepted */
-    DfStatusBadNy = -1007,           /* ny inconsistent with y, or zero where functions are needed */
-    DfStatusBadY = -1008,            /* y null */
-    DfStatusBadYHint = -1009,        /* yhint not accepted, or access to one function of a column-stored task */
-    DfStatusBadOrder = -1010,        /* s_order negative */
-    DfStatusBadType = -1011,         /* s_type unusable */
-    DfStatusBadIcType = -1012,       /* ic_type unusable */
-    DfStatusBadIc = -1013,           /* ic missing or set without a type */
-    DfStatusBadBcType = -1014,       /* bc_type unusable */
-    DfStatusBadBc = -1015,           /* bc missing where the type needs it */
-    DfStatusBadCoeff = -1016,        /* scoeff null */
-    DfStatusBadCoeffHint = -1017,    /* scoeffhint not accepted */
-    DfStatusBadPeriodicVal = -1018,  /* periodic boundary, but first and last value of a function differ */
-    DfStatusBadAttribute = -1019,    /* attribute id unknown to this editor or query */
-    DfStatusBadIndex = -1020,        /* function index out of range */
-    DfStatusBadSite = -1022,         /* look-up: a site is no partition point; or the site array is null */
-    DfStatusBadDerivCount = -1024,   /* look-up: not exactly one derivative order given */
-    DfStatusBadDerivOrder = -1025,   /* look-up: the value itself not requested */
-    DfStatusBadDataHint = -1026,     /* malformed data hint of a search */
-    DfStatusBadResultHint = -1028,   /* evaluation: rhint not accepted */
-    DfStatusBadIntegralHint = -1034, /* integration: rhint not accepted */
-    DfStatusBadFlag = -1036,         /* check_flag neither 0 nor 1 */
-    DfStatusNullOutput = -1037,      /* a result pointer is null */
-    DfStatusSolverFailure = -1500,   /* a tridiagonal factor or solve step met a zero pivot */
-    DfStatusExactResult = 1000       /* returned by a search callback: all its cells are final */
-};
 
 /* Partition hints (xhint). */
 enum nax_df_partition_hint {

@@ -14,6 +14,8 @@
 #include "nax/statistics_order.h"
 #include "nax/statistics_robust.h"
 #include "nax/statistics_basic.h"
+#include "nax/statistics.h"
+#include "nax/status.h"
 #include "nax/streams.h"
 #include "nax/threaders.h"
 #include "nax/tridiagonal.h"

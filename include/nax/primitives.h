@@ -13,12 +13,12 @@
 
 #include <stdint.h>
 
+#include "nax/status.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-#define NAX_PRIMITIVES_NULL (-8)
-#define NAX_PRIMITIVES_SIZE (-6)
 
 /* Copies `length` elements. */
 int nax_dft_avx2_opasCopy_8u(const uint8_t* source, uint8_t* target, int32_t length);

@@ -30,6 +30,8 @@
 
 #include <stdint.h>
 
+#include "nax/status.h"
+
 #include "nax/threaders.h"
 
 #ifdef __cplusplus
@@ -37,107 +39,6 @@ extern "C" {
 #endif
 
 typedef struct nax_ss_task nax_ss_task;
-
-/* Statuses. A status without a remark means that the array of that name is missing. */
-enum nax_ss_status {
-    SsStatusOk = 0,
-    SsStatusUnknownParameter = -3,       /* the id is unknown to this editor */
-    SsStatusMemory = -4000,              /* an allocation failed */
-    SsStatusBadDimension = -4001,        /* dimension missing or below 1 */
-    SsStatusBadObservationCount = -4002, /* observation count missing, below 1, or too small for the method */
-    SsStatusBadStorage = -4003,          /* unsupported storage code */
-    SsStatusBadVariableMask =
-        -4004,                 /* mask missing, or the selection of a stream run differs from that of its summaries */
-    SsStatusNoWeights = -4005, /* weights missing */
-    SsStatusNoMean = -4006,    /* mean missing; also the editors' answer to a null sum */
-    SsStatusNoRawMoment2 = -4007,
-    SsStatusNoRawMoment3 = -4008,
-    SsStatusNoRawMoment4 = -4009,
-    SsStatusNoCentralMoment2 = -4010,
-    SsStatusNoCentralMoment3 = -4011,
-    SsStatusNoCentralMoment4 = -4012,
-    SsStatusNoKurtosis = -4013,
-    SsStatusNoSkewness = -4014,
-    SsStatusNoMinimum = -4015,
-    SsStatusNoMaximum = -4016,
-    SsStatusNoVariation = -4017,
-    SsStatusNoCovariance = -4018,  /* covariance missing */
-    SsStatusNoCorrelation = -4019, /* correlation missing */
-    SsStatusNoAccumulatedWeights =
-        -4020,                         /* accumulated weights missing where weights or no observation count are given */
-    SsStatusNoQuantileOrders = -4021,  /* quantile orders missing */
-    SsStatusBadQuantileOrders = -4022, /* count of orders missing or negative, or an order outside [0, 1] */
-    SsStatusNoQuantiles = -4023,
-    SsStatusNoOrderStatistics = -4024,
-    SsStatusNoConvergence = -4026, /* the iteration of an outlier or robust method ended without an acceptable result */
-    SsStatusNoRobustMean = -4027,
-    SsStatusNoRobustCovariance = -4028,
-    SsStatusBadMethod =
-        -4029, /* method not supported by the entry, or the word names no or more than one basic method */
-    SsStatusNoGroupIndices = -4030,     /* group indices, or indices of group covariances, missing in a computation */
-    SsStatusNullTask = -4031,           /* the task pointer is null */
-    SsStatusNoObservations = -4032,     /* observation matrix missing */
-    SsStatusUnusableCovariance = -4033, /* a negative variance, or a covariance that can't be made invertible */
-    SsStatusNoPooledCovariance = -4034,
-    SsStatusNoPooledMean = -4035,
-    SsStatusNoGroupCovariance = -4036,
-    SsStatusNoGroupMeans = -4037,
-    SsStatusBadGroupIndices =
-        -4038, /* group indices, or indices of group covariances, null to an editor or with invalid values */
-    SsStatusNoOutlierParams = -4039,     /* outlier parameters missing */
-    SsStatusNoOutlierParamCount = -4040, /* count of outlier parameters missing */
-    SsStatusNoOutlierWeights = -4041,
-    SsStatusNoRobustParams = -4042,        /* robust parameters missing */
-    SsStatusNoRobustParamCount = -4043,    /* count of robust parameters missing */
-    SsStatusNoStorage = -4044,             /* a storage code missing, or storage codes of an in-place sort unequal */
-    SsStatusNoConditioningIndices = -4045, /* conditioning indices missing */
-    SsStatusNoPartialCovariance = -4046,
-    SsStatusNoPartialCorrelation = -4047,
-    SsStatusNoMissingParams = -4048,        /* parameters of the imputation missing */
-    SsStatusNoMissingParamCount = -4049,    /* count of these parameters missing */
-    SsStatusBadMissingParamCount = -4050,   /* count of these parameters is not 5 */
-    SsStatusBadImputationCount = -4051,     /* number of imputations, or of missing entries, not above 0 */
-    SsStatusNoInitialEstimateCount = -4052, /* count of initial estimates missing */
-    SsStatusNoInitialEstimates = -4053,     /* initial estimates missing */
-    SsStatusNoSimulatedValues = -4054,      /* simulated values missing */
-    SsStatusNoSimulatedCount = -4055,       /* count of simulated values missing */
-    SsStatusNoEstimateCount = -4056,        /* count of estimates missing */
-    SsStatusNoEstimates = -4057,            /* estimates missing */
-    SsStatusBadSimulatedCount = -4058,      /* count of simulated values is not imputations times missing entries */
-    SsStatusBadEstimateCount = -4059,       /* count of estimates is not that of all iterations */
-    SsStatusNothingRequested = -4060,       /* neither simulated values nor estimates asked for */
-    SsStatusNoPriorCount = -4061,           /* count of prior parameters missing */
-    SsStatusNoPrior = -4062,                /* prior missing */
-    SsStatusBadMissingCount = -4063,     /* the matrix has another number of missing entries than the parameter says */
-    SsStatusNoStreamParamCount = -4064,  /* count of stream parameters missing */
-    SsStatusNoStreamParams = -4065,      /* stream parameters missing */
-    SsStatusBadStreamParamCount = -4066, /* count of stream parameters is not 1, or null to an editor */
-    SsStatusBadStreamAccuracy = -4067,   /* epsilon not above 0, or above 1 */
-    SsStatusNoStreamOrders = -4068,      /* stream orders missing */
-    SsStatusBadStreamOrders = -4069,     /* count of stream orders missing or negative, or an order outside [0, 1] */
-    SsStatusNoStreamQuantiles = -4070,
-    SsStatusNoParametrizedCorrelation = -4071,
-    SsStatusParametrizationFailed = -4072, /* no positive eigenvalue, or the eigenvalues could not be found */
-    SsStatusNoConditioning = -4073,        /* no variable of the result, or no conditioning variable, selected */
-    SsStatusNoSum = -4074,
-    SsStatusNoRawSum2 = -4075,
-    SsStatusNoRawSum3 = -4076,
-    SsStatusNoRawSum4 = -4077,
-    SsStatusNoCentralSum2 = -4078,
-    SsStatusNoCentralSum3 = -4079,
-    SsStatusNoCentralSum4 = -4080,
-    SsStatusNoCrossProduct = -4081, /* cross-products missing */
-    SsStatusNoMedianAbsoluteDeviation = -4082,
-    SsStatusNoMeanAbsoluteDeviation = -4083,
-    SsStatusNoSorted = -4084,
-    SsStatusMaskInPlace = -4085,       /* a variable mask given for an in-place sort */
-    SsStatusDrawFailed = -5023,        /* imputation: a Gaussian draw failed */
-    SsStatusDrawFactorFailed = -5024,  /* imputation: a covariance to draw from is not positive definite */
-    SsStatusDrawInverseFailed = -5025, /* imputation: the triangle of a draw is singular */
-    SsStatusEigenvaluesFailed = -5040, /* eigenvalues of a covariance could not be found */
-    SsStatusFactorFailed = -5041,      /* a covariance is not positive definite */
-    SsStatusInverseFailed = -5042      /* the factor of a covariance is singular */
-};
 
 /* Storage of an observation matrix. With one variable the two are the same. */
 enum nax_ss_storage {
