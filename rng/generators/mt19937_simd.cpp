@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 #include "rng/generators/mt19937.h"
 #include "rng/generators/to_real.h"
 
@@ -33,65 +32,35 @@ struct Temper {
     Words operator()(Words y) const { return temper(y); }
 };
 
-// A working copy of the block on a vector boundary, written back at the end: the payload's 16-byte alignment would make
-// every wide access cross a cache line.
-class WorkingBlock {
-public:
-    explicit WorkingBlock(uint32_t* home) : home_(home) { std::memcpy(x_, home, sizeof(x_)); }
-    ~WorkingBlock() { std::memcpy(home_, x_, sizeof(x_)); }
-    WorkingBlock(const WorkingBlock&) = delete;
-    WorkingBlock& operator=(const WorkingBlock&) = delete;
-
-    const uint32_t* words() const { return x_; }
-
-    // Replaces all words by the next block and hands each new vector to emit(k, words).
-    template <class Emit>
-    void refill(const Emit& emit) {
-        constexpr int kWrap = (kWords - kMiddle) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
-        constexpr int kLast = kWords - kLanes32;
-        int k = 0;
-        for (; k < kWrap; k += kLanes32) advance(k, load<U32>(x_ + k + 1), load<U32>(x_ + k + kMiddle), emit);
-        const U32 first = load<U32>(x_);
-        constexpr int kInside = kWrap + kMiddle - kLast;
-        advance(k, load<U32>(x_ + k + 1), join<kInside>(load<U32>(x_ + kLast), first), emit);
-        for (k += kLanes32; k < kLast; k += kLanes32) {
-            advance(k, load<U32>(x_ + k + 1), load<U32>(x_ + k + kMiddle - kWords), emit);
-        }
-        advance(k, join<1>(load<U32>(x_ + k), first), load<U32>(x_ + k + kMiddle - kWords), emit);
-    }
-
-private:
-    template <class Emit>
-    void advance(int k, U32 following, U32 middle, const Emit& emit) {
-        const U32 y = select(broadcast(kMt19937UpperBit), load<U32>(x_ + k), following);
-        const U32 words = xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA));
-        store(x_ + k, words);
-        emit(k, words);
-    }
-
-    alignas(64) uint32_t x_[kWords];
-    uint32_t* home_;
-};
-
-constexpr auto kSilent = [](int, U32) {};
+// Replaces all words by the next block.
+[[gnu::noinline]] void refill(uint32_t* x) {
+    const auto advance = [x](int k, U32 following, U32 middle) __attribute__((always_inline)) {
+        const U32 y = select(broadcast(kMt19937UpperBit), load<U32>(x + k), following);
+        store(x + k, xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA)));
+    };
+    constexpr int kWrap = (kWords - kMiddle) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
+    constexpr int kLast = kWords - kLanes32;
+    int k = 0;
+    for (; k < kWrap; k += kLanes32) advance(k, load<U32>(x + k + 1), load<U32>(x + k + kMiddle));
+    const U32 first = load<U32>(x);
+    constexpr int kInside = kWrap + kMiddle - kLast;
+    advance(k, load<U32>(x + k + 1), join<kInside>(load<U32>(x + kLast), first));
+    for (k += kLanes32; k < kLast; k += kLanes32) advance(k, load<U32>(x + k + 1), load<U32>(x + k + kMiddle - kWords));
+    advance(k, join<1>(load<U32>(x + k), first), load<U32>(x + k + kMiddle - kWords));
+}
 
 template <class Map, class T>
 void draw(Mt19937State& state, int n, T* r, const Map& map) {
-    const int unread = std::min(n, kWords - state.next);
-    map_words(state.x + state.next, unread, r, Temper{}, map);
-    state.next += unread;
-    n -= unread;
-    r += unread;
-    if (n == 0) return;
-
-    WorkingBlock block(state.x);
-    for (; n >= kWords; n -= kWords, r += kWords) {
-        block.refill([&](int k, U32 words) { map.store_block(r + k, temper(words)); });
+    for (;;) {
+        const int take = std::min(n, kWords - state.next);
+        map_words(state.x + state.next, take, r, Temper{}, map);
+        state.next += take;
+        n -= take;
+        r += take;
+        if (n == 0) return;
+        refill(state.x);
+        state.next = 0;
     }
-    if (n == 0) return;
-    block.refill(kSilent);
-    map_words(block.words(), n, r, Temper{}, map);
-    state.next = n;
 }
 
 }  // namespace
@@ -103,9 +72,8 @@ void mt19937_discard(Mt19937State& state, uint64_t n) {
         return;
     }
     n -= unread;
-    WorkingBlock block(state.x);
     for (;; n -= kWords) {
-        block.refill(kSilent);
+        refill(state.x);
         if (n <= kWords) break;
     }
     state.next = static_cast<int32_t>(n);

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 #include "rng/generators/mt2203.h"
 #include "rng/generators/to_real.h"
 

@@ -2,7 +2,7 @@
 // it, flushes a denormal. The double EP kernel is the HA one under its own name.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -22,8 +22,8 @@ constexpr Abs<Double> vdabs_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Abs, Z0HAynn, vsabs_data)
-NAX_UNARY_KERNEL(d, Abs, Z0HAynn, vdabs_data)
-NAX_UNARY_KERNEL(d, Abs, Z0EPnnn, vdabs_data)
+NAX_UNARY_KERNEL(s, Abs, Z0HA, vsabs_data)
+NAX_UNARY_KERNEL(d, Abs, Z0HA, vdabs_data)
+NAX_UNARY_KERNEL(d, Abs, Z0EP, vdabs_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -1,7 +1,7 @@
 // r = a + b.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -18,7 +18,7 @@ constexpr Add<Double> vdadd_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Add, Z0HAynn, vsadd_data)
-NAX_BINARY_KERNEL(d, Add, Z0HAynn, vdadd_data)
+NAX_BINARY_KERNEL(s, Add, Z0HA, vsadd_data)
+NAX_BINARY_KERNEL(d, Add, Z0HA, vdadd_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -1,7 +1,7 @@
 // r = the smallest integer not below x; -0 for -1 < x <= -0.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -10,7 +10,7 @@ struct Ceil {
     using Vector = typename E::Vector;
     static constexpr int unroll = 64 / E::lanes;
 
-    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0x2>(x); }
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_to_integer<kUpward>(x); }
 };
 
 constexpr Ceil<Single> vsceil_data{};
@@ -18,7 +18,7 @@ constexpr Ceil<Double> vdceil_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Ceil, Z0HAynn, vsceil_data)
-NAX_UNARY_KERNEL(d, Ceil, Z0HAynn, vdceil_data)
+NAX_UNARY_KERNEL(s, Ceil, Z0HA, vsceil_data)
+NAX_UNARY_KERNEL(d, Ceil, Z0HA, vdceil_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

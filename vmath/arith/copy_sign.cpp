@@ -1,7 +1,7 @@
 // r = the magnitude of a with the sign of b. A move of bits: NaN payloads and denormals pass untouched.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -20,7 +20,7 @@ constexpr CopySign<Double> vdcopysign_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, CopySign, Z0HAynn, vscopysign_data)
-NAX_BINARY_KERNEL(d, CopySign, Z0HAynn, vdcopysign_data)
+NAX_BINARY_KERNEL(s, CopySign, Z0HA, vscopysign_data)
+NAX_BINARY_KERNEL(d, CopySign, Z0HA, vdcopysign_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

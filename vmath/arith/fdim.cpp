@@ -3,7 +3,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -13,7 +13,6 @@ struct Fdim {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsfdim_cout_rare, vdfdim_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsFdim", "vdFdim");
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         r = zero_unless(not_less_equal(a, b), sub(a, b));
@@ -26,7 +25,7 @@ constexpr Fdim<Double> vdfdim_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Fdim, Z0HAynn, vsfdim_data)
-NAX_BINARY_KERNEL(d, Fdim, Z0HAynn, vdfdim_data)
+NAX_BINARY_KERNEL(s, Fdim, Z0HA, vsfdim_data)
+NAX_BINARY_KERNEL(d, Fdim, Z0HA, vdfdim_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -1,7 +1,7 @@
 // r = the largest integer not above x.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -10,7 +10,7 @@ struct Floor {
     using Vector = typename E::Vector;
     static constexpr int unroll = 64 / E::lanes;
 
-    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0x1>(x); }
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_to_integer<kDownward>(x); }
 };
 
 constexpr Floor<Single> vsfloor_data{};
@@ -18,7 +18,7 @@ constexpr Floor<Double> vdfloor_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Floor, Z0HAynn, vsfloor_data)
-NAX_UNARY_KERNEL(d, Floor, Z0HAynn, vdfloor_data)
+NAX_UNARY_KERNEL(s, Floor, Z0HA, vsfloor_data)
+NAX_UNARY_KERNEL(d, Floor, Z0HA, vdfloor_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -3,7 +3,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -13,7 +13,6 @@ struct Fmax {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsfmax_cout_rare, vdfmax_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsFmax", "vdFmax");
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         r = choose(unordered(b, b), a, max(a, b));
@@ -26,7 +25,7 @@ constexpr Fmax<Double> vdfmax_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Fmax, Z0HAynn, vsfmax_data)
-NAX_BINARY_KERNEL(d, Fmax, Z0HAynn, vdfmax_data)
+NAX_BINARY_KERNEL(s, Fmax, Z0HA, vsfmax_data)
+NAX_BINARY_KERNEL(d, Fmax, Z0HA, vdfmax_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

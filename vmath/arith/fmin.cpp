@@ -3,7 +3,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -13,7 +13,6 @@ struct Fmin {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsfmin_cout_rare, vdfmin_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsFmin", "vdFmin");
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         r = choose(unordered(b, b), a, min(a, b));
@@ -26,7 +25,7 @@ constexpr Fmin<Double> vdfmin_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Fmin, Z0HAynn, vsfmin_data)
-NAX_BINARY_KERNEL(d, Fmin, Z0HAynn, vdfmin_data)
+NAX_BINARY_KERNEL(s, Fmin, Z0HA, vsfmin_data)
+NAX_BINARY_KERNEL(d, Fmin, Z0HA, vdfmin_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

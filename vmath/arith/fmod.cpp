@@ -8,7 +8,7 @@
 #include "vmath/arith/quotient.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -18,7 +18,6 @@ struct Fmod {
     using Mask = typename E::Mask;
     static constexpr int unroll = 2;
     static constexpr auto rare = by_precision<E>(vsfmod_cout_rare, vdfmod_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsFmod", "vdFmod");
 
     Vector sign = E::row_of_bits(E::sign_bit);
     Vector zero = E::row(0.0);
@@ -28,7 +27,7 @@ struct Fmod {
         const Vector divisor = and_not(sign, b);
         Vector rest = and_not(sign, a);
         const auto [quotient, rare_lanes] = step.reduce(rest, divisor);
-        rest = fnma(round_scale<0xB>(quotient), divisor, rest);
+        rest = fnma(round_to_integer<kTowardZero>(quotient), divisor, rest);
         rest = add_where(less(rest, zero), rest, divisor);
         r = step.dividend_if_infinite(divisor, a, bit_choose(sign, a, rest));
         return rare_lanes;
@@ -40,7 +39,7 @@ constexpr Fmod<Double> vdfmod_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Fmod, Z0HAynn, vsfmod_data)
-NAX_BINARY_KERNEL(d, Fmod, Z0HAynn, vdfmod_data)
+NAX_BINARY_KERNEL(s, Fmod, Z0HA, vsfmod_data)
+NAX_BINARY_KERNEL(d, Fmod, Z0HA, vdfmod_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

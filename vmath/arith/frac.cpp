@@ -2,7 +2,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -12,10 +12,9 @@ struct Frac {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsfrac_cout_rare, vdfrac_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsFrac", "vdFrac");
 
     NAX_VEC Mask eval(Vector x, Vector& r) const {
-        r = sub(x, round_scale<0xB>(x));
+        r = sub(x, round_to_integer<kTowardZero>(x));
         return is_class<kNan | kInf>(x);
     }
 };
@@ -25,7 +24,7 @@ constexpr Frac<Double> vdfrac_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Frac, Z0HAynn, vsfrac_data)
-NAX_UNARY_KERNEL(d, Frac, Z0HAynn, vdfrac_data)
+NAX_UNARY_KERNEL(s, Frac, Z0HA, vsfrac_data)
+NAX_UNARY_KERNEL(d, Frac, Z0HA, vdfrac_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -3,7 +3,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -13,13 +13,12 @@ struct MaxMag {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsmaxmag_cout_rare, vdmaxmag_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsMaxMag", "vdMaxMag");
 
     Vector sign = E::row_of_bits(E::sign_bit);
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         const Vector magnitude_a = and_not(sign, a), magnitude_b = and_not(sign, b);
-        r = choose(Mask(greater(magnitude_a, magnitude_b) | unordered(b, b)), a, max(a, b));
+        r = choose(greater(magnitude_a, magnitude_b) | unordered(b, b), a, max(a, b));
         r = choose(less(magnitude_a, magnitude_b), b, r);
         return unordered(a, b);
     }
@@ -30,7 +29,7 @@ constexpr MaxMag<Double> vdmaxmag_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, MaxMag, Z0HAynn, vsmaxmag_data)
-NAX_BINARY_KERNEL(d, MaxMag, Z0HAynn, vdmaxmag_data)
+NAX_BINARY_KERNEL(s, MaxMag, Z0HA, vsmaxmag_data)
+NAX_BINARY_KERNEL(d, MaxMag, Z0HA, vdmaxmag_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

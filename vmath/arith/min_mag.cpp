@@ -3,7 +3,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -13,13 +13,12 @@ struct MinMag {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsminmag_cout_rare, vdminmag_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsMinMag", "vdMinMag");
 
     Vector sign = E::row_of_bits(E::sign_bit);
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         const Vector magnitude_a = and_not(sign, a), magnitude_b = and_not(sign, b);
-        r = choose(Mask(less(magnitude_a, magnitude_b) | unordered(b, b)), a, min(a, b));
+        r = choose(less(magnitude_a, magnitude_b) | unordered(b, b), a, min(a, b));
         r = choose(greater(magnitude_a, magnitude_b), b, r);
         return unordered(a, b);
     }
@@ -30,7 +29,7 @@ constexpr MinMag<Double> vdminmag_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, MinMag, Z0HAynn, vsminmag_data)
-NAX_BINARY_KERNEL(d, MinMag, Z0HAynn, vdminmag_data)
+NAX_BINARY_KERNEL(s, MinMag, Z0HA, vsminmag_data)
+NAX_BINARY_KERNEL(d, MinMag, Z0HA, vdminmag_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

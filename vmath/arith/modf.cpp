@@ -2,7 +2,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -12,10 +12,9 @@ struct Modf {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsmodf_cout_rare, vdmodf_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsModf", "vdModf");
 
     NAX_VEC Mask eval(Vector x, Vector& whole, Vector& fraction) const {
-        whole = round_scale<0xB>(x);
+        whole = round_to_integer<kTowardZero>(x);
         fraction = sub(x, whole);
         return is_class<kNan | kInf>(x);
     }
@@ -26,7 +25,7 @@ constexpr Modf<Double> vdmodf_data{};
 
 }  // namespace
 
-NAX_TWO_RESULT_KERNEL(s, Modf, Z0HAynn, vsmodf_data)
-NAX_TWO_RESULT_KERNEL(d, Modf, Z0HAynn, vdmodf_data)
+NAX_TWO_RESULT_KERNEL(s, Modf, Z0HA, vsmodf_data)
+NAX_TWO_RESULT_KERNEL(d, Modf, Z0HA, vdmodf_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

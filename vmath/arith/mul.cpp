@@ -1,7 +1,7 @@
 // r = a b.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -18,7 +18,7 @@ constexpr Mul<Double> vdmul_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Mul, Z0HAynn, vsmul_data)
-NAX_BINARY_KERNEL(d, Mul, Z0HAynn, vdmul_data)
+NAX_BINARY_KERNEL(s, Mul, Z0HA, vsmul_data)
+NAX_BINARY_KERNEL(d, Mul, Z0HA, vdmul_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -2,7 +2,7 @@
 // inexact flag, where that of Rint leaves it to the exception suppression that both share.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -11,7 +11,7 @@ struct NearbyInt {
     using Vector = typename E::Vector;
     static constexpr int unroll = 64 / E::lanes;
 
-    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0xC>(x); }
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_to_integer<kToNearest>(x); }
 };
 
 constexpr NearbyInt<Single> vsnearbyint_data{};
@@ -19,7 +19,7 @@ constexpr NearbyInt<Double> vdnearbyint_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, NearbyInt, Z0HAynn, vsnearbyint_data)
-NAX_UNARY_KERNEL(d, NearbyInt, Z0HAynn, vdnearbyint_data)
+NAX_UNARY_KERNEL(s, NearbyInt, Z0HA, vsnearbyint_data)
+NAX_UNARY_KERNEL(d, NearbyInt, Z0HA, vdnearbyint_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

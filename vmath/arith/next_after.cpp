@@ -5,7 +5,7 @@
 #include "vmath/arith/arith_rare.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -15,7 +15,6 @@ struct NextAfter {
     using Mask = typename E::Mask;
     static constexpr int unroll = 4;
     static constexpr auto rare = by_precision<E>(vsnextafter_cout_rare, vdnextafter_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsNextAfter", "vdNextAfter");
 
     using Bits = typename E::Bits;
     static constexpr typename E::Integer first = typename E::Integer{1} << E::mantissa_bits;
@@ -27,16 +26,16 @@ struct NextAfter {
 
     // Unsigned wrap-around puts zeros and denormals above all normal numbers.
     NAX_VEC Mask is_normal(Bits x) const {
-        return Mask(~above_equal((x & magnitude) - first_normal, normals));
+        return ~above_equal((x & magnitude) - first_normal, normals);
     }
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         const Bits bits_a = bits(a);
-        const Bits away = choose(Mask(less(a, b) ^ sign_mask(a)), one, -one);
+        const Bits away = choose(less(a, b) ^ sign_mask(a), one, -one);
         const Bits next = choose(equal(a, b), bits(b), bits_a + away);
         r = from_bits(next);
         const Mask normal = is_normal(bits_a) & is_normal(next);
-        return Mask(~normal | unordered(b, b));
+        return ~normal | unordered(b, b);
     }
 };
 
@@ -45,7 +44,7 @@ constexpr NextAfter<Double> vdnextafter_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, NextAfter, Z0HAynn, vsnextafter_data)
-NAX_BINARY_KERNEL(d, NextAfter, Z0HAynn, vdnextafter_data)
+NAX_BINARY_KERNEL(s, NextAfter, Z0HA, vsnextafter_data)
+NAX_BINARY_KERNEL(d, NextAfter, Z0HA, vdnextafter_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

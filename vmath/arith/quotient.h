@@ -1,9 +1,9 @@
 // Exact reduction of large quotients, shared by Fmod and Remainder.
 #pragma once
 
-#include "vmath/frame/vec.h"
+#include "vmath/frame/memory.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 // With q = rest/divisor rounded to nearest and at least 2^p (p bits of mantissa), q is an even integer and its error at
 // most half its last place. So rest - q divisor in one fused step is at most half of (last place of q) divisor in size
@@ -32,14 +32,14 @@ struct QuotientStep {
     NAX_VEC Result reduce(Vector& rest, Vector divisor) const {
         Vector quotient = div(rest, divisor);
         const Mask rare = not_less_equal(quotient, largest);
-        Mask large = Mask(greater_equal(quotient, limit) & ~rare);
-        while (large != 0) [[unlikely]] {
+        Mask large = greater_equal(quotient, limit) & ~rare;
+        while (any(large)) [[unlikely]] {
             rest = choose(large, fnma(quotient, divisor, rest), rest);
             quotient = choose(large, div(rest, divisor), quotient);
-            large = Mask(large & greater_equal(and_not(sign, quotient), limit));
+            large = large & greater_equal(and_not(sign, quotient), limit);
         }
         return {quotient, rare};
     }
 };
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -9,7 +9,7 @@
 #include "vmath/arith/quotient.h"
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -19,24 +19,22 @@ struct Remainder {
     using Mask = typename E::Mask;
     static constexpr int unroll = 2;
     static constexpr auto rare = by_precision<E>(vsremainder_cout_rare, vdremainder_cout_rare);
-    static constexpr const char* name = by_precision<E>("vsRemainder", "vdRemainder");
 
     Vector sign = E::row_of_bits(E::sign_bit);
-    typename E::Bits one = E::bits_row(1);
     QuotientStep<E> step;
 
     NAX_VEC Mask eval(Vector a, Vector b, Vector& r) const {
         const Vector divisor = and_not(sign, b);
         Vector rest = and_not(sign, a);
         const auto [quotient, rare_lanes] = step.reduce(rest, divisor);
-        const Vector nearest = round_scale<0x8>(quotient);
+        const Vector nearest = round_to_integer<kToNearest>(quotient);
         rest = fnma(nearest, divisor, rest);
         // Doubling is exact, or overflows, which still compares right.
         const Vector twice = add(rest, rest), twice_magnitude = and_not(sign, twice);
         const Vector towards_zero = bit_choose(sign, rest, divisor);
-        const Mask tie = equal(twice_magnitude, divisor) & test(to_integer(nearest), one);
+        const Mask tie = equal(twice_magnitude, divisor) & is_odd(nearest);
         const Mask beyond = greater(twice_magnitude, divisor);
-        rest = sub_where(Mask(beyond | tie), rest, towards_zero);
+        rest = sub_where(beyond | tie, rest, towards_zero);
         r = step.dividend_if_infinite(divisor, a, bit_xor(rest, bit_and(sign, a)));
         return rare_lanes;
     }
@@ -47,7 +45,7 @@ constexpr Remainder<Double> vdremainder_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Remainder, Z0HAynn, vsremainder_data)
-NAX_BINARY_KERNEL(d, Remainder, Z0HAynn, vdremainder_data)
+NAX_BINARY_KERNEL(s, Remainder, Z0HA, vsremainder_data)
+NAX_BINARY_KERNEL(d, Remainder, Z0HA, vdremainder_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

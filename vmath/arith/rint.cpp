@@ -1,7 +1,7 @@
 // r = x rounded by the mode in MXCSR, which is to nearest even inside a kernel.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -10,7 +10,7 @@ struct Rint {
     using Vector = typename E::Vector;
     static constexpr int unroll = 64 / E::lanes;
 
-    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0x4>(x); }
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_to_integer<kToNearest>(x); }
 };
 
 constexpr Rint<Single> vsrint_data{};
@@ -18,7 +18,7 @@ constexpr Rint<Double> vdrint_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Rint, Z0HAynn, vsrint_data)
-NAX_UNARY_KERNEL(d, Rint, Z0HAynn, vdrint_data)
+NAX_UNARY_KERNEL(s, Rint, Z0HA, vsrint_data)
+NAX_UNARY_KERNEL(d, Rint, Z0HA, vdrint_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

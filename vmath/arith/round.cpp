@@ -2,7 +2,7 @@
 //   r = sign(x) (t + 1) where a - t = 1/2, which is where a tie went down to even, else sign(x) t.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -17,7 +17,7 @@ struct Round {
 
     NAX_VEC void eval(Vector x, Vector& r) const {
         const Vector a = and_not(sign, x);
-        const Vector t = round_scale<0x8>(a);
+        const Vector t = round_to_integer<kToNearest>(a);
         const Vector magnitude = add_where(equal(sub(a, t), half), t, one);
         r = bit_choose(sign, x, magnitude);
     }
@@ -28,7 +28,7 @@ constexpr Round<Double> vdround_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Round, Z0HAynn, vsround_data)
-NAX_UNARY_KERNEL(d, Round, Z0HAynn, vdround_data)
+NAX_UNARY_KERNEL(s, Round, Z0HA, vsround_data)
+NAX_UNARY_KERNEL(d, Round, Z0HA, vdround_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -1,7 +1,7 @@
 // r = x x.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -18,7 +18,7 @@ constexpr Sqr<Double> vdsqr_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Sqr, Z0HAynn, vssqr_data)
-NAX_UNARY_KERNEL(d, Sqr, Z0HAynn, vdsqr_data)
+NAX_UNARY_KERNEL(s, Sqr, Z0HA, vssqr_data)
+NAX_UNARY_KERNEL(d, Sqr, Z0HA, vdsqr_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -1,7 +1,7 @@
 // r = a - b.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -18,7 +18,7 @@ constexpr Sub<Double> vdsub_data{};
 
 }  // namespace
 
-NAX_BINARY_KERNEL(s, Sub, Z0HAynn, vssub_data)
-NAX_BINARY_KERNEL(d, Sub, Z0HAynn, vdsub_data)
+NAX_BINARY_KERNEL(s, Sub, Z0HA, vssub_data)
+NAX_BINARY_KERNEL(d, Sub, Z0HA, vdsub_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

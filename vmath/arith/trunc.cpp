@@ -1,7 +1,7 @@
 // r = x without its fraction, with the sign of x.
 #include "vmath/frame/kernel_exports.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -10,7 +10,7 @@ struct Trunc {
     using Vector = typename E::Vector;
     static constexpr int unroll = 64 / E::lanes;
 
-    NAX_VEC void eval(Vector x, Vector& r) const { r = round_scale<0x3>(x); }
+    NAX_VEC void eval(Vector x, Vector& r) const { r = round_to_integer<kTowardZero>(x); }
 };
 
 constexpr Trunc<Single> vstrunc_data{};
@@ -18,7 +18,7 @@ constexpr Trunc<Double> vdtrunc_data{};
 
 }  // namespace
 
-NAX_UNARY_KERNEL(s, Trunc, Z0HAynn, vstrunc_data)
-NAX_UNARY_KERNEL(d, Trunc, Z0HAynn, vdtrunc_data)
+NAX_UNARY_KERNEL(s, Trunc, Z0HA, vstrunc_data)
+NAX_UNARY_KERNEL(d, Trunc, Z0HA, vdtrunc_data)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

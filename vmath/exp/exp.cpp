@@ -8,9 +8,8 @@
 #include "vmath/exp/split.h"
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/frame/polynomial.h"
-#include "vmath/frame/table.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 namespace double_ha {
@@ -18,10 +17,9 @@ struct Exp {
     using Precision = Double;
     using Vector = Double::Vector;
     static constexpr int unroll = 2;
-    static constexpr char name[] = "vdExp";
     static constexpr auto rare = vdexp_cout_rare;
 
-    Table<Double, 2> high, low;
+    PairTable<Double, 16> powers;
     Vector log2_e;
     Vector shifter;
     Vector ln2_high, ln2_low;
@@ -29,26 +27,26 @@ struct Exp {
     Coefficients<Double, 6> polynomial;
     OrdinaryRange<Double> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
         // N, and j in the low bits of z
-        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
+        const Vector z = fma_down(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
-        // (e^r - 1)/r; the fit lies below it by up to 2^-56
-        const Vector q = polynomial.rounded<kUp>(r, mul(r, r));
+        // (e^r - 1)/r
+        const Vector q = polynomial(r, mul(r, r));
         // 2^(j/16) e^r = T (1 + t) (1 + r q)
-        const Vector t = high[bits(z)];
-        const Vector u = fma(r, q, low[bits(z)]);
-        y = scale(fma(u, t, t), n);
+        Vector high, low;
+        powers.look_up(bits(z), high, low);
+        const Vector u = fma(r, q, low);
+        y = scale_split<4, 1023>(fma(u, high, high), z, n, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
-    exp2_16,
-    exp2_16_relative_low,
+    {exp2_16, exp2_16_relative_low},
     Double::row(0x1.71547652b82fep+0),     // log2(e)
     Double::row(kSixteenthsShifter),       // leaves N in sixteenths
     Double::row(0x1.62e42fefa39efp-1),     // ln2; N has few bits, so the fused difference is exact
@@ -65,10 +63,9 @@ struct Exp {
     using Precision = Double;
     using Vector = Double::Vector;
     static constexpr int unroll = 4;
-    static constexpr char name[] = "vdExp";
     static constexpr auto rare = vdexp_cout_rare;
 
-    Table<Double, 2> high;
+    Table<Double, 16> powers;
     Vector log2_e;
     Vector shifter;
     Vector ln2_high, ln2_low;
@@ -76,17 +73,17 @@ struct Exp {
     Coefficients<Double, 6> polynomial;
     OrdinaryRange<Double> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
         // N, and j in the low bits of z
-        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
+        const Vector z = fma_down(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
         // e^r - 1
         const Vector p = mul(r, polynomial(r, mul(r, r)));
         // 2^(j/16) e^r
-        const Vector t = high[bits(z)];
-        y = scale(fma(t, p, t), n);
+        const Vector t = powers[bits(z)];
+        y = scale_split<4, 1023>(fma(t, p, t), z, n, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
@@ -110,10 +107,9 @@ struct Exp {
     using Precision = Double;
     using Vector = Double::Vector;
     static constexpr int unroll = 4;
-    static constexpr char name[] = "vdExp";
     static constexpr auto rare = vdexp_cout_rare;
 
-    Table<Double, 2> high;
+    Table<Double, 16> powers;
     Vector log2_e;
     Vector shifter;
     Vector ln2;
@@ -121,16 +117,16 @@ struct Exp {
     Coefficients<Double, 3> polynomial;
     OrdinaryRange<Double> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
         // N, and j in the low bits of z
-        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
+        const Vector z = fma_down(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2, x), below_two);
         // 2^(j/16) e^r
-        const Vector t = high[bits(z)];
+        const Vector t = powers[bits(z)];
         const Vector q = fma(fma(polynomial.c[2], r, polynomial.c[1]), r, polynomial.c[0]);
-        y = scale(fma(q, mul(t, r), t), n);
+        y = scale_split<4, 1023>(fma(q, mul(t, r), t), z, n, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
@@ -152,45 +148,45 @@ struct Exp {
     using Precision = Single;
     using Vector = Single::Vector;
     static constexpr int unroll = 2;
-    static constexpr char name[] = "vsExp";
     static constexpr auto rare = vsexp_cout_rare;
 
-    Table<Single, 2> high, low;
+    PairTable<Single, 32> powers;
     Vector log2_e;
     Vector shifter;
     Vector ln2_high, ln2_low;
     Vector below_two;
     Coefficients<Single, 2> polynomial;
-    Single::Bits inf_where_inf;
+    [[no_unique_address]] InfinityOf<Single> infinity_of;
     OrdinaryRange<Single> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
         // N, and j in the low bits of z
-        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
+        const Vector z = fma_down(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
         // r, finite also for Inf and NaN
         const Vector r = bit_and(fnma(n, ln2_low, fnma(n, ln2_high, x)), below_two);
         // 2^(N + j/32)
-        const Vector s = scale(high[bits(z)], n);
+        Vector high, low;
+        powers.look_up(bits(z), high, low);
+        const Vector s = scale_split<5, 0>(high, z, n, care);
         // t + e^r - 1
-        const Vector u = fma(mul(r, r), fma(polynomial.c[1], r, polynomial.c[0]), add(low[bits(z)], r));
+        const Vector u = fma(mul(r, r), fma(polynomial.c[1], r, polynomial.c[0]), add(low, r));
         // beside an infinite S the other term may be NaN
-        y = fix_up(fma(u, s, s), s, inf_where_inf);
+        y = infinity_of(fma(u, s, s), s, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
 };
 
 alignas(64) constexpr Exp exp = {
-    exp2_32f,
-    exp2_32f_relative_low,
+    {exp2_32f, exp2_32f_relative_low},
     Single::row(0x1.715476p+0f),                    // log2(e)
     Single::row(393216.0f),                         // 1.5 2^18: leaves N in 1/32
     Single::row(0x1.62e43p-1f),                     // ln2; N has few bits, so the fused difference is exact
     Single::row(-0x1.05c61p-29f),                   // ln2 less the former
     Single::row_of_bits(kBelowTwoSingle),           // all bits but the 30th
     {{0.5000146627426147f, 0.16667155921459198f}},  // least error on [0, ln2/32), 2^-28.7
-    Single::bits_row(kInfWherePlusInf),
+    {},
     87.33654022216797f,  // 126 ln2
 };
 }  // namespace single_ha
@@ -200,17 +196,16 @@ struct Exp {
     using Precision = Single;
     using Vector = Single::Vector;
     static constexpr int unroll = 2;
-    static constexpr char name[] = "vsExp";
     static constexpr auto rare = vsexp_cout_rare;
 
-    Table<Single, 2> coarse, fine;
+    Table<Single, 32> coarse, fine;
     Vector log2_e;
     Vector shifter;
     Vector ln2_high, ln2_low;
     Vector half;
     OrdinaryRange<Single> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
         // N to nearest: r on both sides of 0 halves the error of the straight line below
         const Vector z = fma(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
@@ -219,7 +214,7 @@ struct Exp {
         // 2^(j/1024)
         const Vector s = mul(fine[bits(z)], coarse[shift_right<5>(bits(z))]);
         // e^r = 1 + r, as r < 2^-11
-        y = scale(fma(s, r, s), n);
+        y = scale_split<10, 0>(fma(s, r, s), z, n, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
@@ -242,22 +237,21 @@ struct Exp {
     using Precision = Single;
     using Vector = Single::Vector;
     static constexpr int unroll = 1;
-    static constexpr char name[] = "vsExp";
     static constexpr auto rare = vsexp_cout_rare;
 
-    Table<Single, 1> finest;
-    Table<Single, 2> fine, coarse;
+    Table<Single, 16> finest;
+    Table<Single, 32> fine, coarse;
     Vector log2_e;
     Vector shifter;
     OrdinaryRange<Single> ordinary;
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
-        const Vector z = fma<kTowardZero>(x, log2_e, shifter);
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
+        const Vector z = fma_down(x, log2_e, shifter);
         const Vector n = sub(z, shifter);
         // 2^(j/16384) from 4, 5 and 5 bits of j
         const auto j = bits(z);
         const Vector t = mul(mul(finest[j], fine[shift_right<4>(j)]), coarse[shift_right<9>(j)]);
-        y = scale(t, n);
+        y = scale_split<14, 256>(t, z, n, care);
         return ordinary.excess(x);
     }
     NAX_VEC auto is_rare(Vector x) const { return ordinary.exceeded(x); }
@@ -274,12 +268,12 @@ alignas(64) constexpr Exp exp = {
 }  // namespace single_ep
 
 }  // namespace
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA
 
-using namespace nax::vmath::avx512;
-NAX_UNARY_KERNEL(d, Exp, Z0HAynn, double_ha::exp)
-NAX_UNARY_KERNEL(d, Exp, Z0LAynn, double_la::exp)
-NAX_UNARY_KERNEL(d, Exp, Z0EPnnn, double_ep::exp)
-NAX_UNARY_KERNEL(s, Exp, Z0HAynn, single_ha::exp)
-NAX_UNARY_KERNEL(s, Exp, Z0LAynn, single_la::exp)
-NAX_UNARY_KERNEL(s, Exp, Z0EPnnn, single_ep::exp)
+using namespace nax::vmath::NAX_ISA;
+NAX_UNARY_KERNEL(d, Exp, Z0HA, double_ha::exp)
+NAX_UNARY_KERNEL(d, Exp, Z0LA, double_la::exp)
+NAX_UNARY_KERNEL(d, Exp, Z0EP, double_ep::exp)
+NAX_UNARY_KERNEL(s, Exp, Z0HA, single_ha::exp)
+NAX_UNARY_KERNEL(s, Exp, Z0LA, single_la::exp)
+NAX_UNARY_KERNEL(s, Exp, Z0EP, single_ep::exp)

@@ -2,9 +2,9 @@
 // finite, and the range of ordinary arguments.
 #pragma once
 
-#include "vmath/frame/vec.h"
+#include "vmath/frame/memory.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 // 1.5 2^48 with 1023*16 in its low bits: a sum with it has 2^-4 as unit, so its low four bits are N's fraction.
 inline constexpr double kSixteenthsShifter = 0x1.8000000003ff0p+48;
@@ -13,14 +13,6 @@ inline constexpr double kSixteenthsShifter = 0x1.8000000003ff0p+48;
 // become finite: the polynomial of such a lane raises nothing.
 inline constexpr int64_t kBelowTwoDouble = ~(int64_t{1} << 62);
 inline constexpr int32_t kBelowTwoSingle = ~(int32_t{1} << 30);
-
-// x, or `bound` with the sign of x where that is smaller in magnitude or x is NaN.
-NAX_VEC __m512d min_magnitude(__m512d x, __m512d bound) {
-    return _mm512_range_round_pd(x, bound, 0x02, _MM_FROUND_NO_EXC);
-}
-NAX_VEC __m512 min_magnitude(__m512 x, __m512 bound) {
-    return _mm512_range_round_ps(x, bound, 0x02, _MM_FROUND_NO_EXC);
-}
 
 // Arguments for the vector code: magnitudes below a limit, and NaN. The rest is rare.
 template <class E>
@@ -38,4 +30,4 @@ struct OrdinaryRange {
     NAX_VEC auto exceeded(Vector x) const { return greater(bit_and(x, magnitude), largest); }
 };
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -13,21 +13,35 @@ inline constexpr uint32_t kErrorModeField = 0xFF00, kErrorModeNone = 0x2000;
 inline constexpr uint32_t kDenormalField = 0x3C0000, kDenormalsAreZero = 0x280000;
 
 // Puts MXCSR in order for a call: round to nearest, all exceptions masked, denormals as the mode word says. At the end
-// the caller's control bits come back, with the exception flags raised in between added. The memory clobbers keep
-// arithmetic, loads and stores on their side of the change.
+// the caller's control bits come back, with the exception flags raised in between added. Where vector code can't
+// suppress its exceptions, only those flags count that scalar code raises between enter_scalar and leave_scalar. The
+// memory clobbers keep arithmetic, loads and stores on their side of the change.
+template <bool kSuppressed>
 class MxcsrScope {
 public:
     [[gnu::always_inline]] explicit MxcsrScope(uint32_t mode) {
         const uint32_t wanted = (mode & kDenormalField) == kDenormalsAreZero ? 0x9FC0 : 0x1F80;
         saved_ = read();
         changed_ = (saved_ & 0xFFC0) != wanted;
+        if constexpr (!kSuppressed) kept_ = (saved_ & 0xFFFF003F) | wanted;
         if (changed_) [[unlikely]] load((saved_ & 0xFFFF003F) | wanted);
     }
     [[gnu::always_inline]] ~MxcsrScope() {
-        if (changed_) [[unlikely]] load(saved_ | (read() & 0x3F));
+        if constexpr (kSuppressed) {
+            if (changed_) [[unlikely]] load(saved_ | (read() & 0x3F));
+        } else {
+            load(saved_ | (kept_ & 0x3F));
+        }
     }
     MxcsrScope(const MxcsrScope&) = delete;
     MxcsrScope& operator=(const MxcsrScope&) = delete;
+
+    void enter_scalar() {
+        if constexpr (!kSuppressed) load(kept_);
+    }
+    void leave_scalar() {
+        if constexpr (!kSuppressed) kept_ = read();
+    }
 
 private:
     [[gnu::always_inline]] static uint32_t read() {
@@ -38,6 +52,7 @@ private:
     [[gnu::always_inline]] static void load(uint32_t word) { asm volatile("ldmxcsr %0" : : "m"(word) : "memory"); }
 
     uint32_t saved_;
+    uint32_t kept_;  // control word of the call with the flags that count; unused where exceptions are suppressed
     bool changed_;
 };
 

@@ -3,9 +3,9 @@
 
 #include <utility>
 
-#include "vmath/frame/vec.h"
+#include "vmath/frame/memory.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 template <class E, int N>
 struct Coefficients {
@@ -17,29 +17,22 @@ struct Coefficients {
 
     // c0 + c1 x + c2 x^2 + ...: pairs c + c' x first, then a chain in x^2. As many operations as Horner's rule, half
     // the depth.
-    NAX_VEC Vector operator()(Vector x, Vector x2) const { return sum<kNearest>(x, x2); }
-
-    // The same with the lowest pair and the last step rounded as told: up centres the error of a fit that lies below
-    // its function, at no cost.
-    template <Rounding R>
-    NAX_VEC Vector rounded(Vector x, Vector x2) const {
-        return sum<R>(x, x2);
-    }
+    NAX_VEC Vector operator()(Vector x, Vector x2) const { return sum(x, x2); }
 
 private:
     template <int... I>
     constexpr Coefficients(const Element (&values)[N], std::integer_sequence<int, I...>) : c{E::row(values[I])...} {}
 
-    // c[First] + c[First + 1] x + ... with the lowest terms rounded as told
-    template <Rounding R, int First = 0>
+    // c[First] + c[First + 1] x + ...
+    template <int First = 0>
     NAX_VEC Vector sum(Vector x, Vector x2) const {
         if constexpr (First + 2 < N)
-            return fma<R>(sum<kNearest, First + 2>(x, x2), x2, fma<R>(c[First + 1], x, c[First]));
+            return fma(sum<First + 2>(x, x2), x2, fma(c[First + 1], x, c[First]));
         else if constexpr (First + 1 < N)
-            return fma<R>(c[First + 1], x, c[First]);
+            return fma(c[First + 1], x, c[First]);
         else
             return c[First];
     }
 };
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -14,40 +14,34 @@
 #include "vmath/log/log_tables.inc"
 #include "vmath/log/reduction.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 enum class Base { E, Two, Ten };
 
 template <class E, Base B>
-struct LogNames;  // user-visible name and scalar path
+struct LogNames;  // scalar path
 template <>
 struct LogNames<Double, Base::E> {
-    static constexpr char name[] = "vdLn";
     static constexpr auto rare = vdln_cout_rare;
 };
 template <>
 struct LogNames<Single, Base::E> {
-    static constexpr char name[] = "vsLn";
     static constexpr auto rare = vsln_cout_rare;
 };
 template <>
 struct LogNames<Double, Base::Two> {
-    static constexpr char name[] = "vdLog2";
     static constexpr auto rare = vdlog2_cout_rare;
 };
 template <>
 struct LogNames<Single, Base::Two> {
-    static constexpr char name[] = "vsLog2";
     static constexpr auto rare = vslog2_cout_rare;
 };
 template <>
 struct LogNames<Double, Base::Ten> {
-    static constexpr char name[] = "vdLog10";
     static constexpr auto rare = vdlog10_cout_rare;
 };
 template <>
 struct LogNames<Single, Base::Ten> {
-    static constexpr char name[] = "vsLog10";
     static constexpr auto rare = vslog10_cout_rare;
 };
 
@@ -60,35 +54,43 @@ struct None {
 template <bool Present, class Vector>
 using RowIf = std::conditional_t<Present, Vector, None>;
 
+// In place of a mask: no lane.
+struct Nowhere {};
+
 // log(1 + r) = factor r + r^2 P(r); factor is 1 for base e, else 1/ln(base) in two parts. e needs no factor in base 2.
 template <class E, Base B, int IndexBits, int Terms>
 struct LogHigh {
     using Precision = E;
     using Vector = typename E::Vector;
     static constexpr int unroll = 4;
-    static constexpr int rows = (1 << IndexBits) / E::lanes;
     static constexpr bool has_log_2 = B != Base::Two, has_factor = B != Base::E;
-    static constexpr auto& name = LogNames<E, B>::name;
     static constexpr auto rare = LogNames<E, B>::rare;
 
-    Table<E, rows> high, low;
+    PairTable<E, 1 << IndexBits> table;
     Coefficients<E, Terms> polynomial;
     [[no_unique_address]] RowIf<has_factor, Vector> factor_high, factor_low;
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2_high, log_2_low;
     Reduction<E, IndexBits> reduction = {};
 
-    NAX_VEC auto eval(Vector x, Vector& y) const {
-        const auto outside = outside_domain(x);
-        y = sum_up(reduction(x), outside);
-        return outside;
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
+        if constexpr (kOrdinaryOnly<decltype(care)>) {
+            y = sum_up(reduction(x, care), Nowhere{});
+            return not_ordinary<E>(x);
+        } else {
+            const auto outside = outside_domain(x);
+            y = sum_up(reduction(x, care), outside);
+            return outside;
+        }
     }
+    NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
 
     // `r_low`, if given, is added to r.
-    template <class... Low>
-    NAX_VEC Vector sum_up(const Reduced<E>& a, typename E::Mask outside, Low... r_low) const {
+    template <class Outside, class... Low>
+    NAX_VEC Vector sum_up(const Reduced<E>& a, Outside outside, Low... r_low) const {
         const Vector r = a.r, r2 = mul(r, r);
         // e log(2) + log(1/c) in high parts, exact; the low parts
-        Vector sum = high[a.index], rest = low[a.index];
+        Vector sum, rest;
+        table.look_up(a.index, sum, rest);
         if constexpr (has_log_2) {
             sum = fma(a.exponent, log_2_high, sum);
             rest = fma(a.exponent, log_2_low, rest);
@@ -107,7 +109,10 @@ struct LogHigh {
         ((rest = add(rest, r_low)), ...);
         rest = fma(r2, polynomial(r, r2), rest);
         // beside an infinite total the rest is NaN
-        return add_where(static_cast<typename E::Mask>(~outside), total, rest);
+        if constexpr (std::is_same_v<Outside, Nowhere>)
+            return add(total, rest);
+        else
+            return add_where(~outside, total, rest);
     }
 };
 
@@ -133,17 +138,21 @@ struct LogLow {
     using Precision = E;
     using Vector = typename E::Vector;
     static constexpr int unroll = 4;
-    static constexpr int rows = 16 / E::lanes;
     static constexpr bool has_log_2 = B != Base::Two;
-    static constexpr auto& name = LogNames<E, B>::name;
     static constexpr auto rare = LogNames<E, B>::rare;
 
-    Table<E, rows> table;
+    Table<E, 16> table;
     Coefficients<E, Terms> polynomial;
     [[no_unique_address]] RowIf<has_log_2, Vector> log_2;
     Reduction<E, 4> reduction = {};
 
-    NAX_VEC Vector eval(Vector x, Vector& y) const { return y = sum_up(reduction(x)); }
+    NAX_VEC auto eval(Vector x, Vector& y, auto care) const {
+        y = sum_up(reduction(x, care));
+        if constexpr (kOrdinaryOnly<decltype(care)>)
+            return not_ordinary<E>(x);
+        else
+            return y;
+    }
     NAX_VEC auto is_rare(Vector x) const { return outside_domain(x); }
 
     NAX_VEC Vector sum_up(const Reduced<E>& a) const {
@@ -157,4 +166,4 @@ struct LogLow {
     }
 };
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -4,7 +4,7 @@
 #include "vmath/frame/polynomial.h"
 #include "vmath/log/log_coefficients.inc"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 // ln(1 + r) = r + r^2 P(r). Double HA and LA: |r| <= 1/32, 2^-56. Double EP: 2^-31.5. Single HA: |r| <= 1/64, 2^-28.3.
 // Single EP: |r| <= 1/32, 2^-14.5.
@@ -22,4 +22,4 @@ inline constexpr float ln2_single_high = 0.693145751953125f, ln2_single_low = 1.
 inline constexpr double ln2_double = 0.6931471805599453;
 inline constexpr float ln2_single = 0.6931471824645996f;
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

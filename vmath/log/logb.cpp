@@ -2,7 +2,7 @@
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/log/log_rare.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class E>
@@ -11,7 +11,6 @@ struct Logb {
     using Vector = typename E::Vector;
     using Bits = typename E::Bits;
     static constexpr int unroll = 64 / E::lanes;
-    static constexpr char name[] = {'v', by_precision<E>('s', 'd'), 'L', 'o', 'g', 'b', '\0'};
     static constexpr auto rare = by_precision<E>(vslogb_cout_rare, vdlogb_cout_rare);
 
     Bits field = E::bits_row(E::exponent_field);
@@ -27,8 +26,8 @@ alignas(64) constexpr Logb<Double> logb_double = {};
 alignas(64) constexpr Logb<Single> logb_single = {};
 
 }  // namespace
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA
 
-using namespace nax::vmath::avx512;
-NAX_UNARY_KERNEL(d, Logb, Z0HAynn, logb_double)
-NAX_UNARY_KERNEL(s, Logb, Z0HAynn, logb_single)
+using namespace nax::vmath::NAX_ISA;
+NAX_UNARY_KERNEL(d, Logb, Z0HA, logb_double)
+NAX_UNARY_KERNEL(s, Logb, Z0HA, logb_single)

@@ -1,10 +1,11 @@
 // What the logarithms share: x = 2^e m, a short reciprocal c of m, and the remainder r = m c - 1.
 #pragma once
 
-#include "vmath/frame/table.h"
-#include "vmath/frame/vec.h"
+#include <type_traits>
 
-namespace nax::vmath::avx512 {
+#include "vmath/frame/memory.h"
+
+namespace nax::vmath::NAX_ISA {
 
 template <class E>
 struct Reduced {
@@ -22,16 +23,28 @@ struct Reduction {
     Vector three_quarters = E::row(typename E::Element(0.75));
     Vector one = E::row(1);
 
-    NAX_VEC Reduced<E> operator()(Vector x) const {
+    NAX_VEC Reduced<E> operator()(Vector x, auto care) const {
         // A denormal needs no care; a negative argument becomes NaN.
-        const Vector m = get_mantissa<_MM_MANT_NORM_1_2, _MM_MANT_SIGN_nan>(x);
-        const Vector e = get_exponent(x);
-        const Vector c = round_scale<((IndexBits + 1) << 4) | kNearest>(reciprocal14(m));
+        const Vector m = get_mantissa(x, care);
+        const Vector e = get_exponent(x, care);
+        const Vector c = round_to_fraction<IndexBits + 1>(reciprocal14(m));
         // Integers compare like the positive numbers they stand for, on more of the processor's pipes.
         const auto raise = less(bits(c), bits(three_quarters));
         return {m, c, fms(m, c, one), add_where(raise, e, one), shift_right<E::mantissa_bits - IndexBits>(bits(c))};
     }
 };
+
+// Whether the forms that `Care` asks for are right for positive normal numbers only.
+template <class Care>
+inline constexpr bool kOrdinaryOnly = !kFastIsCareful && std::is_same_v<Care, Fast>;
+
+// Negative in lanes that don't hold a positive normal number.
+template <class E>
+NAX_VEC auto not_ordinary(typename E::Vector x) {
+    const auto smallest = E::bits_row(typename E::Integer{1} << E::mantissa_bits);
+    const auto largest = E::bits_row(E::exponent_field - 1);
+    return (bits(x) - smallest) | (largest - bits(x));
+}
 
 // Arguments without a logarithm among the numbers, and NaN. Denormals are ordinary, unless taken as zero.
 template <class Vector>
@@ -39,4 +52,4 @@ NAX_VEC auto outside_domain(Vector x) {
     return is_class<kNan | kZero | kInf | kNegativeFinite>(x);
 }
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

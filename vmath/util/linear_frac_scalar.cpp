@@ -7,9 +7,10 @@
 // both, which makes the result an affine function of a when shiftb is one.
 #include <emmintrin.h>
 
+#include "simd/isa.h"
 #include "vmath/frame/control_words.h"
 
-namespace nax::vmath::sse2 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 struct Single {
@@ -72,7 +73,7 @@ void linear_frac(int32_t n, Input<E> a, Input<E> b, T scalea, T shifta, T scaleb
     if (n <= 0) return;
     X87Scope x87;
     x87.mask_exceptions();
-    const MxcsrScope mxcsr(nax_arq_kernel_GetMode());
+    const MxcsrScope<true> mxcsr(nax_arq_kernel_GetMode());
     const auto scale_a = E::row(scalea), shift_a = E::row(shifta), scale_b = E::row(scaleb), shift_b = E::row(shiftb);
     const auto numerator = [=](int64_t i, int count) { return a.read(i, count) * scale_a + shift_a; };
     const auto denominator = [=](int64_t i, int count) { return b.read(i, count) * scale_b + shift_b; };
@@ -90,28 +91,28 @@ void linear_frac(int32_t n, Input<E> a, Input<E> b, T scalea, T shifta, T scaleb
 }
 
 }  // namespace
-}  // namespace nax::vmath::sse2
+}  // namespace nax::vmath::NAX_ISA
 
 extern "C" {
 
 void nax_arq_kernel_sLinearFrac_EXHAynn(int32_t n, const float* a, const float* b, float scalea, float shifta,
                                         float scaleb, float shiftb, float* r) {
-    nax::vmath::sse2::linear_frac<nax::vmath::sse2::Single>(n, {a, 1}, {b, 1}, scalea, shifta, scaleb, shiftb, r, 1);
+    nax::vmath::NAX_ISA::linear_frac<nax::vmath::NAX_ISA::Single>(n, {a, 1}, {b, 1}, scalea, shifta, scaleb, shiftb, r, 1);
 }
 void nax_arq_kernel_dLinearFrac_EXHAynn(int32_t n, const double* a, const double* b, double scalea, double shifta,
                                         double scaleb, double shiftb, double* r) {
-    nax::vmath::sse2::linear_frac<nax::vmath::sse2::Double>(n, {a, 1}, {b, 1}, scalea, shifta, scaleb, shiftb, r, 1);
+    nax::vmath::NAX_ISA::linear_frac<nax::vmath::NAX_ISA::Double>(n, {a, 1}, {b, 1}, scalea, shifta, scaleb, shiftb, r, 1);
 }
 void nax_arq_kernel_sLinearFracI_EXHAynn(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb,
                                          float scalea, float shifta, float scaleb, float shiftb, float* r,
                                          int32_t incr) {
-    nax::vmath::sse2::linear_frac<nax::vmath::sse2::Single>(n, {a, inca}, {b, incb}, scalea, shifta, scaleb, shiftb, r,
+    nax::vmath::NAX_ISA::linear_frac<nax::vmath::NAX_ISA::Single>(n, {a, inca}, {b, incb}, scalea, shifta, scaleb, shiftb, r,
                                                             incr);
 }
 void nax_arq_kernel_dLinearFracI_EXHAynn(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb,
                                          double scalea, double shifta, double scaleb, double shiftb, double* r,
                                          int32_t incr) {
-    nax::vmath::sse2::linear_frac<nax::vmath::sse2::Double>(n, {a, inca}, {b, incb}, scalea, shifta, scaleb, shiftb, r,
+    nax::vmath::NAX_ISA::linear_frac<nax::vmath::NAX_ISA::Double>(n, {a, inca}, {b, incb}, scalea, shifta, scaleb, shiftb, r,
                                                             incr);
 }
 }

@@ -1,7 +1,7 @@
 // y[i] = a[i inca].
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -21,4 +21,4 @@ NAX_PACK_KERNEL(d, PackI, int64_t, pack_by_stride)
 NAX_PACK_KERNEL(c, PackI, int64_t, pack_by_stride)
 NAX_PACK_KERNEL(z, PackI, int64_t, pack_by_stride)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -5,7 +5,7 @@
 #include "vmath/util/mask_blocks.h"
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -15,7 +15,7 @@ T* pack_block(const MaskBlock& block, int64_t count, const T* a, T* y) {
     for (int i = 0; i < count; i += Move::lanes) {
         const uint32_t bits = Move::bits_at(block, i);
         const auto mask = Move::mask(bits);
-        const __m512i x = Move::compress(mask, Move::load(mask, a + i));
+        const auto x = Move::compress(mask, Move::load(mask, a + i));
         const int selected = __builtin_popcount(bits);
         if (end - y >= Move::lanes) [[likely]]
             Move::store(y, x);
@@ -46,4 +46,4 @@ NAX_PACK_KERNEL(d, PackM, const void*, pack_by_mask)
 NAX_PACK_KERNEL(c, PackM, const void*, pack_by_mask)
 NAX_PACK_KERNEL(z, PackM, const void*, pack_by_mask)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

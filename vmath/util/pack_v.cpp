@@ -1,7 +1,7 @@
 // y[i] = a[ia[i]].
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -20,4 +20,4 @@ NAX_PACK_KERNEL(d, PackV, const void*, pack_by_index)
 NAX_PACK_KERNEL(c, PackV, const void*, pack_by_index)
 NAX_PACK_KERNEL(z, PackV, const void*, pack_by_index)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 
 template <class T>
 struct Pair {
@@ -36,7 +36,7 @@ inline void copy_elements(int64_t n, const T* a, T* y) {
     if (n > 0) __builtin_memmove(y, a, static_cast<uint64_t>(n) * sizeof(T));
 }
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA
 
 // The kernels of one member for the four types; `argument` is the type of the selector argument.
 #define NAX_PACK_KERNEL(type, function, argument, body)                                                            \

@@ -1,7 +1,7 @@
 // y[i incy] = a[i].
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -21,4 +21,4 @@ NAX_UNPACK_KERNEL(d, UnpackI, int64_t, unpack_by_stride)
 NAX_UNPACK_KERNEL(c, UnpackI, int64_t, unpack_by_stride)
 NAX_UNPACK_KERNEL(z, UnpackI, int64_t, unpack_by_stride)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

@@ -3,7 +3,7 @@
 #include "vmath/util/mask_blocks.h"
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -13,7 +13,7 @@ const T* unpack_block(const MaskBlock& block, int64_t count, const T* a, T* y) {
     for (int i = 0; i < count; i += Move::lanes) {
         const uint32_t bits = Move::bits_at(block, i);
         const int selected = __builtin_popcount(bits);
-        const __m512i x = end - a >= Move::lanes ? Move::load(a) : Move::load(Move::mask((1u << selected) - 1), a);
+        const auto x = end - a >= Move::lanes ? Move::load(a) : Move::load(Move::mask((1u << selected) - 1), a);
         const auto mask = Move::mask(bits);
         Move::store(y + i, mask, Move::expand(mask, x));
         a += selected;
@@ -40,4 +40,4 @@ NAX_UNPACK_KERNEL(d, UnpackM, const void*, unpack_by_mask)
 NAX_UNPACK_KERNEL(c, UnpackM, const void*, unpack_by_mask)
 NAX_UNPACK_KERNEL(z, UnpackM, const void*, unpack_by_mask)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA

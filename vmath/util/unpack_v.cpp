@@ -1,7 +1,7 @@
 // y[iy[i]] = a[i], in ascending order of i: of several elements for one place the last one stays.
 #include "vmath/util/selection.h"
 
-namespace nax::vmath::avx512 {
+namespace nax::vmath::NAX_ISA {
 namespace {
 
 template <class T>
@@ -20,4 +20,4 @@ NAX_UNPACK_KERNEL(d, UnpackV, const void*, unpack_by_index)
 NAX_UNPACK_KERNEL(c, UnpackV, const void*, unpack_by_index)
 NAX_UNPACK_KERNEL(z, UnpackV, const void*, unpack_by_index)
 
-}  // namespace nax::vmath::avx512
+}  // namespace nax::vmath::NAX_ISA
