@@ -6,7 +6,7 @@
 
 namespace nax::bench {
 
-class PlainTwister {
+class [[gnu::visibility("default")]] PlainTwister {
 public:
     explicit PlainTwister(uint32_t seed) { start(seed); }
     // init_by_array whose first fill, which doesn't depend on the seed, is kept.
@@ -23,7 +23,7 @@ private:
     int next_;
 };
 
-class PlainSfmt {
+class [[gnu::visibility("default")]] PlainSfmt {
 public:
     PlainSfmt();
     void words(uint32_t* r, int n);
@@ -37,7 +37,7 @@ private:
     int next_ = 624;
 };
 
-class PlainArs5 {
+class [[gnu::visibility("default")]] PlainArs5 {
 public:
     void words(uint32_t* r, int n);
 
@@ -47,7 +47,7 @@ private:
 };
 
 // Points of a digital sequence with given direction numbers, one coordinate after the other.
-class PlainDigital {
+class [[gnu::visibility("default")]] PlainDigital {
 public:
     // numbers[d][bit] of `dimension` coordinates.
     PlainDigital(const uint32_t (*numbers)[32], int dimension);

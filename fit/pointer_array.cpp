@@ -1,5 +1,6 @@
 #include "fit/pointer_array.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "service/service.h"
@@ -41,7 +42,9 @@ bool set_functions(Task& task, const T* base) {
     task.y_entries = entries;
     const bool derive_all = task.yhint == kDefaultStorage || task.yhint == kRows;
     const int64_t derived = derive_all || entries == 0 ? entries : 1;
-    for (int64_t j = 0; j < derived; ++j) task.y[j] = base + j * task.nx;
+    const uint64_t row = static_cast<uint64_t>(task.nx) * sizeof(T);
+    for (int64_t j = 0; j < derived; ++j)
+        task.y[j] = reinterpret_cast<const T*>(reinterpret_cast<uintptr_t>(base) + static_cast<uint64_t>(j) * row);
     return true;
 }
 
@@ -55,7 +58,10 @@ bool set_coefficients(Task& task, T* base, int64_t hint) {
     // A Subbotin spline has a piece around every point, the others one between two points.
     const int64_t cells = task.s_type == kSubbotin ? task.nx : task.nx - 1;
     const int64_t derived = (hint & kFirstOnly) != 0 ? 1 : task.ny;
-    for (int64_t j = 0; j < derived; ++j) task.scoeff[j] = base + j * cells * task.s_order;
+    // An order that memory can't hold gives pointers that nobody may follow, but no overflow.
+    const uint64_t row = static_cast<uint64_t>(cells) * static_cast<uint64_t>(task.s_order) * sizeof(T);
+    for (int64_t j = 0; j < derived; ++j)
+        task.scoeff[j] = reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(base) + static_cast<uint64_t>(j) * row);
     return true;
 }
 

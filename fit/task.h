@@ -101,6 +101,11 @@ constexpr T bin_scale(const Task& task) {
     else
         return task.bin_scale_s;
 }
+// Whether the coefficients of one function fit an address space: an editor takes any order.
+constexpr bool is_possible_order(const Task& task) {
+    int64_t elements = 0;
+    return !__builtin_mul_overflow(task.nx, task.s_order, &elements) && elements <= INT64_MAX / 8;
+}
 // Right end of the partition.
 template <class T>
 constexpr T right_end(const Task& task) {

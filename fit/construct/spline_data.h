@@ -115,7 +115,7 @@ using BoundaryKernel = int32_t (*)(Task* task, int64_t boundary, const Threaders
 
 // Calls body(i, ...) for every i below count, through the caller's loop where more than one thread may run.
 inline void run_items(int64_t count, int64_t threads, const Threaders* threaders, void* context, nax_loop_body body) {
-    if (threads > 1 && threaders->parallel_for != nullptr) {
+    if (threads > 1) {
         threaders->parallel_for(count, static_cast<int>(threads), context, body);
         return;
     }

@@ -32,6 +32,10 @@ struct Cutter {
     // What is left of the pair for the spline ends up in a .. b, and in the tail when the middle is gone.
     void cut(int64_t i, int64_t a_cell, int64_t b_cell) {
         const T a = block.a[i], b = block.b[i];
+        if (a == b) {  // zero, whatever the callbacks are
+            block.covered[i] = true;
+            return;
+        }
         const bool starts_left = a < start, ends_right = b > end;
         const T inner_a = starts_left ? start : a, inner_b = ends_right ? end : b;
         if (starts_left && has(kLeftPart)) {

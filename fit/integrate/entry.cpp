@@ -29,6 +29,7 @@ int32_t check_data(const Task& task, int32_t evaluator) {
         for (int64_t j = 0; j < pointers; ++j)
             if (task.y[j] == nullptr) return DfStatusBadY;
     } else if (task.s_order > 0) {
+        if (!is_possible_order(task)) return DfStatusBadOrder;
         if (task.scoeff == nullptr) return DfStatusBadCoeff;
         for (int64_t j = 0; j < task.ny; ++j)
             if (task.scoeff[j] == nullptr) return DfStatusBadCoeff;

@@ -1,7 +1,9 @@
-// Integrals over pieces of splines. With the local coordinates u and v of the limits, width w = b - a and
-//   s(0) = 1,  s(m) = v s(m-1) + u^m   (so that v^(m+1) - u^(m+1) = (v - u) s(m)),
-// the integral of a polynomial is w (c0 + c1 s(1) / 2 + c2 s(2) / 3 + ...): no difference of antiderivatives, which would
-// lose the digits of a narrow interval far from the piece's point.
+// Integrals over pieces of splines. The antiderivative of c0 + c1 t + c2 t^2 + ... is t B(t) with B nested:
+//   B = b0 + t (b1 + t (b2 + ...)),  b(m) = c(m) / (m + 1).
+// Between the local coordinates u and v of the limits the integral is (v - u) (B(v) + u B[u, v]), B[u, v] being the
+// divided difference, which Horner's scheme carries along: B(m)[u, v] = u B(m+1)[u, v] + B(m+1)(v). So no difference of
+// antiderivatives loses the digits of a narrow interval far from the piece's point, and no power of a coordinate, which
+// could overflow where the integral doesn't, is formed.
 #include "fit/integrate/integral.h"
 #include "nax/fitting_integration.h"
 #include "fit/subgrid.h"
@@ -40,13 +42,14 @@ struct PolynomialPieces {
 
     T integral(int64_t i, T u, T v, T width) const {
         const T* const a = c + i * terms();
-        T sum = a[0], power = 1, s = 1;
-        for (int64_t m = 1; m < terms(); ++m) {
-            power *= u;
-            s = fused(v, s, power);
-            sum = fused(a[m] * inverse(m + 1), s, sum);
+        // The first step apart: an infinite coordinate times a divided difference of zero would be no number.
+        T divided = a[terms() - 1] * inverse(terms()), value = fused(v, divided, a[terms() - 2] * inverse(terms() - 1));
+#pragma GCC unroll 4
+        for (int64_t m = terms() - 2; m > 0; --m) {
+            divided = fused(u, divided, value);
+            value = fused(v, value, a[m - 1] * inverse(m));
         }
-        return width * sum;
+        return width * fused(u, divided, value);
     }
     T whole(int64_t i) const {
         const T h = right(i) - left(i);
@@ -86,8 +89,8 @@ struct SubbotinPieces {
     T origin(int64_t i) const { return knots.point(i); }
     T integral(int64_t i, T u, T v, T width) const {
         const T* const a = c + 3 * i;
-        const T s = u + v;
-        return width * fused(a[2] * T(1.0 / 3), fused(v, s, u * u), fused(a[1] / 2, s, a[0]));
+        const T b2 = a[2] * T(1.0 / 3), b1 = fused(v, b2, a[1] / 2);
+        return width * fused(u, fused(u, b2, b1), fused(v, b1, a[0]));
     }
     T whole(int64_t i) const {
         return integral(i, left(i) - origin(i), right(i) - origin(i), right(i) - left(i));
@@ -129,6 +132,7 @@ template <class Pieces>
 
 template <class T, class Pieces>
 [[gnu::always_inline]] inline T integrate_pair(const Pieces& pieces, const RunningSum* sums, double trusted, T a, T b, int64_t p, int64_t q) {
+    if (a == b) return T(0);  // also where the piece isn't finite, and where a local coordinate isn't
     // With both limits in one piece the second part and the middle shrink to nothing.
     const bool same = p == q;
     const T p_end = same ? b : pieces.right(p), q_start = same ? b : pieces.left(q);

@@ -7,10 +7,9 @@
 namespace nax::fit::NAX_FIT_SIMD {
 
 // formula(P{}, sites) gives the cells of P::kLanes sites.
-template <class T, bool kWide, class Cell, class Formula>
+template <class P, class T, class Cell, class Formula>
 [[gnu::always_inline]] static inline void for_each_site(const SearchBlock<T>& block, Cell* cell,
                                                         const Formula& formula) {
-    using P = PackFor<T, kWide>;
     int64_t i = 0;
     for (; i + P::kLanes <= block.nsite; i += P::kLanes)
         P::store_cells(cell + i, formula(P{}, P::load(block.site + i)));

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "fit/partition_index.h"
 #include "fit/task.h"
 
 namespace nax::fit {
@@ -108,8 +109,8 @@ struct BlockSearch {
 template <class T>
 BlockSearch<T> plan_block_search(const Task& task, int32_t algorithm, const T* data_hint, SearchCallback<T> callback,
                                  void* parameters) {
-    return {task.nx,    partition<T>(task), callback,
-            parameters, task.bin_table,     search_scale<T>(task, algorithm, data_hint),
+    return {task.nx,    partition<T>(task),  callback,
+            parameters, current_index(task), search_scale<T>(task, algorithm, data_hint),
             algorithm};
 }
 
