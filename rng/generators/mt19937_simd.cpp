@@ -32,21 +32,29 @@ struct Temper {
     Words operator()(Words y) const { return temper(y); }
 };
 
-// Replaces all words by the next block.
+// The words that follow x(k), given with the words after them and those 397 places on.
+inline U32 twist(U32 words, U32 following, U32 middle) {
+    const U32 y = select(broadcast(kMt19937UpperBit), words, following);
+    return xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA));
+}
+
+// Replaces all words by the next block. The state stands 16 bytes behind a boundary of the stream's memory: from word kHead
+// on vectors are aligned, and four words remain at the end.
 [[gnu::noinline]] void refill(uint32_t* x) {
-    const auto advance = [x](int k, U32 following, U32 middle) __attribute__((always_inline)) {
-        const U32 y = select(broadcast(kMt19937UpperBit), load<U32>(x + k), following);
-        store(x + k, xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA)));
-    };
-    constexpr int kWrap = (kWords - kMiddle) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
-    constexpr int kLast = kWords - kLanes32;
-    int k = 0;
-    for (; k < kWrap; k += kLanes32) advance(k, load<U32>(x + k + 1), load<U32>(x + k + kMiddle));
-    const U32 first = load<U32>(x);
-    constexpr int kInside = kWrap + kMiddle - kLast;
-    advance(k, load<U32>(x + k + 1), join<kInside>(load<U32>(x + kLast), first));
-    for (k += kLanes32; k < kLast; k += kLanes32) advance(k, load<U32>(x + k + 1), load<U32>(x + k + kMiddle - kWords));
-    advance(k, join<1>(load<U32>(x + k), first), load<U32>(x + k + kMiddle - kWords));
+    constexpr int kHead = kLanes32 - 4, kBack = kWords - kMiddle, kTail = kWords - 4;
+    constexpr int kWrap = kHead + (kBack - kHead) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
+    put(x, kHead, twist(load<U32>(x), load<U32>(x + 1), load<U32>(x + kMiddle)));
+    int k = kHead;
+#pragma GCC unroll 4
+    for (; k < kWrap; k += kLanes32) store(x + k, twist(load<U32>(x + k), load<U32>(x + k + 1), load<U32>(x + k + kMiddle)));
+    const U32 straddling = join<kWrap + kMiddle - (kWords - kLanes32)>(load<U32>(x + kWords - kLanes32), load<U32>(x));
+    store(x + kWrap, twist(load<U32>(x + kWrap), load<U32>(x + kWrap + 1), straddling));
+    k += kLanes32;
+#pragma GCC unroll 4
+    for (; k < kTail; k += kLanes32) store(x + k, twist(load<U32>(x + k), load<U32>(x + k + 1), load<U32>(x + k - kBack)));
+    const U32 last = load_words(x + kTail, 4);
+    const U32 following = join<1>(last, U32{}) | join<kLanes32 - 3>(U32{}, broadcast(x[0]));
+    put(x + kTail, 4, twist(last, following, load<U32>(x + kTail - kBack)));
 }
 
 template <class Map, class T>
