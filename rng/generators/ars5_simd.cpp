@@ -3,7 +3,7 @@
 
 #include "rng/generators/counter_draw.h"
 #include "rng/generators/to_real.h"
-#include "rng/processor.h"
+#include "rng/cpu_features.h"
 
 namespace nax::rng {
 
@@ -148,23 +148,26 @@ template <class Map, class T>
 }
 
 template <class Generator, class Map, class T>
-[[gnu::noinline]] void draw_long(Ars5State& state, int n, T* r, const Map& map) {
+void draw_long(Ars5State& state, int n, T* r, const Map& map) {
     const RoundKeys round(state);
     draw_counter(state, n, r, map, Generator{round}, ars5_block);
 }
 
 // Numbers need the processor's AES.
 template <class Map, class T>
+[[gnu::noinline]] int draw_any(Ars5State& state, int n, T* r, const Map& map) {
+    const bool vectors = __stoCPUisVAES() != 0;
+    if (!vectors && __stoCPUisAES() == 0) return STO_STATUS_NO_AES;
+    if (n <= 0) return STO_STATUS_OK;
+    if (vectors) draw_long<WideAes>(state, n, r, map);
+    else draw_long<_vARS5>(state, n, r, map);
+    return STO_STATUS_OK;
+}
+template <class Map, class T>
 int draw(nax_stream* stream, int n, T* r, const Map& map) {
     Ars5State& state = payload<Ars5State>(stream);
-    if (has_vector_aes()) {
-        if (n <= 0) return STO_STATUS_OK;
-        if (is_short(state, n)) draw_short(state, n, r, map);
-        else draw_long<WideAes>(state, n, r, map);
-        return STO_STATUS_OK;
-    }
-    if (__stoCPUisAES() == 0) return STO_STATUS_NO_AES;
-    if (n > 0) draw_long<_vARS5>(state, n, r, map);
+    if (n <= 0 || !vector_aes_known() || !is_short(state, n)) return draw_any(state, n, r, map);
+    draw_short(state, n, r, map);
     return STO_STATUS_OK;
 }
 

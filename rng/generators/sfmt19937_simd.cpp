@@ -41,6 +41,11 @@ inline void run(uint32_t* x, int first, int last, int distance, __m128i& c, __m1
 
 template <class Map, class T>
 void draw(SfmtState& state, int n, T* r, const Map& map) {
+    if (state.spare_pos == state.spare_end && n % kSfmtBlockWords == 0 && n <= kSfmtWords - state.next) {
+        map_words(state.x + state.next, n, r, map);
+        state.next += n;
+        return;
+    }
     while (n > 0 && state.spare_pos < state.spare_end) {
         *r++ = map(state.spare[state.spare_pos++]);
         --n;

@@ -97,6 +97,7 @@ struct RawWords {
 // Turns n words into numbers r by operation and map. For words and singles r may be the words' own memory.
 template <class Operation, class Map, class T>
 NAX_VEC void map_words(const uint32_t* words, int n, T* r, const Operation& operation, const Map& map) {
+#pragma GCC unroll 2
     for (; n >= kLanes32; n -= kLanes32, words += kLanes32, r += kLanes32) put(r, map(operation(load<U32>(words))));
     if (n > 0) put(r, n, map(operation(load_words(words, n))));
 }

@@ -1,5 +1,5 @@
 // What the processor offers to the counter-based and the hardware generators, and to products of polynomials.
-#include "rng/processor.h"
+#include "rng/cpu_features.h"
 
 #include <cpuid.h>
 
