@@ -1,30 +1,15 @@
 // What the processor offers to the counter-based and the hardware generators, and to products of polynomials.
 #include "rng/cpu_features.h"
 
-#include <cpuid.h>
-
 #include "nax/streams.h"
+#include "platform/cpuid.h"
 #include "service/service.h"
+
+using namespace nax::platform;
 
 namespace {
 
-struct Leaf {
-    unsigned eax, ebx, ecx, edx;
-};
-
-Leaf cpuid_leaf(unsigned number) {
-    Leaf leaf{};
-    __get_cpuid_count(number, 0, &leaf.eax, &leaf.ebx, &leaf.ecx, &leaf.edx);
-    return leaf;
-}
-
-// The system saves the upper halves of vector registers.
-bool saves_vector_state() {
-    if ((cpuid_leaf(1).ecx & bit_OSXSAVE) == 0) return false;
-    unsigned low = 0, high = 0;
-    __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
-    return (low & 6) == 6;
-}
+bool saves_vector_state() { return (saved_state() & kAvxState) == kAvxState; }
 
 // The tests stand before every call of some generators, and CPUID traps under a hypervisor: each answer is kept, as 1 or -1.
 // Threads that come first at once find the same one.
@@ -49,23 +34,23 @@ int nax::rng::vector_aes = 0;
 extern "C" {
 
 int __stoCPUisAES(void) {
-    return kept(aes, [] { return (cpuid_leaf(1).ecx & bit_AES) != 0; });
+    return kept(aes, [] { return (cpuid_if_present(1).ecx & bit_AES) != 0; });
 }
 
 // The generation tagged qgd has vector AES and its state; of any other processor it is asked. A yes holds for AES too.
 int __stoCPUisVAES(void) {
     return kept(nax::rng::vector_aes, [] {
-        const bool has_vaes = (cpuid_leaf(7).ecx & bit_VAES) != 0;
+        const bool has_vaes = (cpuid_if_present(7).ecx & bit_VAES) != 0;
         return has_vaes && __stoCPUisAES() != 0 && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
     });
 }
 
 int __stoCPUisRDRAND(void) {
-    return kept(rdrand, [] { return (cpuid_leaf(1).ecx & bit_RDRND) != 0; });
+    return kept(rdrand, [] { return (cpuid_if_present(1).ecx & bit_RDRND) != 0; });
 }
 
 }  // extern "C"
 
 bool nax::rng::has_vector_clmul() {
-    return kept(vector_clmul, [] { return (cpuid_leaf(7).ecx & bit_VPCLMULQDQ) != 0 && saves_vector_state(); });
+    return kept(vector_clmul, [] { return (cpuid_if_present(7).ecx & bit_VPCLMULQDQ) != 0 && saves_vector_state(); });
 }

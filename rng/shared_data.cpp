@@ -2,8 +2,9 @@
 // mutable data that streams have in common.
 #include "rng/shared_data.h"
 
-#include <x86intrin.h>
 
+
+#include "platform/time_stamp.h"
 #include "service/service.h"
 
 extern "C" {
@@ -136,11 +137,11 @@ int __stoUnregisterGlobRODataReference(const uint64_t* glob_id) {
 }
 
 int __stoGenerateNewGlobalRODataTableEntryId(uint64_t* glob_id, uint64_t value) {
-    glob_id[0] = __rdtsc();
+    glob_id[0] = nax::platform::time_stamp();
     glob_id[1] = value;
     if (!has_identity(glob_id)) return STO_STATUS_OK;
     SharedDataEntry* entry = nullptr;
-    while (__stoFindGlobRODataTableEntry(&entry, glob_id) == STO_STATUS_OK) glob_id[0] = __rdtsc();
+    while (__stoFindGlobRODataTableEntry(&entry, glob_id) == STO_STATUS_OK) glob_id[0] = nax::platform::time_stamp();
     return STO_STATUS_OK;
 }
 

@@ -3,9 +3,13 @@
 
 #include <cstdint>
 
-#include "runtime/cpuid.h"
+#include "platform/cpuid.h"
 
 namespace nax::runtime {
+
+using platform::cpuid;
+using platform::Registers;
+using platform::made_by_vendor;
 
 // Asks for a leaf and sub-leaf: the instruction, or a table in tests.
 using CpuidSource = Registers (*)(uint32_t leaf, uint32_t sub_leaf);

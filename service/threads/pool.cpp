@@ -8,7 +8,7 @@
 #include "service/futex.h"
 #include "service/service.h"
 #include "service/threads/component.h"
-#include "service/threads/control_words.h"
+#include "service/threads/callers_words.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <emmintrin.h>
 
 #include "simd/isa.h"
-#include "vmath/frame/control_words.h"
+#include "vmath/frame/call_environment.h"
 
 namespace nax::vmath::NAX_ISA {
 namespace {

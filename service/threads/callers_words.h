@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "platform/control_words.h"
+
 namespace nax::service {
 
 struct ControlWords {
@@ -11,17 +13,13 @@ struct ControlWords {
     uint16_t x87;
 
     static ControlWords current() {
-        ControlWords words;
-        __asm__ volatile("stmxcsr %0" : "=m"(words.mxcsr));
-        __asm__ volatile("fnstcw %0" : "=m"(words.x87));
-        return words;
+        return {platform::read_mxcsr(), static_cast<uint16_t>(platform::read_x87_control())};
     }
     // Exception flags are no control: those that the thread has raised stay raised.
     void load() const {
         constexpr uint32_t flags = 0x3F;
-        const uint32_t merged = (mxcsr & ~flags) | (current().mxcsr & flags);
-        __asm__ volatile("ldmxcsr %0" : : "m"(merged));
-        __asm__ volatile("fldcw %0" : : "m"(x87));
+        platform::write_mxcsr(platform::merged(platform::read_mxcsr(), mxcsr, ~flags));
+        platform::write_x87_control(x87);
     }
 };
 

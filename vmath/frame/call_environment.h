@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "platform/control_words.h"
 #include "vmath/frame/runtime_calls.h"
 
 namespace nax::vmath {
@@ -14,43 +15,35 @@ inline constexpr uint32_t kDenormalField = 0x3C0000, kDenormalsAreZero = 0x28000
 
 // Puts MXCSR in order for a call: round to nearest, all exceptions masked, denormals as the mode word says. At the end
 // the caller's control bits come back, with the exception flags raised in between added. Where vector code can't
-// suppress its exceptions, only those flags count that scalar code raises between enter_scalar and leave_scalar. The
-// memory clobbers keep arithmetic, loads and stores on their side of the change.
+// suppress its exceptions, only those flags count that scalar code raises between enter_scalar and leave_scalar.
 template <bool kSuppressed>
 class MxcsrScope {
 public:
     [[gnu::always_inline]] explicit MxcsrScope(uint32_t mode) {
         const uint32_t wanted = (mode & kDenormalField) == kDenormalsAreZero ? 0x9FC0 : 0x1F80;
-        saved_ = read();
+        saved_ = platform::read_mxcsr();
         changed_ = (saved_ & 0xFFC0) != wanted;
         if constexpr (!kSuppressed) kept_ = (saved_ & 0xFFFF003F) | wanted;
-        if (changed_) [[unlikely]] load((saved_ & 0xFFFF003F) | wanted);
+        if (changed_) [[unlikely]] platform::write_mxcsr((saved_ & 0xFFFF003F) | wanted);
     }
     [[gnu::always_inline]] ~MxcsrScope() {
         if constexpr (kSuppressed) {
-            if (changed_) [[unlikely]] load(saved_ | (read() & 0x3F));
+            if (changed_) [[unlikely]] platform::write_mxcsr(saved_ | (platform::read_mxcsr() & 0x3F));
         } else {
-            load(saved_ | (kept_ & 0x3F));
+            platform::write_mxcsr(saved_ | (kept_ & 0x3F));
         }
     }
     MxcsrScope(const MxcsrScope&) = delete;
     MxcsrScope& operator=(const MxcsrScope&) = delete;
 
-    void enter_scalar() {
-        if constexpr (!kSuppressed) load(kept_);
+    [[gnu::always_inline]] void enter_scalar() {
+        if constexpr (!kSuppressed) platform::write_mxcsr(kept_);
     }
-    void leave_scalar() {
-        if constexpr (!kSuppressed) kept_ = read();
+    [[gnu::always_inline]] void leave_scalar() {
+        if constexpr (!kSuppressed) kept_ = platform::read_mxcsr();
     }
 
 private:
-    [[gnu::always_inline]] static uint32_t read() {
-        uint32_t word;
-        asm volatile("stmxcsr %0" : "=m"(word) : : "memory");
-        return word;
-    }
-    [[gnu::always_inline]] static void load(uint32_t word) { asm volatile("ldmxcsr %0" : : "m"(word) : "memory"); }
-
     uint32_t saved_;
     uint32_t kept_;  // control word of the call with the flags that count; unused where exceptions are suppressed
     bool changed_;
@@ -62,7 +55,7 @@ public:
     [[gnu::always_inline]] X87Scope() {}
     [[gnu::always_inline]] ~X87Scope() {
         if (changed_) [[unlikely]] {
-            asm volatile("fldcw %0" : : "m"(saved_));
+            platform::write_x87_control(saved_);
         }
     }
     X87Scope(const X87Scope&) = delete;
