@@ -13,23 +13,13 @@ namespace {
 constexpr int kWords = kMt19937Words;
 constexpr int kMiddle = kMt19937Middle;
 
-inline uint32_t temper(uint32_t y) {
-    y ^= y >> 11;
-    y ^= (y << 7) & 0x9D2C5680u;
-    y ^= (y << 15) & 0xEFC60000u;
-    return y ^ (y >> 18);
-}
-
-inline U32 temper(U32 y) {
-    y ^= y >> 11;
-    y = xor_and(y, y << 7, broadcast(0x9D2C5680u));
-    y = xor_and(y, y << 15, broadcast(0xEFC60000u));
-    return y ^ (y >> 18);
-}
-
 struct Temper {
-    template <class Words>
-    Words operator()(Words y) const { return temper(y); }
+    U32 operator()(U32 y) const {
+        y ^= y >> 11;
+        y = xor_and(y, y << 7, broadcast(0x9D2C5680u));
+        y = xor_and(y, y << 15, broadcast(0xEFC60000u));
+        return y ^ (y >> 18);
+    }
 };
 
 // The words that follow x(k), given with the words after them and those 397 places on.
