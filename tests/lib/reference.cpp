@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tests/lib/turns.h"
 #include "tests/lib/ulp.h"
 
 namespace nax::testing {
@@ -14,12 +15,22 @@ int exact_logb(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
     return mpfr_set_si(y, mpfr_get_exp(x) - 1, rounding);  // MPFR's significand lies in [1/2, 1)
 }
 
+using enum TurnFunction;
+
 constexpr Reference kReferences[] = {
     {"Exp", std::exp, std::exp, mpfr_exp},         {"Exp2", std::exp2, std::exp2, mpfr_exp2},
     {"Exp10", exp10, exp10l, mpfr_exp10},          {"Expm1", std::expm1, std::expm1, mpfr_expm1},
     {"Ln", std::log, std::log, mpfr_log},          {"Log2", std::log2, std::log2, mpfr_log2},
     {"Log10", std::log10, std::log10, mpfr_log10}, {"Log1p", std::log1p, std::log1p, mpfr_log1p},
     {"Logb", std::logb, std::logb, exact_logb},
+    {"Sin", std::sin, std::sin, mpfr_sin},         {"Cos", std::cos, std::cos, mpfr_cos},
+    {"Tan", std::tan, std::tan, mpfr_tan},
+    {"Sind", of_degrees<Sine>, of_degrees<Sine>, exact_of_degrees<mpfr_sinu>},
+    {"Cosd", of_degrees<Cosine>, of_degrees<Cosine>, exact_of_degrees<mpfr_cosu>},
+    {"Tand", of_degrees<Tangent>, of_degrees<Tangent>, exact_of_degrees<mpfr_tanu>},
+    {"Sinpi", of_half_turns<Sine>, of_half_turns<Sine>, mpfr_sinpi},
+    {"Cospi", of_half_turns<Cosine>, of_half_turns<Cosine>, mpfr_cospi},
+    {"Tanpi", of_half_turns<Tangent>, of_half_turns<Tangent>, mpfr_tanpi},
 };
 
 }  // namespace
