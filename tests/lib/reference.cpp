@@ -18,12 +18,17 @@ int exact_logb(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
 using enum TurnFunction;
 
 constexpr Reference kReferences[] = {
-    {"Exp", std::exp, std::exp, mpfr_exp},         {"Exp2", std::exp2, std::exp2, mpfr_exp2},
-    {"Exp10", exp10, exp10l, mpfr_exp10},          {"Expm1", std::expm1, std::expm1, mpfr_expm1},
-    {"Ln", std::log, std::log, mpfr_log},          {"Log2", std::log2, std::log2, mpfr_log2},
-    {"Log10", std::log10, std::log10, mpfr_log10}, {"Log1p", std::log1p, std::log1p, mpfr_log1p},
+    {"Exp", std::exp, std::exp, mpfr_exp},
+    {"Exp2", std::exp2, std::exp2, mpfr_exp2},
+    {"Exp10", exp10, exp10l, mpfr_exp10},
+    {"Expm1", std::expm1, std::expm1, mpfr_expm1},
+    {"Ln", std::log, std::log, mpfr_log},
+    {"Log2", std::log2, std::log2, mpfr_log2},
+    {"Log10", std::log10, std::log10, mpfr_log10},
+    {"Log1p", std::log1p, std::log1p, mpfr_log1p},
     {"Logb", std::logb, std::logb, exact_logb},
-    {"Sin", std::sin, std::sin, mpfr_sin},         {"Cos", std::cos, std::cos, mpfr_cos},
+    {"Sin", std::sin, std::sin, mpfr_sin},
+    {"Cos", std::cos, std::cos, mpfr_cos},
     {"Tan", std::tan, std::tan, mpfr_tan},
     {"Sind", of_degrees<Sine>, of_degrees<Sine>, exact_of_degrees<mpfr_sinu>},
     {"Cosd", of_degrees<Cosine>, of_degrees<Cosine>, exact_of_degrees<mpfr_cosu>},

@@ -1,5 +1,5 @@
-// Writes vmath/trig/trig_tables.inc: sines, cosines and tangents of base points, and the bits of 1/(2 pi), 1/pi and 2/pi
-// that long argument reductions multiply by.
+// Writes vmath/trig/trig_tables.inc: sines, cosines and tangents of base points, and the bits of 1/(2 pi), 1/pi and
+// 2/pi that long argument reductions multiply by.
 #include <cinttypes>
 
 #include "table_writer.h"
@@ -59,7 +59,8 @@ void write_circle(const char* name, const char* comment, int size) {
 // between 2^-192 and 1/2 turn matter: floor(2^(e - 1075 + 192)/(2 pi)) mod 2^192, the highest word first.
 void write_turns_by_exponent() {
     constexpr int rows = 2048, words = 3, fraction = 64 * words;
-    std::printf("\n// floor(2^(e - 1075 + %d)/(2 pi)) mod 2^%d for biased exponent e, the highest word first\n", fraction, fraction);
+    std::printf("\n// floor(2^(e - 1075 + %d)/(2 pi)) mod 2^%d for biased exponent e, the highest word first\n",
+                fraction, fraction);
     std::printf("inline constexpr unsigned long turns_by_exponent[%d][%d] = {", rows, words);
     Long inverse;
     mpfr_const_pi(inverse.value, MPFR_RNDN);
@@ -103,7 +104,8 @@ void write_half_turns_by_exponent() {
 // Piece k: bits 25 k + 1 to 25 (k + 1) of 2/pi behind the binary point, at their place for a factor of 2^200.
 void write_pieces() {
     constexpr int pieces = 53, bits = 25;
-    std::printf("\n// 2/pi in pieces of %d bits, times 2^200\ninline constexpr double two_over_pi_pieces[%d] = {", bits, pieces);
+    std::printf("\n// 2/pi in pieces of %d bits, times 2^200\ninline constexpr double two_over_pi_pieces[%d] = {", bits,
+                pieces);
     Long rest, piece;
     mpfr_const_pi(rest.value, MPFR_RNDN);
     mpfr_ui_div(rest.value, 2, rest.value, MPFR_RNDN);

@@ -1,9 +1,8 @@
 // Below 2^30 by multiples of pi/2 in three parts (Cody and Waite), above by the bits of 2/pi that matter (M. Payne,
 // R. Hanek, "Radian reduction for trigonometric functions", SIGNUM Newsletter 18, 1983).
-#include "vmath/trig/reduce_pio2.h"
-
 #include <initializer_list>
 
+#include "vmath/trig/reduce_pio2.h"
 #include "vmath/trig/trig_tables.inc"
 
 namespace nax::vmath {
@@ -11,8 +10,8 @@ namespace {
 
 constexpr double kShifter = 0x1.8p+52;  // added and taken off again, it leaves the nearest integer
 constexpr int kPieceBits = 25;
-// Bits of the double's product with 2/pi from the highest that isn't a multiple of four down to 2^-170: the nearest that
-// a double comes to a multiple of pi/2 is some 2^-61 of it, and two doubles hold 106 bits more.
+// Bits of the double's product with 2/pi from the highest that isn't a multiple of four down to 2^-170: the nearest
+// that a double comes to a multiple of pi/2 is some 2^-61 of it, and two doubles hold 106 bits more.
 constexpr int kPieces = 11;
 
 DoubleWord two_sum(double a, double b) {

@@ -2,8 +2,8 @@
 //
 //     |x| = i pi/32 + r,   sin(i pi/32 + r) = S + C sin(r) + S (cos(r) - 1),   S, C from 64 rows
 //
-// summed as a pair of doubles. Within 0.51 ulp; the tangent, a quotient of two such sums, as well. The float functions go
-// through the double ones.
+// summed as a pair of doubles. Within 0.51 ulp; the tangent, a quotient of two such sums, as well. The float functions
+// go through the double ones.
 #include "vmath/trig/trig_rare.h"
 
 #include <cmath>
@@ -40,7 +40,8 @@ Angle exact_angle(double x, double half_turn, const double (&unit)[2]) {
     return {bits_of(t), {high, std::fma(f, unit[0], -high) + f * unit[1]}};
 }
 
-// |x| degrees. 2^12 = 1 modulo 45, so from 2^56 on, where the unit is a multiple of 8, the exponent counts modulo 12 only.
+// |x| degrees. 2^12 = 1 modulo 45, so from 2^56 on, where the unit is a multiple of 8, the exponent counts modulo 12
+// only.
 Angle degrees(double x) {
     uint64_t bits = bits_of(std::fabs(x));
     const int excess = biased_exponent(x) - (1023 + 56);

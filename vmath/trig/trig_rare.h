@@ -1,5 +1,5 @@
-// Scalar paths of the trigonometric functions; statuses as in nax/error.h. Right for every argument; only infinities have
-// a status.
+// Scalar paths of the trigonometric functions; statuses as in nax/error.h. Right for every argument; only infinities
+// have a status.
 #pragma once
 
 #include <cstdint>
