@@ -394,25 +394,31 @@ NAX_VEC void look_up_pair(const double (*table)[2], I64 index, __m256d& first, _
     second = _mm256_unpackhi_pd(even, odd);
 }
 
-// Rows of four, each one load.
-NAX_VEC void look_up_row(const double (*table)[4], I64 index, __m256d& a, __m256d& b, __m256d& c, __m256d& d) {
-    const __m256d r0 = _mm256_loadu_pd(table[index[0]]), r1 = _mm256_loadu_pd(table[index[1]]);
-    const __m256d r2 = _mm256_loadu_pd(table[index[2]]), r3 = _mm256_loadu_pd(table[index[3]]);
+// Rows of four, each one load; `row(lane)` is where the lane's row begins.
+template <class Row>
+NAX_VEC void look_up_rows(Row row, __m256d& a, __m256d& b, __m256d& c, __m256d& d) {
+    const __m256d r0 = row(0), r1 = row(1), r2 = row(2), r3 = row(3);
     const __m256d ac01 = _mm256_unpacklo_pd(r0, r1), ac23 = _mm256_unpacklo_pd(r2, r3);
     const __m256d bd01 = _mm256_unpackhi_pd(r0, r1), bd23 = _mm256_unpackhi_pd(r2, r3);
     a = _mm256_permute2f128_pd(ac01, ac23, 0x20);
-    c = _mm256_permute2f128_pd(ac01, ac23, 0x31);
     b = _mm256_permute2f128_pd(bd01, bd23, 0x20);
+    c = _mm256_permute2f128_pd(ac01, ac23, 0x31);
     d = _mm256_permute2f128_pd(bd01, bd23, 0x31);
 }
-// Rows of three words.
+NAX_VEC void look_up_row(const double (*table)[4], I64 index, __m256d& a, __m256d& b, __m256d& c, __m256d& d) {
+    look_up_rows(
+        [&](int lane) __attribute__((always_inline)) { return _mm256_loadu_pd(table[index[lane]]); }, a, b, c, d);
+}
+// Rows of three words. The last row is out of reach: its load would leave the table.
 NAX_VEC void look_up_row(const unsigned long (*table)[3], I64 index, I64& a, I64& b, I64& c) {
-    for (int lane = 0; lane < 4; ++lane) {
-        const unsigned long* const row = table[index[lane]];
-        a[lane] = static_cast<long long>(row[0]);
-        b[lane] = static_cast<long long>(row[1]);
-        c[lane] = static_cast<long long>(row[2]);
-    }
+    const auto row = [&](int lane) __attribute__((always_inline)) {
+        return (__m256d)_mm256_loadu_si256(reinterpret_cast<const __m256i*>(table[index[lane]]));
+    };
+    __m256d x, y, z, next;
+    look_up_rows(row, x, y, z, next);
+    a = bits(x);
+    b = bits(y);
+    c = bits(z);
 }
 
 // N entries in a data block; the low bits of each index lane choose one. Doubles by single loads, floats by permutes.

@@ -62,7 +62,7 @@ NAX_VEC typename E::Vector horner(const Coefficients<E, N>& polynomial, typename
     return sum;
 }
 
-// x = n + r in steps of a half turn over `Steps`; the low bits of z count the steps. Radians lose `Parts` parts of the
+// x = n + r in steps of a half turn over `Steps`. Radians lose `Parts` parts of the
 // step one by one: the first difference is exact. Of degrees the difference is exact altogether, and half turns need
 // but the shifter.
 template <class E, Unit U, int Steps, int Parts>
@@ -82,16 +82,19 @@ struct ShortReduction {
                 E::row(U == Unit::Degree ? T(180.0 / Steps) : by_precision<E>(pi_partsf[k], pi_parts[k]) / T(Steps));
     }
 
-    NAX_VEC Vector operator()(Vector x, Vector& z) const {
+    NAX_VEC Vector operator()(Vector x, Vector& z) const { return less(x, count(x, z)); }
+    // n; the low bits of z count the same.
+    NAX_VEC Vector count(Vector x, Vector& z) const {
         z = U == Unit::HalfTurn ? add(x, shifter) : fma(x, inverse, shifter);
-        return less(x, sub(z, shifter));
+        return sub(z, shifter);
     }
-    // The same for n = 1/2, 3/2 ... of a half turn, which is the (z + 1/2)-th from below.
-    NAX_VEC Vector to_half_odd(Vector x, Vector& z) const {
-        static_assert(Steps == 1);
+    // The same, but for the cosine n is -1/2, 1/2, 3/2 ... of a half turn where z counts 0, 1, 2 ...
+    template <Function F>
+    NAX_VEC Vector count_for(Vector x, Vector& z) const {
+        if constexpr (F != Function::Cosine) return count(x, z);
         const Vector half = E::row(T(0.5));
         z = add(U == Unit::HalfTurn ? add(x, half) : fma(x, inverse, half), shifter);
-        return less(x, sub(sub(z, shifter), half));
+        return sub(sub(z, shifter), half);
     }
     // x - n steps.
     NAX_VEC Vector less(Vector x, Vector n) const {

@@ -40,88 +40,93 @@ constexpr auto sine_cosine_core(const T (&sine)[S], const T (&cosine)[C]) {
     return SineCosineCore<E, Parts, int(S), int(C)>{sine, cosine};
 }
 
-// Cores of float at HA are those in double lanes.
-template <Level L, class E, Function F, Unit U>
-constexpr auto make_core() {
-    constexpr bool doubles = std::is_same_v<E, Double>;
-    constexpr int which = L == Level::HA ? 2 : 2 * !doubles + (L == Level::EP);  // 0, 1: double LA, EP; 3 is unused
-    if constexpr (doubles && L == Level::HA) {
-        return SixteenthCore<F, U>{};
-    } else if constexpr (F == Function::SineCosine) {
-        if constexpr (doubles && L == Level::LA)
-            return sine_cosine_core<3, E>(quarter_sine_double_la, quarter_cosine_double_la);
-        else if constexpr (doubles || L == Level::HA)
-            return sine_cosine_core<2, Double>(quarter_sine_double_ep, quarter_cosine_double_ep);
-        else if constexpr (L == Level::LA)
-            return sine_cosine_core<3, E>(quarter_sine_single_la, quarter_cosine_single_la);
-        else
-            return sine_cosine_core<2, E>(quarter_sine_single_ep, quarter_cosine_single_ep);
-    } else if constexpr (F == Function::Tangent) {
-        static_assert(which >= 0);
-        if constexpr (U == Unit::Radian) {
-            if constexpr (doubles && L == Level::LA)
-                return tangent_core<U, 3, E>(tangent_radian_long_numerator, tangent_radian_long_denominator);
-            else if constexpr (doubles || L == Level::HA)
-                return tangent_core<U, 2, Double>(tangent_radian_short_numerator, tangent_radian_short_denominator);
-            else if constexpr (L == Level::LA)
-                return tangent_core<U, 3, E>(tangent_radian_single_la_numerator, tangent_radian_single_la_denominator);
-            else
-                return tangent_core<U, 2, E>(tangent_radian_single_ep_numerator, tangent_radian_single_ep_denominator);
-        } else if constexpr (U == Unit::Degree) {
-            if constexpr (doubles && L == Level::LA)
-                return tangent_core<U, 1, E>(tangent_degree_long_numerator, tangent_degree_long_denominator);
-            else if constexpr (doubles || L == Level::HA)
-                return tangent_core<U, 1, Double>(tangent_degree_short_numerator, tangent_degree_short_denominator);
-            else if constexpr (L == Level::LA)
-                return tangent_core<U, 1, E>(tangent_degree_single_la_numerator, tangent_degree_single_la_denominator);
-            else
-                return tangent_core<U, 1, E>(tangent_degree_single_ep_numerator, tangent_degree_single_ep_denominator);
-        } else {
-            if constexpr (doubles && L == Level::LA)
-                return tangent_core<U, 1, E>(tangent_half_turn_long_numerator, tangent_half_turn_long_denominator);
-            else if constexpr (doubles || L == Level::HA)
-                return tangent_core<U, 1, Double>(tangent_half_turn_short_numerator,
-                                                  tangent_half_turn_short_denominator);
-            else if constexpr (L == Level::LA)
-                return tangent_core<U, 1, E>(tangent_half_turn_single_la_numerator,
-                                             tangent_half_turn_single_la_denominator);
-            else
-                return tangent_core<U, 1, E>(tangent_half_turn_single_ep_numerator,
-                                             tangent_half_turn_single_ep_denominator);
-        }
-    } else if constexpr (U == Unit::Radian) {
-        if constexpr (doubles && L == Level::LA)
-            return half_turn_core<F, U, 3, E>(radian_sine_double_la);
-        else if constexpr (doubles)
-            return half_turn_core<F, U, 2, E>(radian_sine_double_ep);
-        else if constexpr (L == Level::HA)
-            return half_turn_core<F, U, 2, Double>(radian_sine_single_ha);
-        else if constexpr (L == Level::LA)
-            return half_turn_core<F, U, 3, E>(radian_sine_single_la);
-        else
-            return half_turn_core<F, U, 2, E>(radian_sine_single_ep);
-    } else if constexpr (U == Unit::Degree) {
-        if constexpr (doubles && L == Level::LA)
-            return half_turn_core<F, U, 1, E>(degree_sine_double_la);
-        else if constexpr (doubles || L == Level::HA)
-            return half_turn_core<F, U, 1, Double>(degree_sine_double_ep);
-        else if constexpr (L == Level::LA)
-            return half_turn_core<F, U, 1, E>(degree_sine_single_la);
-        else
-            return half_turn_core<F, U, 1, E>(degree_sine_single_ep);
-    } else {
-        if constexpr (doubles && L == Level::LA)
-            return half_turn_core<F, U, 1, E>(half_turn_sine_double_la);
-        else if constexpr (doubles || L == Level::HA)
-            return half_turn_core<F, U, 1, Double>(half_turn_sine_double_ep);
-        else if constexpr (L == Level::LA)
-            return half_turn_core<F, U, 1, E>(half_turn_sine_single_la);
-        else
-            return half_turn_core<F, U, 1, E>(half_turn_sine_single_ep);
-    }
+// By unit: one argument for each.
+template <Unit U, class R, class D, class H>
+constexpr auto& by_unit(const R& radian, const D& degree, const H& turn) {
+    if constexpr (U == Unit::Radian)
+        return radian;
+    else if constexpr (U == Unit::Degree)
+        return degree;
+    else
+        return turn;
+}
+
+// The cores in double lanes that float has at HA; EP of double has the same, but for the sine of radians.
+template <Function F, Unit U>
+constexpr auto make_lanes() {
+    if constexpr (F == Function::SineCosine)
+        return sine_cosine_core<2, Double>(quarter_sine_double_ep, quarter_cosine_double_ep);
+    else if constexpr (F == Function::Tangent)
+        return tangent_core<U, 2, Double>(by_unit<U>(tangent_radian_short_numerator, tangent_degree_short_numerator,
+                                                     tangent_half_turn_short_numerator),
+                                          by_unit<U>(tangent_radian_short_denominator, tangent_degree_short_denominator,
+                                                     tangent_half_turn_short_denominator));
+    else
+        return half_turn_core<F, U, 2, Double>(
+            by_unit<U>(radian_sine_single_ha, degree_sine_double_ep, half_turn_sine_double_ep));
+}
+
+template <Function F, Unit U>
+constexpr auto make_double_la() {
+    if constexpr (F == Function::SineCosine)
+        return sine_cosine_core<3, Double>(quarter_sine_double_la, quarter_cosine_double_la);
+    else if constexpr (F == Function::Tangent)
+        return tangent_core<U, 3, Double>(
+            by_unit<U>(tangent_radian_long_numerator, tangent_degree_long_numerator, tangent_half_turn_long_numerator),
+            by_unit<U>(tangent_radian_long_denominator, tangent_degree_long_denominator,
+                       tangent_half_turn_long_denominator));
+    else
+        return half_turn_core<F, U, 3, Double>(
+            by_unit<U>(radian_sine_double_la, degree_sine_double_la, half_turn_sine_double_la));
+}
+
+template <Function F, Unit U>
+constexpr auto make_single_la() {
+    if constexpr (F == Function::SineCosine)
+        return sine_cosine_core<3, Single>(quarter_sine_single_la, quarter_cosine_single_la);
+    else if constexpr (F == Function::Tangent)
+        return tangent_core<U, 3, Single>(
+            by_unit<U>(tangent_radian_single_la_numerator, tangent_degree_single_la_numerator,
+                       tangent_half_turn_single_la_numerator),
+            by_unit<U>(tangent_radian_single_la_denominator, tangent_degree_single_la_denominator,
+                       tangent_half_turn_single_la_denominator));
+    else
+        return half_turn_core<F, U, 3, Single>(
+            by_unit<U>(radian_sine_single_la, degree_sine_single_la, half_turn_sine_single_la));
+}
+
+template <Function F, Unit U>
+constexpr auto make_single_ep() {
+    if constexpr (F == Function::SineCosine)
+        return sine_cosine_core<2, Single>(quarter_sine_single_ep, quarter_cosine_single_ep);
+    else if constexpr (F == Function::Tangent)
+        return tangent_core<U, 2, Single>(
+            by_unit<U>(tangent_radian_single_ep_numerator, tangent_degree_single_ep_numerator,
+                       tangent_half_turn_single_ep_numerator),
+            by_unit<U>(tangent_radian_single_ep_denominator, tangent_degree_single_ep_denominator,
+                       tangent_half_turn_single_ep_denominator));
+    else
+        return half_turn_core<F, U, 2, Single>(
+            by_unit<U>(radian_sine_single_ep, degree_sine_single_ep, half_turn_sine_single_ep));
 }
 
 template <Level L, class E, Function F, Unit U>
-using Core = decltype(make_core<L, E, F, U>());
+constexpr auto make_core() {
+    constexpr bool doubles = std::is_same_v<E, Double>;
+    if constexpr (L == Level::HA && doubles)
+        return SixteenthCore<F, U>{};
+    else if constexpr (L == Level::HA)
+        return Widened<decltype(make_lanes<F, U>())>{make_lanes<F, U>()};
+    else if constexpr (L == Level::LA && doubles)
+        return make_double_la<F, U>();
+    else if constexpr (L == Level::LA)
+        return make_single_la<F, U>();
+    else if constexpr (!doubles)
+        return make_single_ep<F, U>();
+    else if constexpr (U == Unit::Radian && (F == Function::Sine || F == Function::Cosine))
+        return half_turn_core<F, U, 2, E>(radian_sine_double_ep);
+    else
+        return make_lanes<F, U>();
+}
 
 }  // namespace nax::vmath::NAX_ISA

@@ -2,8 +2,8 @@
 // the longer ones.
 //
 //     degrees, half turns    folded exactly, then the core
-//     radians, HA and LA     the long reduction: in fixed point for double, in double lanes for float
-//     radians, EP            the scalar path
+//     radians of double      HA and LA the long reduction in fixed point, EP the scalar path
+//     radians of float       the long reduction in double lanes
 //
 // Only Inf and NaN are rare in the end.
 #pragma once
@@ -15,14 +15,14 @@
 
 namespace nax::vmath::NAX_ISA {
 
-// Lanes of the mask by the scalar path, which needs no status for finite arguments.
+// Lanes of the mask by the scalar path, which has no status for finite arguments; anything in the others.
 template <auto Rare, class Vector, int NO>
 NAX_VEC void scalar_values(uint32_t mask, Vector x, Vector (&y)[NO]) {
     using T = typename PrecisionOf<Vector>::Element;
     constexpr int lanes = PrecisionOf<Vector>::lanes;
     alignas(64) T arguments[lanes], results[NO][lanes];
     store(arguments, x);
-    for (int k = 0; k < NO; ++k) store(results[k], y[k]);
+    for (int k = 0; k < NO; ++k) store(results[k], x);
     for (; mask != 0; mask &= mask - 1) {
         const int lane = __builtin_ctz(mask);
         if constexpr (NO == 2)
@@ -36,62 +36,35 @@ NAX_VEC void scalar_values(uint32_t mask, Vector x, Vector (&y)[NO]) {
 template <Level L, class E, Function F, Unit U, auto Rare>
 struct AllValues {
     using Vector = typename E::Vector;
-    using Lanes = Core<L, E, F, U>;
-    static constexpr int outputs = Lanes::outputs;
-    static constexpr bool widened = !std::is_same_v<typename Lanes::E, E>;
+    using Core = decltype(make_core<L, E, F, U>());
+    static constexpr int outputs = Core::outputs;
 
-    Lanes core = make_core<L, E, F, U>();
+    Core core = make_core<L, E, F, U>();
 
     // Arguments within the short reduction.
     NAX_VEC void short_values(Vector x, Vector (&y)[outputs]) const {
-        in_lanes(
-            x, y, [&](auto a, auto& b) __attribute__((always_inline)) {
-                core.value(takes_magnitude(U, F) ? magnitude(a) : a, b);
-                core.finish(a, b);
-            });
+        core.value(takes_magnitude(U, F) ? magnitude(x) : x, y);
+        core.finish(x, y);
     }
-    // Beyond it; of Inf and NaN, anything.
-    NAX_VEC void long_values(Vector x, Vector (&y)[outputs]) const {
+    // Lanes beyond it; of Inf and NaN, anything.
+    NAX_VEC void long_values(uint32_t beyond, Vector x, Vector (&y)[outputs]) const {
         if constexpr (is_exact(U)) {
             folded_values(x, y);
-        } else if constexpr (L == Level::EP) {
-            scalar_values<Rare>(lane_bits(greater(E::row_of_bits(E::exponent_field), magnitude(x))), x, y);
+        } else if constexpr (L == Level::EP && std::is_same_v<E, Double>) {
+            scalar_values<Rare>(beyond & ~lane_bits(is_class<kNan | kInf>(x)), x, y);
         } else if constexpr (std::is_same_v<E, Double>) {
             NAX_ISA::long_values<F>(x, y);
         } else {
-            static constexpr auto lanes = make_core<Level::HA, E, F, U>();
-            double_lanes(
-                x, y, [&](auto a, auto& b) __attribute__((always_inline)) { long_value_of_float(lanes, a, b); });
+            static constexpr auto lanes = make_lanes<F, U>();
+            const auto value = [](auto a, auto& b) __attribute__((always_inline)) { long_value_of_float(lanes, a, b); };
+            in_double_lanes(x, y, value);
         }
     }
 
 private:
     NAX_VEC void folded_values(Vector x, Vector (&y)[outputs]) const {
-        const Vector folded = fold<E, U>(x);
-        in_lanes(
-            folded, y, [&](auto a, auto& b) __attribute__((always_inline)) { core.value(a, b); });
-        if constexpr (is_exact(U) && !widened) {
-            core.finish(x, y);
-        } else {
-            // what finish does, in float
-            if constexpr (F != Function::Tangent) y[0] = without_minus_zero(y[0]);
-            if constexpr (takes_magnitude(U, F)) y[0] = bit_xor(y[0], sign_of(x));
-        }
-    }
-    // A float vector goes through a double core in halves.
-    template <class Value>
-    NAX_VEC void in_lanes(Vector x, Vector (&y)[outputs], Value value) const {
-        if constexpr (widened)
-            double_lanes(x, y, value);
-        else
-            value(x, y);
-    }
-    template <class Value>
-    NAX_VEC static void double_lanes(Vector x, Vector (&y)[outputs], Value value) {
-        Double::Vector low[outputs], high[outputs];
-        value(widen_low(x), low);
-        value(widen_high(x), high);
-        for (int k = 0; k < outputs; ++k) y[k] = narrow(low[k], high[k]);
+        core.value(fold<E, U>(x), y);
+        core.finish(x, y);
     }
 };
 
@@ -113,13 +86,21 @@ protected:
         values.short_values(x, y);
         return ordinary.excess(x);
     }
+    // Vectors all on one side of the limit pay for that one only.
     NAX_VEC auto eval_wide_all(Vector x, Vector (&y)[outputs]) const {
-        Vector beyond[outputs];
-        values.short_values(x, y);
-        for (int k = 0; k < outputs; ++k) beyond[k] = y[k];
-        values.long_values(x, beyond);
-        for (int k = 0; k < outputs; ++k) y[k] = choose(ordinary.exceeded(x), beyond[k], y[k]);
-        return is_rare(x);
+        const auto beyond = ordinary.exceeded(x);
+        const uint32_t lanes = lane_bits(beyond);
+        for (int k = 0; k < outputs; ++k) y[k] = x;
+        if (lanes != (uint64_t{1} << E::lanes) - 1) values.short_values(x, y);
+        if (lanes != 0) {
+            Vector long_y[outputs];
+            values.long_values(lanes, x, long_y);
+            for (int k = 0; k < outputs; ++k) y[k] = choose(beyond, long_y[k], y[k]);
+        }
+        // Where no scalar path follows, rare lanes have NaN.
+        const auto rare = is_rare(x);
+        for (int k = 0; k < outputs; ++k) y[k] = choose(rare, sub(x, x), y[k]);
+        return rare;
     }
 };
 

@@ -17,7 +17,9 @@ NAX_VEC TurnFraction turn_fraction(Double::Vector x) {
     const I64 mantissa = (bits(x) & 0xFFFFFFFFFFFFF) | 0x10000000000000;
     const I64 lower = mantissa & 0xFFFFFFFF, upper = shift_right<32>(mantissa);
     I64 words[3];
-    look_up_row(turns_by_exponent, shift_right<52>(bits(magnitude(x))), words[0], words[1], words[2]);
+    // Inf and NaN, which need no row, take that of an even exponent: the last row is out of reach.
+    const I64 exponent = shift_right<52>(bits(magnitude(x)));
+    look_up_row(turns_by_exponent, exponent - shift_right<11>(exponent + 1), words[0], words[1], words[2]);
     // Limb k has the weight 2^(32 k - 192).
     const I64 limb[6] = {words[2], shift_right<32>(words[2]), words[1], shift_right<32>(words[1]),
                          words[0], shift_right<32>(words[0])};

@@ -12,29 +12,36 @@
 
 namespace nax::vmath::NAX_ISA {
 
+// Signs of exact zeros, and of x where values are those of its magnitude.
+template <Function F, Unit U, class Vector, int NO>
+NAX_VEC void finish_values(Vector x, Vector (&y)[NO]) {
+    if constexpr (is_exact(U) && F != Function::Tangent) y[0] = without_minus_zero(y[0]);
+    if constexpr (takes_magnitude(U, F)) y[0] = bit_xor(y[0], sign_of(x));
+}
+
 template <class E_, Function F, Unit U, int Parts, int Terms>
 struct HalfTurnCore {
     using E = E_;
     using Vector = typename E::Vector;
     static constexpr Function function = F;
     static constexpr Unit unit = U;
-    static constexpr int outputs = 1;
+    static constexpr int outputs = 1, steps = 1;
 
     Coefficients<E, Terms> polynomial;
-    ShortReduction<E, U, 1, Parts> reduction = {};
+    ShortReduction<E, U, steps, Parts> reduction = {};
 
     NAX_VEC void value(Vector x, Vector (&y)[1]) const {
         Vector z;
-        const Vector r = F == Function::Cosine ? reduction.to_half_odd(x, z) : reduction(x, z);
-        y[0] = from_remainder(r, z);
+        sizes(reduction.less(x, reduction.template count_for<F>(x, z)), y);
+        arrange(y, z);
     }
-    NAX_VEC Vector from_remainder(Vector r, Vector z) const {
-        return bit_xor(mul(r, horner(polynomial, mul(r, r))), as_sign<0>(z));
+    // Of the remainder alone; and for its place on the circle.
+    NAX_VEC void sizes(Vector r, Vector (&y)[1]) const { y[0] = mul(r, horner(polynomial, mul(r, r))); }
+    template <class V>
+    NAX_VEC static void arrange(V (&y)[1], V z) {
+        y[0] = bit_xor(y[0], as_sign<0>(z));
     }
-    NAX_VEC void finish(Vector x, Vector (&y)[1]) const {
-        if constexpr (is_exact(U)) y[0] = without_minus_zero(y[0]);
-        if constexpr (takes_magnitude(U, F)) y[0] = bit_xor(y[0], sign_of(x));
-    }
+    NAX_VEC void finish(Vector x, Vector (&y)[1]) const { finish_values<F, U>(x, y); }
 };
 
 // tan(r) = r P/Q; in an odd quarter turn -Q/(r P).
@@ -44,19 +51,19 @@ struct TangentCore {
     using Vector = typename E::Vector;
     static constexpr Function function = Function::Tangent;
     static constexpr Unit unit = U;
-    static constexpr int outputs = 1;
+    static constexpr int outputs = 1, steps = 2;
 
     Coefficients<E, Top> numerator;
     Coefficients<E, Bottom> denominator;
-    ShortReduction<E, U, 2, Parts> reduction = {};
+    ShortReduction<E, U, steps, Parts> reduction = {};
     Vector one = E::row(1);
 
     NAX_VEC void value(Vector x, Vector (&y)[1]) const {
         Vector z;
         const Vector r = reduction(x, z);
-        y[0] = from_remainder(r, z);
+        y[0] = of_remainder(r, z);
     }
-    NAX_VEC Vector from_remainder(Vector r, Vector z) const {
+    NAX_VEC Vector of_remainder(Vector r, Vector z) const {
         const Vector r2 = mul(r, r);
         const Vector p = mul(r, horner(numerator, r2)), q = fma(r2, horner(denominator, r2), one);
         const auto odd = sign_mask(as_sign<0>(z));
@@ -65,9 +72,7 @@ struct TangentCore {
         // A zero has the sign of the cosine, a pole that of the sine: both change with every half turn.
         return bit_xor(y, choose(equal(r, E::row(0)), as_sign<1>(z), as_sign<0>(z)));
     }
-    NAX_VEC void finish(Vector x, Vector (&y)[1]) const {
-        if constexpr (takes_magnitude(U, function)) y[0] = bit_xor(y[0], sign_of(x));
-    }
+    NAX_VEC void finish(Vector x, Vector (&y)[1]) const { finish_values<function, U>(x, y); }
 };
 
 // Sine and cosine, of radians only.
@@ -77,23 +82,28 @@ struct SineCosineCore {
     using Vector = typename E::Vector;
     static constexpr Function function = Function::SineCosine;
     static constexpr Unit unit = Unit::Radian;
-    static constexpr int outputs = 2;
+    static constexpr int outputs = 2, steps = 2;
 
     Coefficients<E, SineTerms> sine;      // sin(r) = r + r^3 P(r^2)
     Coefficients<E, CosineTerms> cosine;  // cos(r) = 1 + r^2 Q(r^2)
-    ShortReduction<E, Unit::Radian, 2, Parts> reduction = {};
+    ShortReduction<E, Unit::Radian, steps, Parts> reduction = {};
     Vector one = E::row(1);
 
     NAX_VEC void value(Vector x, Vector (&y)[2]) const {
         Vector z;
-        const Vector r = reduction(x, z);
-        from_remainder(r, z, y);
+        sizes(reduction(x, z), y);
+        arrange(y, z);
     }
-    NAX_VEC void from_remainder(Vector r, Vector z, Vector (&y)[2]) const {
+    NAX_VEC void sizes(Vector r, Vector (&y)[2]) const {
         const Vector r2 = mul(r, r);
-        const Vector s = mul(r, fma(r2, horner(sine, r2), one)), c = fma(r2, horner(cosine, r2), one);
+        y[0] = mul(r, fma(r2, horner(sine, r2), one));
+        y[1] = fma(r2, horner(cosine, r2), one);
+    }
+    // In odd quarters sine and cosine change places; the sine is negative in quarters 2 and 3, the cosine in 1 and 2.
+    template <class V>
+    NAX_VEC static void arrange(V (&y)[2], V z) {
+        const V s = y[0], c = y[1];
         const auto odd = sign_mask(as_sign<0>(z));
-        // The sine is negative in quarters 2 and 3, the cosine in 1 and 2.
         y[0] = bit_xor(choose(odd, c, s), as_sign<1>(z));
         y[1] = bit_xor(choose(odd, s, c), bit_xor(as_sign<1>(z), as_sign<0>(z)));
     }
@@ -121,10 +131,57 @@ NAX_VEC void long_value_of_float(const Core& core, Double::Vector x, Double::Vec
     }
     const Vector f = fma(x, low, fms(x, high, n));
     const Vector r = mul(f, Double::row(quarters ? pi_parts[0] / 2 : pi_parts[0]));
-    if constexpr (Core::outputs == 2)
-        core.from_remainder(r, z, y);
-    else
-        y[0] = core.from_remainder(r, z);
+    if constexpr (Core::function == Function::Tangent) {
+        y[0] = core.of_remainder(r, z);
+    } else {
+        core.sizes(r, y);
+        core.arrange(y, z);
+    }
 }
+
+// A float vector's values in the lanes of two double vectors.
+template <int NO, class Value>
+NAX_VEC void in_double_lanes(Single::Vector x, Single::Vector (&y)[NO], Value value) {
+    Double::Vector low[NO], high[NO];
+    value(widen_low(x), low);
+    value(widen_high(x), high);
+    for (int k = 0; k < NO; ++k) y[k] = narrow(low[k], high[k]);
+}
+
+// HA of float: the remainder and its series in a core of double lanes; n, what is exact, and the place on the circle in
+// float. The tangent, a quotient of two sums, is in double lanes altogether.
+template <class Lanes>
+struct Widened {
+    using E = Single;
+    using Vector = E::Vector;
+    static constexpr Function function = Lanes::function;
+    static constexpr Unit unit = Lanes::unit;
+    static constexpr int outputs = Lanes::outputs;
+
+    Lanes lanes;
+    ShortReduction<E, unit, Lanes::steps, 1> steps = {};
+
+    NAX_VEC void value(Vector x, Vector (&y)[outputs]) const {
+        if constexpr (function == Function::Tangent) {
+            const auto value = [&](auto a, auto& b) __attribute__((always_inline)) { lanes.value(a, b); };
+            return in_double_lanes(x, y, value);
+        } else {
+            Vector z;
+            const Vector n = steps.template count_for<function>(x, z);
+            Double::Vector low[outputs], high[outputs];
+            if constexpr (is_exact(unit)) {
+                const Vector r = steps.less(x, n);
+                lanes.sizes(widen_low(r), low);
+                lanes.sizes(widen_high(r), high);
+            } else {
+                lanes.sizes(lanes.reduction.less(widen_low(x), widen_low(n)), low);
+                lanes.sizes(lanes.reduction.less(widen_high(x), widen_high(n)), high);
+            }
+            for (int k = 0; k < outputs; ++k) y[k] = narrow(low[k], high[k]);
+            Lanes::arrange(y, z);
+        }
+    }
+    NAX_VEC void finish(Vector x, Vector (&y)[outputs]) const { finish_values<function, unit>(x, y); }
+};
 
 }  // namespace nax::vmath::NAX_ISA
