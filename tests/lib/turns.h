@@ -1,10 +1,11 @@
-// Sine, cosine and tangent of degrees and half turns, to about an ulp of long double: the argument less a multiple of a
+// Sine, cosine and tangent of degrees and half turns, to about an ulp: the argument less a multiple of a
 // quarter turn is exact.
 #pragma once
 
 #include <mpfr.h>
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace nax::testing {
@@ -16,7 +17,11 @@ T of_turns(T x, T quarter_turn) {
     if (!std::isfinite(x)) return x - x;
     int quarters;
     const T angle = std::remquo(x, quarter_turn, &quarters) * (std::numbers::pi_v<T> / 2 / quarter_turn);
-    if constexpr (F == TurnFunction::Tangent) return quarters & 1 ? -1 / std::tan(angle) : std::tan(angle);
+    if constexpr (F == TurnFunction::Tangent) {
+        if ((quarters & 1) == 0) return std::tan(angle);
+        return angle == 0 ? std::copysign(std::numeric_limits<T>::infinity(), T(2 - (quarters & 3)))
+                          : -1 / std::tan(angle);
+    }
     if constexpr (F == TurnFunction::Cosine) ++quarters;
     const T size = quarters & 1 ? std::cos(angle) : std::sin(angle);
     return quarters & 2 ? -size : size;
