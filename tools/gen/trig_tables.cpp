@@ -120,13 +120,14 @@ void write_pieces() {
     std::printf("\n};\n");
 }
 
-// A constant as a sum of `count` numbers of the type, each the nearest to what the former leave.
+// A constant as a sum of `count` numbers of the type, each cut off and so positive: multiples of 0 keep the sign of a -0
+// that they are taken off.
 void write_parts(Type type, const char* name, const char* comment, int count, const Long& constant) {
     Long rest;
     mpfr_set(rest.value, constant.value, MPFR_RNDN);
     write_array(type, name, comment, count, [&](int) {
-        const double part = type == Type::Double ? mpfr_get_d(rest.value, MPFR_RNDN)
-                                                 : static_cast<double>(mpfr_get_flt(rest.value, MPFR_RNDN));
+        const double part = type == Type::Double ? mpfr_get_d(rest.value, MPFR_RNDZ)
+                                                 : static_cast<double>(mpfr_get_flt(rest.value, MPFR_RNDZ));
         mpfr_sub_d(rest.value, rest.value, part, MPFR_RNDN);
         return part;
     });

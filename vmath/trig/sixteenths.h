@@ -122,7 +122,7 @@ struct SixteenthCore<Function::Tangent, U> {
 
     NAX_VEC void value(Vector x, Vector (&y)[1]) const {
         Vector z;
-        const Pair r = reduction(magnitude(x), z);
+        const Pair r = reduction(is_exact(U) ? x : magnitude(x), z);
         const Vector r2 = mul(r.high, r.high);
         Pair b;
         tangent.look_up(bits(z), b.high, b.low);
