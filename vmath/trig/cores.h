@@ -3,13 +3,13 @@
 
 #include "vmath/trig/series.h"
 #include "vmath/trig/sixteenths.h"
-#include "vmath/trig/tangent_quotients.inc"
+#include "vmath/trig/trig_series.inc"
 
 namespace nax::vmath::NAX_ISA {
 
 enum class Level { HA, LA, EP };
 
-// sin(r) = r P(r^2), |r| <= pi/2; of the first EP set the leading coefficient is fitted too.
+// sin(r) = r P(r^2), |r| <= pi/2, for the sine. The cosine of 0 is 1, so its sets are others.
 inline constexpr double radian_sine_double_la[] = {1,
                                                    -0.16666666666666186,
                                                    0.008333333333285542,
@@ -51,6 +51,14 @@ constexpr auto& by_unit(const R& radian, const D& degree, const H& turn) {
         return turn;
 }
 
+template <Function F, class S, class C>
+constexpr auto& choose_function(const S& sine, const C& cosine) {
+    if constexpr (F == Function::Cosine)
+        return cosine;
+    else
+        return sine;
+}
+
 // The cores in double lanes that float has at HA; EP of double has the same, but for the sine of radians.
 template <Function F, Unit U>
 constexpr auto make_lanes() {
@@ -77,7 +85,8 @@ constexpr auto make_double_la() {
                        tangent_half_turn_long_denominator));
     else
         return half_turn_core<F, U, 3, Double>(
-            by_unit<U>(radian_sine_double_la, degree_sine_double_la, half_turn_sine_double_la));
+            by_unit<U>(choose_function<F>(radian_sine_double_la, radian_cosine_double_la), degree_sine_double_la,
+                       half_turn_sine_double_la));
 }
 
 template <Function F, Unit U>
@@ -92,7 +101,8 @@ constexpr auto make_single_la() {
                        tangent_half_turn_single_la_denominator));
     else
         return half_turn_core<F, U, 3, Single>(
-            by_unit<U>(radian_sine_single_la, degree_sine_single_la, half_turn_sine_single_la));
+            by_unit<U>(choose_function<F>(radian_sine_single_la, radian_cosine_single_la), degree_sine_single_la,
+                       half_turn_sine_single_la));
 }
 
 template <Function F, Unit U>
@@ -107,7 +117,8 @@ constexpr auto make_single_ep() {
                        tangent_half_turn_single_ep_denominator));
     else
         return half_turn_core<F, U, 2, Single>(
-            by_unit<U>(radian_sine_single_ep, degree_sine_single_ep, half_turn_sine_single_ep));
+            by_unit<U>(choose_function<F>(radian_sine_single_ep, radian_cosine_single_ep), degree_sine_single_ep,
+                       half_turn_sine_single_ep));
 }
 
 template <Level L, class E, Function F, Unit U>
