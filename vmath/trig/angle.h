@@ -77,9 +77,12 @@ struct ShortReduction {
     Vector step[kParts + 1] = {};
 
     constexpr ShortReduction() {
-        for (int k = 0; k < kParts; ++k)
-            step[k] =
-                E::row(U == Unit::Degree ? T(180.0 / Steps) : by_precision<E>(pi_partsf[k], pi_parts[k]) / T(Steps));
+        for (int k = 0; k < kParts; ++k) step[k] = E::row(U == Unit::Degree ? T(180.0 / Steps) : part(k) / T(Steps));
+    }
+    // The last of two float parts is rounded, not cut off: nothing follows.
+    static constexpr T part(int k) {
+        if (std::is_same_v<E, Single> && Parts == 2 && k == 1) return T(pi_parts[0] - double(pi_partsf[0]));
+        return by_precision<E>(pi_partsf[k], pi_parts[k]);
     }
 
     NAX_VEC Vector operator()(Vector x, Vector& z) const { return less(x, count(x, z)); }
