@@ -165,6 +165,10 @@ TEST(TrigTables, PartsOfPi) {
     expect_parts(pi_parts, 1);
     expect_parts(pi_partsf, 1);
     expect_parts(degree_parts, 180);
+    const double& second = sixteenth_parts[1];
+    EXPECT_EQ(sixteenth_parts[0], pi_parts[0] / 16);
+    EXPECT_EQ(std::fmod(second, 0x1p-83), 0);
+    EXPECT_EQ(second + sixteenth_parts[2], pi_parts[1] / 16 + pi_parts[2] / 16);
 }
 
 // Largest relative error, as a power of two, over (0, limit]. `value` is what the coefficients make of x^2.

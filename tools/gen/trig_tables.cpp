@@ -103,7 +103,7 @@ void write_half_turns_by_exponent() {
 
 // Piece k: bits 25 k + 1 to 25 (k + 1) of 2/pi behind the binary point, at their place for a factor of 2^200.
 void write_pieces() {
-    constexpr int pieces = 53, bits = 25;
+    constexpr int pieces = 50, bits = 25;
     std::printf("\n// 2/pi in pieces of %d bits, times 2^200\ninline constexpr double two_over_pi_pieces[%d] = {", bits,
                 pieces);
     Long rest, piece;
@@ -120,8 +120,8 @@ void write_pieces() {
     std::printf("\n};\n");
 }
 
-// A constant as a sum of `count` numbers of the type, each cut off and so positive: multiples of 0 keep the sign of a -0
-// that they are taken off.
+// A constant as a sum of `count` numbers of the type, each cut off and so positive: multiples of 0 keep the sign of a
+// -0 that they are taken off.
 void write_parts(Type type, const char* name, const char* comment, int count, const Long& constant) {
     Long rest;
     mpfr_set(rest.value, constant.value, MPFR_RNDN);
@@ -133,6 +133,25 @@ void write_parts(Type type, const char* name, const char* comment, int count, co
     });
 }
 
+// pi/16 in three parts, the second a multiple of 2^-83: its product with the number of steps has no more than 53 bits,
+// so a remainder can be taken off again without error.
+void write_sixteenth_parts() {
+    Long rest, part;
+    mpfr_const_pi(rest.value, MPFR_RNDN);
+    mpfr_div_ui(rest.value, rest.value, 16, MPFR_RNDN);
+    write_array(Type::Double, "sixteenth_parts", "pi/16, the second part a multiple of 2^-83", 3, [&](int k) {
+        mpfr_set(part.value, rest.value, MPFR_RNDN);
+        if (k == 1) {
+            mpfr_mul_2si(part.value, part.value, 83, MPFR_RNDN);
+            mpfr_rint_floor(part.value, part.value, MPFR_RNDN);
+            mpfr_mul_2si(part.value, part.value, -83, MPFR_RNDN);
+        }
+        const double x = mpfr_get_d(part.value, MPFR_RNDZ);
+        mpfr_sub_d(rest.value, rest.value, x, MPFR_RNDN);
+        return x;
+    });
+}
+
 }  // namespace
 
 int main() {
@@ -141,6 +160,7 @@ int main() {
     mpfr_const_pi(pi.value, MPFR_RNDN);
     mpfr_div_ui(degree.value, pi.value, 180, MPFR_RNDN);
     write_parts(Type::Double, "pi_parts", "pi", 3, pi);
+    write_sixteenth_parts();
     write_parts(Type::Single, "pi_partsf", "pi", 3, pi);
     write_parts(Type::Double, "degree_parts", "pi/180", 2, degree);
     write_pair("sine_16", "sin(j pi/16), high part", 16, [](int j) { return at_part_of_pi(mpfr_sin, j, 16); });

@@ -14,5 +14,5 @@ DoubleWord less_multiple_of_pi(double x, double n, double scale);
 
 }  // namespace nax::vmath
 
-// Writes x less q pi/2, within pi/4 of 0 and good to some 100 bits, and returns q modulo 4. x is finite.
+// Writes x less q pi/2, within pi/4 of 0 and good to 90 bits, and returns q modulo 4. x is finite.
 extern "C" int32_t __internal_reduce_pio2d(nax::vmath::DoubleWord* r, double x);

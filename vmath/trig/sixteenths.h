@@ -42,10 +42,10 @@ struct SixteenthReduction {
     ShortReduction<E, U, 16, 1> steps = {};
     Vector factor[2] = {U == Unit::Degree     ? E::row(degree_parts[0])
                         : U == Unit::HalfTurn ? E::row(pi_parts[0])
-                                              : E::row(pi_parts[1] / 16),
+                                              : E::row(sixteenth_parts[1]),
                         U == Unit::Degree     ? E::row(degree_parts[1])
                         : U == Unit::HalfTurn ? E::row(pi_parts[1])
-                                              : E::row(pi_parts[2] / 16)};
+                                              : E::row(sixteenth_parts[2])};
 
     NAX_VEC Pair operator()(Vector x, Vector& z) const {
         const Vector f = steps(x, z);
@@ -53,7 +53,7 @@ struct SixteenthReduction {
             const Vector r = mul(f, factor[0]);
             return {r, fma(f, factor[1], fms(f, factor[0], r))};
         } else {
-            // f is exact but for the lower parts of pi/16
+            // f is exact but for the lower parts of pi/16, and so is f - r
             const Vector n = sub(z, steps.shifter), r = fnma(n, factor[0], f);
             return {r, fnma(n, factor[1], fnma(n, factor[0], sub(f, r)))};
         }
