@@ -60,17 +60,17 @@ constexpr auto& choose_function(const S& sine, const C& cosine) {
 }
 
 // The cores in double lanes that float has at HA; EP of double has the same, but for the sine of radians.
-template <Function F, Unit U>
+template <Function F, Unit U, int Parts = 2>
 constexpr auto make_lanes() {
     if constexpr (F == Function::SineCosine)
-        return sine_cosine_core<2, Double>(quarter_sine_double_ep, quarter_cosine_double_ep);
+        return sine_cosine_core<Parts, Double>(quarter_sine_double_ep, quarter_cosine_double_ep);
     else if constexpr (F == Function::Tangent)
-        return tangent_core<U, 2, Double>(by_unit<U>(tangent_radian_short_numerator, tangent_degree_short_numerator,
+        return tangent_core<U, Parts, Double>(by_unit<U>(tangent_radian_short_numerator, tangent_degree_short_numerator,
                                                      tangent_half_turn_short_numerator),
                                           by_unit<U>(tangent_radian_short_denominator, tangent_degree_short_denominator,
                                                      tangent_half_turn_short_denominator));
     else
-        return half_turn_core<F, U, 2, Double>(
+        return half_turn_core<F, U, Parts, Double>(
             by_unit<U>(radian_sine_single_ha, degree_sine_double_ep, half_turn_sine_double_ep));
 }
 
@@ -137,7 +137,7 @@ constexpr auto make_core() {
     else if constexpr (U == Unit::Radian && (F == Function::Sine || F == Function::Cosine))
         return half_turn_core<F, U, 2, E>(radian_sine_double_ep);
     else
-        return make_lanes<F, U>();
+        return make_lanes<F, U, 3>();
 }
 
 }  // namespace nax::vmath::NAX_ISA
