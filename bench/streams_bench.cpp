@@ -18,6 +18,7 @@
 #include <random>
 
 #include "bench/measure.h"
+#include "bench/stream_plain_rivals.h"
 #include "nax/streams.h"
 
 namespace nax::bench {
@@ -176,6 +177,78 @@ void time_quasi_random(Report& report, int dimension) {
     }
 }
 
+// Calls of all lengths beside loops without a library.
+void time_beside_plain_loops(Report& report) {
+    constexpr int kMany = 1000000;
+    std::vector<double> memory(kMany);
+    double* const doubles = memory.data();
+    float* const singles = reinterpret_cast<float*>(doubles);
+    uint32_t* const integers = reinterpret_cast<uint32_t*>(doubles);
+    nax_brng_properties row;
+    const auto peers_and = [](std::vector<Contender> contenders, const char* library, std::function<void(int)> fill, int n) {
+        if (fill) contenders.push_back({library, [fill, n] { fill(n); }});
+        return contenders;
+    };
+    std::function<void(int)> gsl;
+#ifdef NAX_HAVE_GSL
+    const std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(gsl_rng_mt19937), gsl_rng_free);
+    gsl = [&](int n) {
+        for (int i = 0; i < n; ++i) doubles[i] = gsl_rng_uniform(rng.get());
+    };
+#endif
+    {
+        const Stream stream(NAX_BRNG_MT19937);
+        __stoGetBrngProperties(NAX_BRNG_MT19937, &row);
+        PlainTwister plain(7);
+        for (const int n : {1, 4, 16, 100, 1000, kMany}) {
+            report.time("MT19937 words, plain", "", n, {{"ours", [&, n] { row.iBRng(stream, n, integers); }}, {"plain loop", [&, n] { plain.words(integers, n); }}});
+            report.time("MT19937 doubles, plain", "", n,
+                        peers_and({{"ours", [&, n] { row.dBRng(stream, n, doubles, 0, 1); }}, {"plain loop", [&, n] { plain.doubles(doubles, n, 0, 1); }}}, "GSL", gsl, n));
+            report.time("MT19937 singles, plain", "", n, {{"ours", [&, n] { row.sBRng(stream, n, singles, 0, 1); }}, {"plain loop", [&, n] { plain.singles(singles, n, 0, 1); }}});
+        }
+        report.time("MT19937 creation, plain", "", 1,
+                    {{"ours", [&] { const Stream made(NAX_BRNG_MT19937); }}, {"plain loop", [&] { const auto made = std::make_unique<PlainTwister>(7); words[0] = reinterpret_cast<uintptr_t>(made.get()); }}});
+    }
+    const Stream sfmt(NAX_BRNG_SFMT19937), ars(NAX_BRNG_ARS5);
+    PlainSfmt plain_sfmt;
+    PlainArs5 plain_ars;
+    nax_brng_properties ars_row;
+    __stoGetBrngProperties(NAX_BRNG_SFMT19937, &row);
+    __stoGetBrngProperties(NAX_BRNG_ARS5, &ars_row);
+    for (const int n : {4, 16, 1000, kMany}) {
+        report.time("SFMT19937 words, plain", "", n, {{"ours", [&, n] { row.iBRng(sfmt, n, integers); }}, {"plain loop", [&, n] { plain_sfmt.words(integers, n); }}});
+        report.time("SFMT19937 doubles, plain", "", n, {{"ours", [&, n] { row.dBRng(sfmt, n, doubles, 0, 1); }}, {"plain loop", [&, n] { plain_sfmt.doubles(doubles, n, 0, 1); }}});
+        report.time("ARS5 words, plain", "", n, {{"ours", [&, n] { ars_row.iBRng(ars, n, integers); }}, {"plain loop", [&, n] { plain_ars.words(integers, n); }}});
+    }
+    for (const int dimension : {1, 2, 3, 5, 8, 10, 16, 20, 40}) {
+        const Stream stream(NAX_BRNG_SOBOL, static_cast<uint32_t>(dimension)), selected(NAX_BRNG_SOBOL, static_cast<uint32_t>(dimension)),
+            alone(NAX_BRNG_SOBOL, 1);
+        __stoLeapfrogStream(selected, dimension - 1, 0x7FFFFFFF);
+        __stoGetBrngProperties(NAX_BRNG_SOBOL, &row);
+        uint32_t numbers[40][32];
+        for (int d = 0; d < 40; ++d) {
+            for (int bit = 0; bit < 32; ++bit) numbers[d][bit] = 0x80000000u >> bit;  // the work doesn't depend on them
+        }
+        PlainDigital plain(numbers, dimension), plain_one(numbers, 1);
+        std::function<void(int)> gsl_points;
+#ifdef NAX_HAVE_GSL
+        const std::shared_ptr<gsl_qrng> points(gsl_qrng_alloc(gsl_qrng_sobol, static_cast<unsigned>(dimension)), gsl_qrng_free);
+        gsl_points = [&, dimension](int n) {
+            for (int i = 0; i < n; i += dimension) gsl_qrng_get(points.get(), doubles + i);
+        };
+#endif
+        const std::string layout = "dim " + std::to_string(dimension);
+        for (const int count : {1, 16}) {
+            const int n = count * dimension;
+            report.time("SOBOL doubles, plain", layout, n,
+                        peers_and({{"ours", [&, n] { row.dBRng(stream, n, doubles, 0, 1); }}, {"plain loop", [&, count] { plain.doubles(doubles, count); }}}, "GSL", gsl_points, n));
+        }
+        for (const int n : {1, 16, 1000}) {
+            report.time("SOBOL one coordinate, plain", layout, n, {{"ours", [&, n] { row.dBRng(selected, n, doubles, 0, 1); }}, {"one dimension", [&, n] { row.dBRng(alone, n, doubles, 0, 1); }}, {"plain loop", [&, n] { plain_one.doubles(doubles, n); }}});
+        }
+    }
+}
+
 void time_calls(Report& report) {
     const Options once{7, 0};
     for (const Kind& kind : kPseudo) {
@@ -217,6 +290,7 @@ int main(int argc, char** argv) {
     Report report("Random streams", argc, argv);
     time_pseudo_random(report);
     for (const int dimension : {1, 3, 10, 12, 16, 40, 318}) time_quasi_random(report, dimension);
+    time_beside_plain_loops(report);
     time_calls(report);
     return report.finish();
 }

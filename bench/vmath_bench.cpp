@@ -1,14 +1,15 @@
-// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec, SLEEF (in
-// both of its accuracies), xsimd and Eigen.
+// Every linked vector function of a real type, through its stubs, against plain loops, the C library, libmvec, SLEEF
+// (in both of its accuracies), xsimd and Eigen.
 //     vmath_bench [--json FILE] [--markdown FILE] [--only NAME]      the functions whose names contain NAME
-// Needs AVX-512; exits with 3 where it is missing.
+// The rivals are compiled for the instruction set of the library's flavour that was loaded.
+#include <dlfcn.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <random>
 
 #include "bench/measure.h"
-#include "bench/vmath_header_rivals.h"
 #include "bench/vmath_rivals.h"
 #include "nax/mode.h"
 #include "runtime/records.h"
@@ -59,49 +60,6 @@ constexpr RivalNames kRivals[] = {
     {"Erf", "erf", "erf", "_u10"},       {"Erfc", "erfc", "erfc", "_u15"},    {"TGamma", "", "tgamma", "_u10"},
     {"LGamma", "", "lgamma", "_u10"},
 };
-
-// Loops in the language; the compiler vectorises what it can, calls of the C library stay scalar.
-template <class T>
-struct PlainLoop {
-    const char* function;
-    Loop<T> loop;
-};
-#define NAX_PLAIN(function, expression)                                                            \
-    {                                                                                              \
-#function, plain_loop < T, decltype([](T a, [[maybe_unused]] T b) { return expression; })> \
-    }
-template <class T>
-const PlainLoop<T> kPlainLoops[] = {NAX_PLAIN(Add, a + b),
-                                    NAX_PLAIN(Sub, a - b),
-                                    NAX_PLAIN(Mul, a* b),
-                                    NAX_PLAIN(Div, a / b),
-                                    NAX_PLAIN(Sqr, a* a),
-                                    NAX_PLAIN(Inv, 1 / a),
-                                    NAX_PLAIN(Abs, std::fabs(a)),
-                                    NAX_PLAIN(Sqrt, std::sqrt(a)),
-                                    NAX_PLAIN(Ceil, std::ceil(a)),
-                                    NAX_PLAIN(Floor, std::floor(a)),
-                                    NAX_PLAIN(Trunc, std::trunc(a)),
-                                    NAX_PLAIN(Rint, std::rint(a)),
-                                    NAX_PLAIN(NearbyInt, std::nearbyint(a)),
-                                    NAX_PLAIN(Round, std::round(a)),
-                                    NAX_PLAIN(Frac, a - std::trunc(a)),
-                                    NAX_PLAIN(CopySign, std::copysign(a, b)),
-                                    NAX_PLAIN(Fmax, std::fmax(a, b)),
-                                    NAX_PLAIN(Fmin, std::fmin(a, b)),
-                                    NAX_PLAIN(Fdim, std::fdim(a, b)),
-                                    NAX_PLAIN(NextAfter, std::nextafter(a, b)),
-                                    NAX_PLAIN(Fmod, std::fmod(a, b)),
-                                    NAX_PLAIN(Remainder, std::remainder(a, b)),
-                                    NAX_PLAIN(Exp, std::exp(a)),
-                                    NAX_PLAIN(Exp2, std::exp2(a)),
-                                    NAX_PLAIN(Expm1, std::expm1(a)),
-                                    NAX_PLAIN(Ln, std::log(a)),
-                                    NAX_PLAIN(Log2, std::log2(a)),
-                                    NAX_PLAIN(Log10, std::log10(a)),
-                                    NAX_PLAIN(Log1p, std::log1p(a)),
-                                    NAX_PLAIN(Logb, std::logb(a)),
-                                    NAX_PLAIN(LinearFrac, (a * T(1.25) + T(0.5)) / (b * T(0.75) + T(3)))};
 
 // One function, type and stub with its arguments.
 template <class T>
@@ -163,14 +121,39 @@ std::function<void()> own_call(Case<T>& c, int64_t elements, bool strided) {
 }
 
 template <class T>
+const Rivals<T>& rivals() {
+    static const Rivals<T> rivals = make_rivals<T>();
+    return rivals;
+}
+
+// Addresses in libraries that may be missing; null then.
+template <class T>
+void* libmvec_function(const std::string& name, int inputs) {
+    static void* const library = dlopen("libmvec.so.1", RTLD_NOW);
+    if (library == nullptr || name.empty()) return nullptr;
+    const std::string symbol =
+        rivals<T>().libmvec_prefix + (inputs == 2 ? "vv_" : "v_") + name + (sizeof(T) == 4 ? "f" : "");
+    return dlsym(library, symbol.c_str());
+}
+// `name` with its accuracy, such as "exp" and "_u10".
+template <class T>
+void* sleef_function(const std::string& name, const std::string& accuracy) {
+    static void* const library = dlopen("libsleef.so.3", RTLD_NOW);
+    if (library == nullptr || name.empty()) return nullptr;
+    const std::string symbol = "Sleef_" + name + rivals<T>().sleef_lanes + accuracy;
+    if (void* const found = dlsym(library, (symbol + rivals<T>().sleef_suffix).c_str())) return found;
+    return dlsym(library, symbol.c_str());
+}
+
+template <class T>
 void add_vector_rival(std::vector<Contender>& contenders, const char* name, void* function, Case<T>& c, int64_t n) {
     if (function == nullptr) return;
     const T *const a = c.a.data(), *const b = c.b.data();
     T* const r = c.r2.data();
     if (c.row.signature == Signature::BINARY)
-        contenders.push_back({name, [=] { apply_vectors(function, n, a, b, r); }});
+        contenders.push_back({name, [=] { rivals<T>().apply_binary(function, n, a, b, r); }});
     else
-        contenders.push_back({name, [=] { apply_vectors(function, n, a, r); }});
+        contenders.push_back({name, [=] { rivals<T>().apply_unary(function, n, a, r); }});
 }
 
 template <class T>
@@ -178,25 +161,23 @@ std::vector<Contender> contenders_of(Case<T>& c, int64_t n, bool strided) {
     std::vector<Contender> contenders;
     contenders.push_back({"ours", own_call(c, n, strided)});
     const int64_t s = strided ? kStride : 1;
-    for (const PlainLoop<T>& plain : kPlainLoops<T>)
+    for (const PlainLoop<T>& plain : rivals<T>().loops)
         if (std::strcmp(plain.function, c.row.function) == 0)
             contenders.push_back(
                 {"loop", [&c, n, s, loop = plain.loop] { loop(n, c.a.data(), s, c.b.data(), s, c.r2.data(), s); }});
     if (strided) return contenders;
-    constexpr bool single = sizeof(T) == 4;
     for (const RivalNames& rival : kRivals) {
         if (std::strcmp(rival.function, c.row.function) != 0) continue;
         const int inputs = c.row.signature == Signature::BINARY ? 2 : 1;
-        add_vector_rival(contenders, "libmvec", libmvec_function(rival.libmvec, single, inputs), c, n);
+        add_vector_rival(contenders, "libmvec", libmvec_function<T>(rival.libmvec, inputs), c, n);
         const char* const accuracy = rival.sleef_accuracy[1] == '\0' ? "" : rival.sleef_accuracy;
-        add_vector_rival(contenders, "SLEEF", sleef_function(rival.sleef, accuracy, single), c, n);
+        add_vector_rival(contenders, "SLEEF", sleef_function<T>(rival.sleef, accuracy), c, n);
         if (std::strcmp(accuracy, "_u10") == 0)
-            add_vector_rival(contenders, "SLEEF u35", sleef_function(rival.sleef, "_u35", single), c, n);
+            add_vector_rival(contenders, "SLEEF u35", sleef_function<T>(rival.sleef, "_u35"), c, n);
     }
-    for (const ArrayRival<T>& rival : header_rivals<T>())
+    for (const ArrayRival<T>& rival : rivals<T>().arrays)
         if (std::strcmp(rival.function, c.row.function) == 0)
-            contenders.push_back(
-                {rival.library, [&c, n, apply = rival.apply] { apply(n, c.a.data(), c.r2.data()); }});
+            contenders.push_back({rival.library, [&c, n, apply = rival.apply] { apply(n, c.a.data(), c.r2.data()); }});
     return contenders;
 }
 
@@ -258,11 +239,6 @@ void time_pack_m(Report& report, const char* stub) {
 
 int main(int argc, char** argv) {
     using namespace nax::bench;
-    if (!__builtin_cpu_supports("avx512f") || !__builtin_cpu_supports("avx512dq") ||
-        !__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vl")) {
-        std::fprintf(stderr, "vmath_bench: this processor has no AVX-512; nothing to measure\n");
-        return 3;
-    }
     pin_to_one_core();
     _arqSetMode(ARQ_MODE_DEFAULT);
     Report report("Vector mathematics", argc, argv);

@@ -56,10 +56,11 @@ bool build(Task& task) {
     const T* const x = partition<T>(task);
     const int64_t nbins = bins_for(task.nx);
     const int64_t fine_bins = fine_bins_for(task);
-    const std::size_t pairs = static_cast<std::size_t>(2 * nbins + 4);
+    const std::size_t pairs = static_cast<std::size_t>(table_length(nbins));
     const std::size_t counts = fine_bins == 0 ? 0 : static_cast<std::size_t>(fine_bins + 2);
-    void* const block =
-        nax_serv_allocate(sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t), kAlignment);
+    const std::size_t bytes = sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t);
+    void* const small = reinterpret_cast<TaskBlock&>(task).small_index;
+    void* const block = bytes <= sizeof(TaskBlock::small_index) ? small : nax_serv_allocate(bytes, kAlignment);
     if (block == nullptr) return false;
 
     const T range = x[task.nx - 1] - x[0];
@@ -70,6 +71,7 @@ bool build(Task& task) {
     int32_t* const fine = reinterpret_cast<int32_t*>(table + pairs);
     *head = {task.nx, x, nbins, fine_bins, fine, static_cast<double>(fine_scale)};
     fill_pairs(x, task.nx, nbins, scale, table);
+    mark_head(table, nbins, true);
     if (fine_bins != 0) fill_fine(x, task.nx, fine_bins, fine_scale, fine);
     task.nbins = nbins;
     task.bin_table = table;
@@ -89,7 +91,9 @@ bool build_partition_index(Task& task) {
 
 void free_partition_index(Task& task) {
     if (task.bin_table == nullptr) return;
-    nax_serv_deallocate(reinterpret_cast<IndexHead*>(task.bin_table) - 1);
+    IndexHead* const head = reinterpret_cast<IndexHead*>(task.bin_table) - 1;
+    mark_head(task.bin_table, head->nbins, false);  // the memory may become a caller's table
+    if (static_cast<void*>(head) != reinterpret_cast<TaskBlock&>(task).small_index) nax_serv_deallocate(head);
     task.bin_table = nullptr;
 }
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "fit/status.h"
+#include "nax/fitting.h"
 #include "nax/fitting.h"
 
 // One record for both precisions: `T` of the element pointers is double when `precision` is 1, float when it is 0.
@@ -37,6 +37,9 @@ struct nax_df_task {
     };
     int64_t y_entries;       // usable entries of `y`: ny may be edited without them
     int64_t scoeff_entries;  // and of `scoeff`
+    // Room for what tasks of few functions and points own, which then needs no memory of its own.
+    void* few_functions[5];
+    void* few_coefficients[5];
 };
 
 namespace nax::fit {
@@ -44,6 +47,12 @@ namespace nax::fit {
 using Task = ::nax_df_task;
 
 inline constexpr int8_t kComponentTag = 4;
+
+// What a creator allocates: the record and room for the partition index of a few points.
+struct TaskBlock {
+    Task task;
+    alignas(128) unsigned char small_index[1024];
+};
 
 enum PartitionHint : int64_t { kNoHint = 0, kNonUniform = 1, kQuasiUniform = 2, kUniform = 4 };
 enum StorageHint : int64_t { kDefaultStorage = 0, kRows = 16, kColumns = 32, kFirstOnly = 128 };
@@ -100,6 +109,11 @@ constexpr T bin_scale(const Task& task) {
         return task.bin_scale_d;
     else
         return task.bin_scale_s;
+}
+// Whether the coefficients of one function fit an address space: an editor takes any order.
+constexpr bool is_possible_order(const Task& task) {
+    int64_t elements = 0;
+    return !__builtin_mul_overflow(task.nx, task.s_order, &elements) && elements <= INT64_MAX / 8;
 }
 // Right end of the partition.
 template <class T>

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "rng/registry.h"
+#include "rng/generator.h"
 
 using namespace nax::rng;
 
@@ -135,26 +135,36 @@ void reset(Ring& ring, int n, typename Ring::Value* buffer, typename Ring::Callb
     ring.callback = callback;
 }
 
-int refuse_method(int method) {
-    switch (method) {
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return STO_STATUS_NO_SKIPAHEAD;
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
+// The ring that a stream's constructor describes. An image's pointers are those of the process that saved it.
+template <class Ring>
+bool ring_in_range(const Stream* stream) {
+    const Ring& ring = payload<Ring>(stream);
+    return ring.n >= 1 && ring.index >= 0 && ring.index < ring.n && ring.free_slots >= 0 && ring.free_slots <= ring.n;
 }
 
 template <class Ring>
-int init_real(int method, Stream* stream, int n, const void* params) {
-    if (method != NAX_INIT_STANDARD) return refuse_method(method);
-    if (n < kRealParamWords) return STO_STATUS_BAD_ARGUMENT;
-    const auto& given = *static_cast<const RealParams<Ring>*>(params);
-    Ring& ring = payload<Ring>(stream);
-    reset(ring, given.n, given.buffer, given.callback);
-    ring.low = static_cast<typename Ring::Value>(given.low);
-    ring.high = static_cast<typename Ring::Value>(given.high);
-    return STO_STATUS_OK;
-}
+struct RealAbstract {
+    static int seed(Stream* stream, int n, const uint32_t* params) {
+        if (n < kRealParamWords) return STO_STATUS_BAD_ARGUMENT;
+        const auto& given = *reinterpret_cast<const RealParams<Ring>*>(params);
+        Ring& ring = payload<Ring>(stream);
+        reset(ring, given.n, given.buffer, given.callback);
+        ring.low = static_cast<typename Ring::Value>(given.low);
+        ring.high = static_cast<typename Ring::Value>(given.high);
+        return STO_STATUS_OK;
+    }
+    static bool valid(const Stream* stream) { return ring_in_range<Ring>(stream); }
+};
+
+struct IntegerAbstract {
+    static int seed(Stream* stream, int n, const uint32_t* params) {
+        if (n < kIntegerParamWords) return STO_STATUS_BAD_ARGUMENT;
+        const auto& given = *reinterpret_cast<const IntegerParams*>(params);
+        reset(payload<IntegerRing>(stream), given.n, given.buffer, given.callback);
+        return STO_STATUS_OK;
+    }
+    static bool valid(const Stream* stream) { return ring_in_range<IntegerRing>(stream); }
+};
 
 int new_abstract(Stream** stream, int brng, int words, const void* params) {
     const BrngPlace place = place_of(brng);
@@ -174,6 +184,10 @@ int new_real(Stream** stream, int brng, int n, typename Ring::Value* buffer, dou
 
 }  // namespace
 
+NAX_GENERATOR(iAbstract, IntegerAbstract)
+NAX_GENERATOR(dAbstract, RealAbstract<DoubleRing>)
+NAX_GENERATOR(sAbstract, RealAbstract<SingleRing>)
+
 extern "C" {
 
 int __stoiNewAbstractStream(nax_stream** stream, int n, uint32_t* buffer, nax_integer_callback callback) {
@@ -192,20 +206,6 @@ int __stosNewAbstractStream(nax_stream** stream, int n, float* buffer, float a, 
                             nax_single_callback callback) {
     return new_real<SingleRing>(stream, NAX_BRNG_SABSTRACT, n, buffer, static_cast<double>(a), static_cast<double>(b),
                                 callback);
-}
-
-int __stoBRngiAbstractInitStream(int method, nax_stream* stream, int n, const void* params) {
-    if (method != NAX_INIT_STANDARD) return refuse_method(method);
-    if (n < kIntegerParamWords) return STO_STATUS_BAD_ARGUMENT;
-    const auto& given = *static_cast<const IntegerParams*>(params);
-    reset(payload<IntegerRing>(stream), given.n, given.buffer, given.callback);
-    return STO_STATUS_OK;
-}
-int __stoBRngdAbstractInitStream(int method, nax_stream* stream, int n, const void* params) {
-    return init_real<DoubleRing>(method, stream, n, params);
-}
-int __stoBRngsAbstractInitStream(int method, nax_stream* stream, int n, const void* params) {
-    return init_real<SingleRing>(method, stream, n, params);
 }
 
 int __stoiBRngiAbstract(nax_stream* stream, int n, void* r) {

@@ -45,27 +45,57 @@ Chunk* copy_node(const Chunk& source) {
     return node;
 }
 
-}  // namespace
-
-extern "C" {
-
-int __stoAddChunk(nax_stream* stream, uint32_t id, const uint64_t* glob_id, void* data, int size) {
+int add_node(Stream* stream, uint32_t id, const uint64_t* glob_id, void* data, int size, UnknownSize unknown) {
     Chunk* const node = new_node(id, size, data);
     if (node == nullptr) return STO_STATUS_NO_MEMORY;
     if (glob_id != nullptr && has_identity(glob_id)) {
         node->GlobId[0] = glob_id[0];
         node->GlobId[1] = glob_id[1];
-        share_node_data(node);
+        share_node_data(node, unknown);
     }
     link(stream, node);
     return STO_STATUS_OK;
 }
 
-void* __stoSearchChunk(const nax_stream* stream, uint32_t id) {
-    for (const Chunk* node = stream->chunks; node != nullptr; node = node->Next) {
-        if (node->Id == id) return node->Data;
+// Chunks that the library writes to are their stream's own, whatever an image says.
+bool may_be_shared(uint32_t id) {
+#define CHUNK(name, number, size) \
+    if (id == number) return ChunkId::k##name == ChunkId::kSobolDirections;
+#include "rng/chunk_ids.def"
+#undef CHUNK
+    return true;
+}
+
+}  // namespace
+
+namespace nax::rng {
+
+int add_loaded_chunk(Stream* stream, uint32_t id, const uint64_t* glob_id, void* data, int size) {
+    return add_node(stream, id, may_be_shared(id) ? glob_id : nullptr, data, size, UnknownSize::kRefused);
+}
+
+void drop_chunks(Stream* stream, ChunkId id) {
+    for (Chunk** at = &stream->chunks; *at != nullptr;) {
+        Chunk* const node = *at;
+        if (node->Id != static_cast<uint32_t>(id)) {
+            at = &node->Next;
+            continue;
+        }
+        *at = node->Next;
+        release_node(node);
     }
-    return nullptr;
+}
+
+}  // namespace nax::rng
+
+extern "C" {
+
+int __stoAddChunk(nax_stream* stream, uint32_t id, const uint64_t* glob_id, void* data, int size) {
+    return add_node(stream, id, glob_id, data, size, UnknownSize::kTrusted);
+}
+
+void* __stoSearchChunk(const nax_stream* stream, uint32_t id) {
+    return find_chunk(stream, static_cast<ChunkId>(id));
 }
 
 int __stoGetNumChunks(const nax_stream* stream) {

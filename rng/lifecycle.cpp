@@ -1,4 +1,5 @@
 // Creation, copying and deletion of streams.
+#include <algorithm>
 #include <cstring>
 
 #include "rng/registry.h"
@@ -67,7 +68,9 @@ int __stoCopyStream(nax_stream** new_stream, const nax_stream* source) {
 int __stoCopyStreamState(nax_stream* destination, const nax_stream* source) {
     if (destination == source) return STO_STATUS_OK;
     const BrngProperties& properties = properties_of(source);
-    const std::size_t size = static_cast<std::size_t>(properties.WordSize * properties.NSeeds);
+    // A registered generator may announce more words than its streams have room for.
+    const uint64_t announced = static_cast<uint64_t>(properties.WordSize) * static_cast<uint64_t>(properties.NSeeds);
+    const std::size_t size = std::min(announced, block_size(properties) - kHeaderSize);
     nax_serv_memcpy_s(&payload<unsigned char>(destination), size, &payload<unsigned char>(source), size);
     __stoDeleteChunks(destination);
     return __stoCopyChunks(destination, source);

@@ -3,16 +3,14 @@
 
 #include "nax/streams.h"
 
-// The functions that the rows name; those of absent generators are declared and never used.
+// The functions that the rows name.
 #define BRNG(generator, ...)                                                                                     \
     extern "C" int __stoBRng##generator##InitStream(int method, nax_stream* stream, int n, const void* params); \
     extern "C" int __stosBRng##generator(nax_stream* stream, int n, float* r, float a, float b);                \
     extern "C" int __stodBRng##generator(nax_stream* stream, int n, double* r, double a, double b);             \
     extern "C" int __stoiBRng##generator(nax_stream* stream, int n, void* r);
-#define BRNG_ABSENT(...)
 #include "rng/registry_rows.def"
 #undef BRNG
-#undef BRNG_ABSENT
 
 namespace nax::rng {
 
@@ -29,43 +27,42 @@ struct OffsetCounts {
 
 namespace {
 
-constexpr int kBuiltInRows = 16;
-
-// Stands in for generators whose code is not in the build.
-[[maybe_unused]] int refuse_init(int, nax_stream*, int, const void*) { return STO_STATUS_BAD_BRNG; }
-[[maybe_unused]] int refuse_single(nax_stream*, int, float*, float, float) { return STO_STATUS_BAD_BRNG; }
-[[maybe_unused]] int refuse_double(nax_stream*, int, double*, double, double) { return STO_STATUS_BAD_BRNG; }
-[[maybe_unused]] int refuse_integer(nax_stream*, int, void*) { return STO_STATUS_BAD_BRNG; }
+constexpr bool (*kValid[])(const Stream*) = {
+#define BRNG(generator, ...) valid_##generator,
+#include "rng/registry_rows.def"
+#undef BRNG
+};
+constexpr int kBuiltInRows = sizeof(kValid) / sizeof(kValid[0]);
 
 constexpr NewTable kBuiltIn = {{
 #define BRNG(generator, offsets, size, seeds, zero, word, bits) \
     {size, seeds, zero, word, bits, __stoBRng##generator##InitStream, __stosBRng##generator, __stodBRng##generator, __stoiBRng##generator},
-#define BRNG_ABSENT(generator, offsets, size, seeds, zero, word, bits) \
-    {size, seeds, zero, word, bits, refuse_init, refuse_single, refuse_double, refuse_integer},
 #include "rng/registry_rows.def"
 #undef BRNG
-#undef BRNG_ABSENT
 }};
 
 constexpr OffsetCounts kOffsets = {{
 #define BRNG(generator, offsets, ...) offsets,
-#define BRNG_ABSENT BRNG
 #include "rng/registry_rows.def"
 #undef BRNG
-#undef BRNG_ABSENT
 }};
 
 // Rows of the older numbering: the id is the row. Each WH sub-stream has a row of its own.
 constexpr int kOldWh = 4;
 constexpr int kNewWh = 4;
 constexpr int kOldSobol = kOldWh + kWhRows;
+constexpr int kNewSobol = 5;
+constexpr int kOldGenerators = kOldSobol + 2;  // the quasi-random ones are the last; empty rows follow
+
+// The row of the main table that a row of the older one stands for.
+constexpr int current_row(int old_row) {
+    if (old_row < kOldWh) return old_row;
+    return old_row < kOldSobol ? kNewWh : old_row - kOldSobol + kNewSobol;
+}
 
 constexpr OldTable old_numbering() {
     OldTable table{};
-    for (int row = 0; row < kOldWh; ++row) table.rows[row] = kBuiltIn.rows[row];
-    for (int row = kOldWh; row < kOldSobol; ++row) table.rows[row] = kBuiltIn.rows[kNewWh];
-    table.rows[kOldSobol] = kBuiltIn.rows[5];
-    table.rows[kOldSobol + 1] = kBuiltIn.rows[6];
+    for (int row = 0; row < kOldGenerators; ++row) table.rows[row] = kBuiltIn.rows[current_row(row)];
     return table;
 }
 
@@ -78,6 +75,12 @@ extern constinit OffsetCounts registry_offsets __asm__("NumOffsets");
 constinit NewTable registry_new = kBuiltIn;
 constinit OldTable registry_old = old_numbering();
 constinit OffsetCounts registry_offsets = kOffsets;
+
+bool is_usable(const Stream* stream) {
+    const BrngPlace place = place_of(stream->brng);
+    const int row = place.table == __RegBrngs ? current_row(place.row) : place.row;
+    return row >= kBuiltInRows || kValid[row](stream);
+}
 
 }  // namespace nax::rng
 

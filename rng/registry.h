@@ -1,4 +1,5 @@
-// Decoding of generator ids, and the parts of the sub-stream numbering that generators need.
+// Decoding of generator ids, the parts of the sub-stream numbering that generators need, and the generators' judgement of
+// what a stream holds.
 #pragma once
 
 #include "rng/stream.h"
@@ -36,5 +37,19 @@ inline int substream_of(const Stream* stream) { return place_of(stream->brng).of
 
 // The registry row of an existing stream, which is trusted to be valid.
 inline const BrngProperties& properties_of(const Stream* stream) { return place_of(stream->brng).properties(); }
+
+// Bytes of a stream behind its header; a registered generator may have none.
+inline int payload_size(const BrngProperties& properties) {
+    constexpr int header = static_cast<int>(kHeaderSize);
+    return properties.StreamStateSize > header ? properties.StreamStateSize - header : 0;
+}
+
+// Of each built-in generator, see rng/generator.h.
+#define BRNG(generator, ...) bool valid_##generator(const Stream* stream);
+#include "rng/registry_rows.def"
+#undef BRNG
+
+// Whether the stream's generator can work with what the stream holds. One that was registered is not asked.
+bool is_usable(const Stream* stream);
 
 }  // namespace nax::rng

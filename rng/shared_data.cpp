@@ -2,8 +2,9 @@
 // mutable data that streams have in common.
 #include "rng/shared_data.h"
 
-#include <x86intrin.h>
 
+
+#include "platform/time_stamp.h"
 #include "service/service.h"
 
 extern "C" {
@@ -35,7 +36,7 @@ public:
     TableLock& operator=(const TableLock&) = delete;
 };
 
-// The three below are called under the lock.
+// The functions below are called under the lock.
 
 SharedDataEntry* find_entry(const uint64_t* glob_id, int from = 0) {
     for (int i = from; i < _GlobRODataTableCount; ++i) {
@@ -45,10 +46,19 @@ SharedDataEntry* find_entry(const uint64_t* glob_id, int from = 0) {
     return nullptr;
 }
 
-SharedDataEntry* append_entry(const uint64_t* glob_id, void* data) {
+SharedDataEntry* append_entry(const uint64_t* glob_id, void* data, int32_t size) {
     SharedDataEntry& entry = _GlobRODataTable[_GlobRODataTableCount++];
-    entry = {glob_id[0], glob_id[1], 1, data};
+    entry = {glob_id[0], glob_id[1], 1, size, data};
     return &entry;
+}
+
+bool fits(const SharedDataEntry& entry, const Chunk& node, UnknownSize unknown) {
+    return entry.Size == node.Size || (entry.Size == 0 && unknown == UnknownSize::kTrusted);
+}
+
+void refer_to(SharedDataEntry& entry, Chunk* node) {
+    ++entry.RefCount;
+    node->Data = entry.Data;
 }
 
 // The last entry moves into the freed slot: the table's order has no meaning.
@@ -60,13 +70,13 @@ void drop_entry(SharedDataEntry* entry) {
 
 }  // namespace
 
-void share_node_data(Chunk* node) {
+void share_node_data(Chunk* node, UnknownSize unknown) {
     const TableLock lock;
-    if (SharedDataEntry* const entry = find_entry(node->GlobId)) {
-        ++entry->RefCount;
-        node->Data = entry->Data;
-    } else if (_GlobRODataTableCount < kSharedDataLimitForChunks) {
-        append_entry(node->GlobId, node->Data);
+    SharedDataEntry* const entry = find_entry(node->GlobId);
+    if (entry != nullptr && fits(*entry, *node, unknown)) {
+        refer_to(*entry, node);
+    } else if (entry == nullptr && _GlobRODataTableCount < kSharedDataLimitForChunks) {
+        append_entry(node->GlobId, node->Data, node->Size);
     } else {
         node->GlobId[0] = node->GlobId[1] = 0;
     }
@@ -97,16 +107,15 @@ int __stoFindGlobRODataTableEntry(nax_shared_data_entry** entry, const uint64_t*
 int __stoCreateGlobRODataTableEntry(nax_shared_data_entry** entry, const uint64_t* glob_id, void* data) {
     const TableLock lock;
     if (_GlobRODataTableCount >= kSharedDataCapacity) return STO_STATUS_GLOB_FULL;
-    *entry = append_entry(glob_id, data);
+    *entry = append_entry(glob_id, data, 0);
     return STO_STATUS_OK;
 }
 
 int __stoRegisterGlobRODataReference(nax_stream_chunk* node, const uint64_t* glob_id) {
     const TableLock lock;
     SharedDataEntry* const entry = find_entry(glob_id);
-    if (entry == nullptr) return STO_STATUS_GLOB_NOT_FOUND;
-    ++entry->RefCount;
-    node->Data = entry->Data;
+    if (entry == nullptr || !fits(*entry, *node, UnknownSize::kTrusted)) return STO_STATUS_GLOB_NOT_FOUND;
+    refer_to(*entry, node);
     return STO_STATUS_OK;
 }
 
@@ -128,11 +137,11 @@ int __stoUnregisterGlobRODataReference(const uint64_t* glob_id) {
 }
 
 int __stoGenerateNewGlobalRODataTableEntryId(uint64_t* glob_id, uint64_t value) {
-    glob_id[0] = __rdtsc();
+    glob_id[0] = nax::platform::time_stamp();
     glob_id[1] = value;
     if (!has_identity(glob_id)) return STO_STATUS_OK;
     SharedDataEntry* entry = nullptr;
-    while (__stoFindGlobRODataTableEntry(&entry, glob_id) == STO_STATUS_OK) glob_id[0] = __rdtsc();
+    while (__stoFindGlobRODataTableEntry(&entry, glob_id) == STO_STATUS_OK) glob_id[0] = nax::platform::time_stamp();
     return STO_STATUS_OK;
 }
 

@@ -28,21 +28,22 @@ static_assert(sizeof(Chunk) == 40 && offsetof(Chunk, Data) == 8 && offsetof(Chun
 static_assert(sizeof(SharedDataEntry) == 32);
 static_assert(sizeof(BrngProperties) == 7 * 8 && offsetof(BrngProperties, InitStream) == 24);
 
-// What the chunks of the library hold.
+// What the chunks of the library hold, see chunk_ids.def.
 enum class ChunkId : uint32_t {
-    kGaussianPairSingle = 1,
-    kGaussianPairDouble = 2,
-    kPoisson = 3,
-    kNegativeBinomial = 4,
-    kBinomial = 5,
-    kHypergeometric = 6,
-    kGammaDouble = 7,
-    kGammaSingle = 8,
-    kSobolDirections = 9,         // shared
-    kNiederreiterDirections = 10,
-    kSobolWork = 13,
-    kLanes = 14,                  // MCG31 and MCG59
+#define CHUNK(name, id, size) k##name = id,
+#include "rng/chunk_ids.def"
+#undef CHUNK
 };
+
+// Bytes of the chunks of fixed size.
+constexpr int chunk_size(ChunkId id) {
+    switch (id) {
+#define CHUNK(name, id, size) case ChunkId::k##name: return size;
+#include "rng/chunk_ids.def"
+#undef CHUNK
+    }
+    return 0;
+}
 
 // Views the payload as a generator's state.
 template <class State>
@@ -60,6 +61,20 @@ const State& payload(const Stream* stream) {
 template <class State>
 inline constexpr int kStreamStateSize = static_cast<int>(kHeaderSize + sizeof(State));
 
-inline void* find_chunk(const Stream* stream, ChunkId id) { return __stoSearchChunk(stream, static_cast<uint32_t>(id)); }
+// Whether every chunk of that id has at least so many bytes: which of several is found first changes with a copy.
+inline bool chunks_hold(const Stream* stream, ChunkId id, uint64_t bytes) {
+    for (const Chunk* chunk = stream->chunks; chunk != nullptr; chunk = chunk->Next) {
+        if (chunk->Id == static_cast<uint32_t>(id) && static_cast<uint64_t>(chunk->Size) < bytes) return false;
+    }
+    return true;
+}
+
+// The data of the first chunk of that id, or null.
+inline void* find_chunk(const Stream* stream, ChunkId id) {
+    for (const Chunk* chunk = stream->chunks; chunk != nullptr; chunk = chunk->Next) {
+        if (chunk->Id == static_cast<uint32_t>(id)) return chunk->Data;
+    }
+    return nullptr;
+}
 
 }  // namespace nax::rng

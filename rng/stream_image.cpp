@@ -1,8 +1,8 @@
 #include "rng/stream_image.h"
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "rng/registry.h"
-#include "rng/stream_check.h"
+#include "rng/shared_data.h"
 #include "service/block.h"
 
 using namespace nax;
@@ -62,8 +62,9 @@ int check_header(const ImageSource& source, const nax_image_header& header, cons
     if (!new_magic && !old_magic) return source.bad_header;
     if ((magic & 0xFF) > kImageVersion && magic >> 24 > kImageVersion) return source.too_new;
     if (!is_known(place)) return source.bad_header;
-    const int64_t payload_size = place.properties().StreamStateSize - static_cast<int64_t>(kHeaderSize);
-    const bool sizes_agree = payload_size >= 0 && payload_size == header.PayloadSize;
+    // The empty rows of the older table are valid ids without a generator.
+    if (place.properties().InitStream == nullptr) return source.bad_header;
+    const bool sizes_agree = static_cast<uint32_t>(payload_size(place.properties())) == header.PayloadSize;
     return sizes_agree && (header.HeaderSize & 0xFFFF) >= kImageHeaderSize ? STO_STATUS_OK : source.bad_header;
 }
 
@@ -87,22 +88,6 @@ struct ChunkRecord {
     int32_t size = 0;
 };
 
-// Sizes of the chunks whose owners expect a fixed one; 0 for the others.
-int fixed_chunk_size(uint32_t id) {
-    switch (static_cast<ChunkId>(id)) {
-        case ChunkId::kGaussianPairSingle: return 8;
-        case ChunkId::kGaussianPairDouble: return 16;
-        case ChunkId::kPoisson: return 696;
-        case ChunkId::kNegativeBinomial: return 1328;
-        case ChunkId::kBinomial: return 544;
-        case ChunkId::kHypergeometric: return 600;
-        case ChunkId::kGammaDouble: return 16;
-        case ChunkId::kGammaSingle: return 8;
-        case ChunkId::kLanes: return static_cast<int>(sizeof(LaneBlock));
-        default: return 0;
-    }
-}
-
 // Headers of version 0 have records without identity.
 int read_record_head(const ImageSource& source, uint32_t version, ChunkRecord& record) {
     if (version > kImageVersion) return STO_STATUS_FILE_READ;
@@ -110,7 +95,7 @@ int read_record_head(const ImageSource& source, uint32_t version, ChunkRecord& r
     if (status == STO_STATUS_OK && version != 0) status = load_field(source, record.glob_id);
     if (status == STO_STATUS_OK) status = load_field(source, record.size);
     if (status != STO_STATUS_OK) return status;
-    const int expected = fixed_chunk_size(record.id);
+    const int expected = chunk_size(static_cast<ChunkId>(record.id));
     return record.size < 0 || (expected != 0 && record.size != expected) ? STO_STATUS_FILE_READ : STO_STATUS_OK;
 }
 
@@ -122,7 +107,7 @@ int read_chunk(const ImageSource& source, uint32_t version, Stream* stream) {
     service::Block<unsigned char> block;
     if (!block.allocate(size)) return STO_STATUS_NO_MEMORY;
     if (size > 0) status = _LoadDispatch[source.loader](block.get(), size, 1, source.handle);
-    if (status == STO_STATUS_OK) status = __stoAddChunk(stream, record.id, record.glob_id, block.get(), record.size);
+    if (status == STO_STATUS_OK) status = add_loaded_chunk(stream, record.id, record.glob_id, block.get(), record.size);
     if (status != STO_STATUS_OK) return status;
     // An identity that was alive makes the stream share that block; the one just read then goes.
     if (stream->chunks->Data == block.get()) block.detach();
@@ -141,12 +126,12 @@ namespace nax::rng {
 int save_image(const Stream* stream, SaveFunction save, void* sink) {
     const BrngPlace place = place_of(stream->brng);
     if (!is_known(place)) return STO_STATUS_BAD_BRNG;
-    const uint32_t payload_size = static_cast<uint32_t>(place.properties().StreamStateSize) - uint32_t{kHeaderSize};
-    const nax_image_header header = {kImageMagic + kImageVersion, kImageHeaderSize, payload_size,
+    const uint32_t size = static_cast<uint32_t>(payload_size(place.properties()));
+    const nax_image_header header = {kImageMagic + kImageVersion, kImageHeaderSize, size,
                                      static_cast<uint32_t>(__stoGetNumChunks(stream)), stream->brng};
     int status = save(&header, sizeof(header), 1, sink);
-    if (status == STO_STATUS_OK && payload_size > 0) {
-        status = save(&payload<unsigned char>(stream), payload_size, 1, sink);
+    if (status == STO_STATUS_OK && size > 0) {
+        status = save(&payload<unsigned char>(stream), size, 1, sink);
     }
     if (status != STO_STATUS_OK) return status;
     for (const Chunk* chunk = stream->chunks; chunk != nullptr; chunk = chunk->Next) {
@@ -168,7 +153,7 @@ int load_image(Stream** stream, const ImageSource& source) {
     status = read_payload(source, header, *stream);
     if (status == STO_STATUS_OK) status = check_processor(*stream);
     read_chunks(status, source, header, *stream);
-    if (status >= 0 && !positions_in_range(*stream)) status = source.bad_header;
+    if (status >= 0 && !is_usable(*stream)) status = source.bad_header;
     if (status < 0) __stoDeleteStream(stream);
     return status;
 }
@@ -185,7 +170,7 @@ void __stoReadChunks(int* status, void* source, const nax_image_header* header, 
 }
 
 int __stoGetStreamSize(const nax_stream* stream) {
-    int size = properties_of(stream).StreamStateSize - static_cast<int>(kHeaderSize) + static_cast<int>(kImageHeaderSize);
+    int size = payload_size(properties_of(stream)) + static_cast<int>(kImageHeaderSize);
     for (const Chunk* chunk = stream->chunks; chunk != nullptr; chunk = chunk->Next) {
         size += kChunkRecordHead + chunk->Size;
     }

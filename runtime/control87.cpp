@@ -1,9 +1,9 @@
 // One abstract word for both floating-point units. Its bits are those that the C runtimes which have _control87,
 // _status87 and _clear87 define in float.h.
 #include "nax/processor.h"
-#include "runtime/fp_control.h"
+#include "platform/control_words.h"
 
-using namespace nax::runtime;
+using namespace nax::platform;
 
 namespace {
 

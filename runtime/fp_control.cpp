@@ -1,11 +1,11 @@
-#include "runtime/fp_control.h"
+#include "platform/control_words.h"
 
 #include <bit>
 #include <cstring>
 
 #include "nax/processor.h"
 
-using namespace nax::runtime;
+using namespace nax::platform;
 
 namespace {
 

@@ -1,14 +1,14 @@
 // Features of the processor, from CPUID leaf 1 and the extended leaves (the processor makers' manuals, CPUID).
-#include <cpuid.h>
-
 #include <cstdint>
 #include <cstring>
 
 #include "nax/processor.h"
-#include "runtime/cpuid.h"
+#include "platform/cpuid.h"
 
 namespace nax::runtime {
 namespace {
+
+using namespace platform;
 
 constexpr uint32_t kExtendedLeaves = 0x80000000;
 
@@ -16,12 +16,6 @@ bool bit(uint32_t word, int position) { return ((word >> position) & 1) != 0; }
 uint32_t bits(uint32_t word, int first, int last) { return (word >> first) & ((2u << (last - first)) - 1); }
 
 Registers features() { return cpuid(1, 0); }
-
-uint32_t saved_state() {
-    uint32_t low, high;
-    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
-    return low;
-}
 
 bool several_logical_processors(const Registers& leaf1) { return bit(leaf1.edx, 28) && bits(leaf1.ebx, 16, 23) > 1; }
 

@@ -1,50 +1,36 @@
-#include <cpuid.h>
+#include "platform/time_stamp.h"
 
 #include "nax/processor.h"
+#include "platform/cpuid.h"
+
+using namespace nax::platform;
 
 namespace {
 
 // Nothing passes CPUID in either direction.
-void fence() {
-    unsigned eax, ebx, ecx, edx;
-    __cpuid(0, eax, ebx, ecx, edx);
-}
-
-uint64_t combined(uint32_t low, uint32_t high) { return uint64_t{high} << 32 | low; }
-
-uint64_t rdtsc() {
-    uint32_t low, high;
-    __asm__ volatile("rdtsc" : "=a"(low), "=d"(high) : : "memory");
-    return combined(low, high);
-}
-
-uint64_t rdtscp() {
-    uint32_t low, high, processor;
-    __asm__ volatile("rdtscp" : "=a"(low), "=d"(high), "=c"(processor) : : "memory");
-    return combined(low, high);
-}
+void fence() { cpuid(0, 0); }
 
 }  // namespace
 
 extern "C" {
 
-uint64_t nax_dft_opa_get_kestrel_counter() { return rdtsc(); }
+uint64_t nax_dft_opa_get_kestrel_counter() { return time_stamp(); }
 
 uint64_t nax_dft_opaStartTsc() {
     fence();
-    return rdtsc();
+    return time_stamp();
 }
 uint64_t nax_dft_opaStopTsc() {
-    const uint64_t now = rdtsc();
+    const uint64_t now = time_stamp();
     fence();
     return now;
 }
 uint64_t nax_dft_opaStartTscp() {
     fence();
-    return rdtscp();
+    return ordered_time_stamp();
 }
 uint64_t nax_dft_opaStopTscp() {
-    const uint64_t now = rdtscp();
+    const uint64_t now = ordered_time_stamp();
     fence();
     return now;
 }

@@ -7,9 +7,10 @@ namespace nax {
 
 using Threaders = nax_threaders;
 
-// Number of threads that the caller's table allows; 1 for a null table, a table without a limit slot or a serial one.
+// Number of threads that the caller's table allows; 1 for a null table, one without a limit or without a loop, and a
+// serial one. An entry asks once: the limit may change from one moment to the next, and scratch is sized by it.
 inline int thread_limit(const Threaders* threaders) {
-    if (threaders == nullptr || threaders->max_threads == nullptr) return 1;
+    if (threaders == nullptr || threaders->max_threads == nullptr || threaders->parallel_for == nullptr) return 1;
     const int limit = threaders->max_threads();
     return limit > 1 ? limit : 1;
 }

@@ -354,10 +354,15 @@ NAX_VEC Vector min_magnitude(Vector x, Vector bound) {
     const Vector sign = PrecisionOf<Vector>::row_of_bits(PrecisionOf<Vector>::sign_bit);
     return bit_or(min(and_not(sign, x), bound), bit_and(sign, x));
 }
-// Relative error below 2 to the -14; the low bits differ between makers of processors. Here the quotients proper.
+// Relative error below 2 to the -14; the low bits differ between makers of processors. Here the quotients proper, unless
+// a tool asks what the kernels make of another error.
+#ifndef NAX_RECIPROCAL_ERROR
+#define NAX_RECIPROCAL_ERROR 0
+#endif
 template <class Vector>
 NAX_VEC Vector reciprocal14(Vector x) {
-    return div(PrecisionOf<Vector>::row(1), x);
+    using T = typename PrecisionOf<Vector>::Element;
+    return div(PrecisionOf<Vector>::row(static_cast<T>(1 + NAX_RECIPROCAL_ERROR)), x);
 }
 template <class Vector>
 NAX_VEC Vector reciprocal_sqrt14(Vector x) {
@@ -603,6 +608,22 @@ NAX_VEC __m256 load_strided(const float* p, ptrdiff_t s) {
     const float* const q = p + 4 * s;
     return _mm256_set_m128(_mm_setr_ps(q[0], q[s], q[2 * s], q[3 * s]), _mm_setr_ps(p[0], p[s], p[2 * s], p[3 * s]));
 }
+// The first `count` lanes, others the filler. By gathers here: assembled in memory, the vector would have to wait until
+// its parts have left the store buffer.
+NAX_VEC __m256d load_strided(const double* p, ptrdiff_t s, int count) {
+    const I64 index = I64{0, 1, 2, 3} * s;
+    return _mm256_mask_i64gather_pd(Double::row(kFiller), p, (__m256i)index, (__m256d)Double::first_lanes(count).lanes, 8);
+}
+NAX_VEC __m256 load_strided(const float* p, ptrdiff_t s, int count) {
+    const I64 index = I64{0, 1, 2, 3} * s;
+    const __m256 lanes = (__m256)Single::first_lanes(count).lanes;
+    const __m128 filler = _mm_set1_ps(float(kFiller));
+    const __m128 low = _mm256_mask_i64gather_ps(filler, p, (__m256i)index, _mm256_castps256_ps128(lanes), 4);
+    if (count <= 4) return _mm256_set_m128(filler, low);
+    return _mm256_set_m128(
+        _mm256_mask_i64gather_ps(filler, p + 4 * s, (__m256i)index, _mm256_extractf128_ps(lanes, 1), 4), low);
+}
+
 NAX_VEC void store_two(double* p, ptrdiff_t s, __m128d x) {
     _mm_storel_pd(p, x);
     _mm_storeh_pd(p + s, x);

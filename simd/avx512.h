@@ -501,6 +501,22 @@ NAX_VEC __m512 load_strided(const float* p, ptrdiff_t s) {
     return _mm512_insertf32x8(_mm512_castps256_ps512(eight_strided(p, s)), eight_strided(p + 8 * s, s), 1);
 }
 
+// The first `count` lanes, others the filler. By gathers here: assembled in memory, the vector would have to wait until
+// its parts have left the store buffer.
+NAX_VEC __m512d load_strided(const double* p, ptrdiff_t s, int count) {
+    const I64 index = I64{0, 1, 2, 3, 4, 5, 6, 7} * s;
+    return _mm512_mask_i64gather_pd(Double::row(kFiller), Double::first_lanes(count).lanes, (__m512i)index, p, 8);
+}
+NAX_VEC __m512 load_strided(const float* p, ptrdiff_t s, int count) {
+    const I64 index = I64{0, 1, 2, 3, 4, 5, 6, 7} * s;
+    const __mmask16 lanes = Single::first_lanes(count).lanes;
+    const __m256 filler = _mm256_set1_ps(float(kFiller));
+    const __m256 low = _mm512_mask_i64gather_ps(filler, __mmask8(lanes), (__m512i)index, p, 4);
+    if (count <= 8) return _mm512_insertf32x8(_mm512_castps256_ps512(low), filler, 1);
+    return _mm512_insertf32x8(_mm512_castps256_ps512(low),
+                              _mm512_mask_i64gather_ps(filler, __mmask8(lanes >> 8), (__m512i)index, p + 8 * s, 4), 1);
+}
+
 NAX_VEC void store_two(double* p, ptrdiff_t s, __m128d x) {
     _mm_storel_pd(p, x);
     _mm_storeh_pd(p + s, x);

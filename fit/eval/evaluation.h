@@ -68,8 +68,8 @@ template <class T>
 int32_t evaluate_functions(const Evaluation<T>& evaluation, EvaluatorFunction evaluator, EvalBlock<T>& block,
                            int64_t first, int64_t n, int thread);
 
-// All blocks, on threads when there are enough sites.
+// All blocks, on up to `limit` threads when there are enough sites.
 template <class T>
-int32_t evaluate_all(Evaluation<T>& evaluation, const Threaders* threaders);
+int32_t evaluate_all(Evaluation<T>& evaluation, const Threaders* threaders, int limit);
 
 }  // namespace nax::fit

@@ -22,10 +22,22 @@ int32_t evaluation_index(int64_t s_order, int64_t s_type, bool all_callbacks) {
     }
 }
 
+namespace {
+
+constexpr int64_t saturating_add(int64_t a, int64_t b) {
+    int64_t sum = 0;
+    if (!__builtin_add_overflow(a, b, &sum)) return sum;
+    return a < 0 ? INT64_MIN : INT64_MAX;
+}
+
+}  // namespace
+
 Orders read_orders(const void* dorder, int64_t ndorder, bool wide) {
     Orders orders{dorder, dorder == nullptr ? 0 : ndorder, wide, 0, false};
+    // No flag but 0 and 1 has a meaning; whatever stands there, the sum doesn't wrap.
     for (int64_t k = 0; k < orders.count; ++k)
-        orders.nder += wide ? static_cast<const int64_t*>(dorder)[k] : static_cast<const int32_t*>(dorder)[k];
+        orders.nder = saturating_add(
+            orders.nder, wide ? static_cast<const int64_t*>(dorder)[k] : static_cast<const int32_t*>(dorder)[k]);
     if (orders.nder <= 0) {
         orders.nder = 1;
         orders.only_value = true;

@@ -51,9 +51,8 @@ int64_t run_stage(Evaluation<T>& evaluation, const Threaders& threaders, int lim
 }  // namespace
 
 template <class T>
-int32_t evaluate_all(Evaluation<T>& evaluation, const Threaders* threaders) {
+int32_t evaluate_all(Evaluation<T>& evaluation, const Threaders* threaders, int limit) {
     const int64_t nsite = evaluation.nsite;
-    const int limit = thread_limit(threaders);
     int64_t done = 0;
     if (nsite > kSerialSites && limit > 1) {
         done = run_stage(evaluation, *threaders, limit, 0, nsite / kTaskSites, kTaskSites);
@@ -65,7 +64,7 @@ int32_t evaluate_all(Evaluation<T>& evaluation, const Threaders* threaders) {
     return evaluate_range(evaluation, done, nsite - done, 0);
 }
 
-template int32_t evaluate_all(Evaluation<double>&, const Threaders*);
-template int32_t evaluate_all(Evaluation<float>&, const Threaders*);
+template int32_t evaluate_all(Evaluation<double>&, const Threaders*, int);
+template int32_t evaluate_all(Evaluation<float>&, const Threaders*, int);
 
 }  // namespace nax::fit

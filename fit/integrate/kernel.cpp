@@ -11,6 +11,8 @@ namespace nax::fit {
 namespace {
 
 constexpr int64_t kThreadedPairs = 256, kBlocksPerItem = 5, kStackElements = 2048, kSampledPairs = 64;
+// So that the byte count of running sums doesn't wrap.
+constexpr int64_t kMostSums = INT64_MAX / static_cast<int64_t>(sizeof(RunningSum));
 
 template <class T>
 int32_t read_status(Integration<T>& call) {
@@ -91,8 +93,7 @@ template <class T>
 int32_t _Integr1DKernel(Integration<T>& call, const Threaders* threaders) {
     const bool sorted = call.left.search.algorithm == kSearchSorted || call.right.search.algorithm == kSearchSorted;
     const int64_t threshold = sorted ? _dfIntegrThreadThresholdsSortedSearch[call.evaluator] : kThreadedPairs;
-    const int limit = threaders != nullptr && threaders->parallel_for != nullptr ? thread_limit(threaders) : 1;
-    const int threads = call.nlim >= threshold ? limit : 1;
+    const int threads = call.nlim >= threshold ? thread_limit(threaders) : 1;
 
     T stack[kStackElements];
     service::Block<T> work;
@@ -107,12 +108,13 @@ int32_t _Integr1DKernel(Integration<T>& call, const Threaders* threaders) {
     service::Block<double> limits;
     call.sums = nullptr;
     const bool has_pieces = call.evaluator != kIntegrateArbitrary || call.task->s_order > 0;
-    if (has_pieces && estimate_cells(call) > 2 * static_cast<double>(length)) {
-        if (!sums.allocate(static_cast<size_t>(length * call.ny))) return DfStatusMemory;
-        if (!limits.allocate(static_cast<size_t>(call.ny))) return DfStatusMemory;
+    // Without memory for them the cells are added one by one.
+    if (has_pieces && estimate_cells(call) > 2 * static_cast<double>(length) && length <= kMostSums / call.ny &&
+        sums.allocate(static_cast<size_t>(length * call.ny)) && limits.allocate(static_cast<size_t>(call.ny))) {
         SumsContext context{&call, sums.get(), limits.get(), length};
         if (threads > 1 && call.ny > 1)
-            threaders->parallel_for(call.ny, static_cast<int>(std::min<int64_t>(call.ny, threads)), &context, fill_function<T>);
+            threaders->parallel_for(call.ny, static_cast<int>(std::min<int64_t>(call.ny, threads)), &context,
+                                    fill_function<T>);
         else
             for (int64_t j = 0; j < call.ny; ++j) fill_function<T>(j, 0, 1, &context);
         call.sums = sums.get();

@@ -1,4 +1,5 @@
 // The search entries.
+#include "fit/search/bounded.h"
 #include "fit/search/search.h"
 #include "fit/search/whole_array.h"
 
@@ -16,6 +17,15 @@ int32_t search_in_place(const SearchRequest<T>& request) {
     return search_range(request, site, 0, request.nsite);
 }
 
+// Few sites, one by one: the way to a vector kernel would take longer than the search.
+template <class T, class Cell>
+void search_few(const Task& task, int64_t count, const T* site, Cell* cell) {
+    with_cell_finder<T>(
+        task, [=](const auto& cells) __attribute__((always_inline)) {
+            for (int64_t i = 0; i < count; ++i) cell[i] = static_cast<Cell>(cells.template find<Lane<T>>(site[i]));
+        });
+}
+
 template <class T>
 int32_t search_entry(const Task* task, int64_t nsite, const T* site, int64_t sitehint, const T* data_hint, void* cell,
                      SearchCallback<T> callback, void* parameters, const Threaders* threaders) {
@@ -27,6 +37,14 @@ int32_t search_entry(const Task* task, int64_t nsite, const T* site, int64_t sit
     const int64_t count = nsite > 0 ? nsite : 0;
     if (count > 0 && site == nullptr) return DfStatusBadSite;
     if (count > 0 && cell == nullptr) return DfStatusNullOutput;
+    if (count < kInPlaceSites && sitehint != kUniformSites && algorithm != kSearchUserDef &&
+        algorithm != kSearchUniUserDef) {
+        if (task->int_width != 0)
+            search_few(*task, count, site, static_cast<int64_t*>(cell));
+        else
+            search_few(*task, count, site, static_cast<int32_t*>(cell));
+        return DfStatusOk;
+    }
     const int64_t flags = kCallerCells | (task->int_width != 0 ? int64_t{kCells64} : int64_t{0});
     const bool uniform_sites = sitehint == kUniformSites && count > 0;
     const SearchRequest<T> request{task,  count,

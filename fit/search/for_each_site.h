@@ -2,15 +2,15 @@
 #pragma once
 
 #include "fit/search/member.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // formula(P{}, sites) gives the cells of P::kLanes sites.
-template <class T, bool kWide, class Cell, class Formula>
+template <class P, class T, class Cell, class Formula>
 [[gnu::always_inline]] static inline void for_each_site(const SearchBlock<T>& block, Cell* cell,
                                                         const Formula& formula) {
-    using P = PackFor<T, kWide>;
     int64_t i = 0;
     for (; i + P::kLanes <= block.nsite; i += P::kLanes)
         P::store_cells(cell + i, formula(P{}, P::load(block.site + i)));
@@ -18,4 +18,5 @@ template <class T, bool kWide, class Cell, class Formula>
         for (; i < block.nsite; ++i) cell[i] = static_cast<Cell>(formula(Lane<T>{}, block.site[i]));
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

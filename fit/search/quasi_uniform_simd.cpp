@@ -5,7 +5,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 // Steps taken without asking whether a site still moves, and with asking.
 constexpr int kSureSteps = 1;
@@ -40,7 +39,7 @@ void search_quasi_uniform(const SearchBlock<T>& block, Cell* cell) {
     const int64_t nx = block.nx;
     const T* const x = block.x;
     const T left = x[0], right = x[nx - 1], scale = block.scale;
-    for_each_site<T, kWide>(block, cell, [=](auto pack, auto site) {
+    for_each_site<PackFor<T, kWide>>(block, cell, [=](auto pack, auto site) {
         using P = decltype(pack);
         const auto guess = P::clamp(P::mul(P::set(scale), P::sub(site, P::set(left))), P::set(static_cast<T>(nx)));
         auto c = P::imin(P::iadd(P::truncate(guess), P::iset(1)), P::iset(nx));

@@ -19,19 +19,11 @@
 
 #include <stdint.h>
 
+#include "nax/status.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/*                                       errno   x87 flag        */
-#define ARQ_STATUS_SUCCESS 0         /*  0       -               */
-#define ARQ_STATUS_BAD_ARGUMENT (-1) /*  EINVAL  -               calling layer */
-#define ARQ_STATUS_BAD_MEMORY (-2)   /*  EACCES  -               calling layer */
-#define ARQ_STATUS_DOMAIN 1          /*  EDOM    invalid         outside the function's domain */
-#define ARQ_STATUS_SINGULARITY 2     /*  ERANGE  divide by zero  pole */
-#define ARQ_STATUS_OVERFLOW 3        /*  ERANGE  overflow        */
-#define ARQ_STATUS_UNDERFLOW 4       /*  ERANGE  underflow       */
-/* any other value                       EFAULT  -               */
 
 /* What a callback gets; 144 bytes. Single-precision values are widened. With the two negative statuses none of the
  * value fields is filled. A kernel with one argument or one result passes it twice. */

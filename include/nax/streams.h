@@ -17,46 +17,11 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "nax/status.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/* ---- Statuses ------------------------------------------------------------------------------------------------------ */
-
-enum {
-    STO_STATUS_OK = 0,
-    STO_STATUS_BAD_METHOD = -2,           /* initialisation method outside 0 to 3 */
-    STO_STATUS_BAD_ARGUMENT = -3,         /* abstract stream: zero size, null buffer or callback, or a not below b */
-    STO_STATUS_NO_MEMORY = -4,            /* an allocation failed, or a generator's chunk is missing */
-    STO_STATUS_NULL_POINTER = -5,         /* null function in a row, or abstract stream without buffer */
-    STO_STATUS_BAD_BRNG = -1000,          /* no such generator, or an abstract id reached __stoNewStreamEx */
-    STO_STATUS_NO_LEAPFROG = -1002,       /* generator has no leapfrog */
-    STO_STATUS_NO_SKIPAHEAD = -1003,      /* generator has no skip-ahead */
-    STO_STATUS_NO_SKIPAHEADEX = -1004,    /* generator has no long skip-ahead */
-    STO_STATUS_BAD_STATE_SIZE = -1008,    /* registration: StreamStateSize negative */
-    STO_STATUS_BAD_WORD_SIZE = -1009,     /* registration: WordSize not 4, 8, 16 */
-    STO_STATUS_BAD_NSEEDS = -1010,        /* registration: NSeeds below 1 */
-    STO_STATUS_BAD_NBITS = -1011,         /* registration: NBits below 1 */
-    STO_STATUS_QRNG_PERIOD_ELAPSED = -1012, /* quasi-random counter would pass 0xFFFFFFFF */
-    STO_STATUS_BAD_NSTREAMS = -1013,      /* leapfrog with a negative number of streams */
-    STO_STATUS_NO_BIT_OUTPUT = -1014,     /* uniform bits asked of a generator that has none */
-    STO_STATUS_FILE_CLOSE = -1100,        /* fclose failed */
-    STO_STATUS_FILE_OPEN = -1101,         /* fopen failed */
-    STO_STATUS_FILE_WRITE = -1102,        /* a write was short */
-    STO_STATUS_FILE_READ = -1103,         /* a read was short, or a chunk of unknown layout */
-    STO_STATUS_BAD_FILE = -1110,          /* bad magic, unknown generator or wrong sizes in a stream file */
-    STO_STATUS_FILE_TOO_NEW = -1111,      /* stream file of a later version */
-    STO_STATUS_CALLBACK_BAD_COUNT = -1120, /* abstract callback returned a negative count or more than asked */
-    STO_STATUS_CALLBACK_EMPTY = -1121,    /* abstract callback returned 0 */
-    STO_STATUS_WRONG_ABSTRACT_KIND = -1122, /* output type that an abstract stream of this kind doesn't offer */
-    STO_STATUS_NO_RDRAND = -1130,         /* processor lacks RDRAND */
-    STO_STATUS_RDRAND_FAILED = -1131,     /* RDRAND gave no value within the retries allowed */
-    STO_STATUS_NO_AES = -1140,            /* processor lacks AES */
-    STO_STATUS_BAD_MULTINOMIAL = -1150,   /* multinomial probabilities rejected */
-    STO_STATUS_BAD_IMAGE = -1200,         /* bad magic, version, generator or size in a memory image */
-    STO_STATUS_GLOB_NOT_FOUND = -3000,    /* no such shared read-only entry, or a (0, 0) identity */
-    STO_STATUS_GLOB_FULL = -3001          /* shared read-only table has 128 entries */
-};
 
 /* ---- Generator ids ------------------------------------------------------------------------------------------------- */
 
@@ -100,6 +65,7 @@ typedef struct nax_shared_data_entry {
     uint64_t Id0;
     uint64_t Id1;
     int32_t RefCount;
+    int32_t Size;                   /* bytes of Data when a chunk brought it, else 0 */
     void* Data;
 } nax_shared_data_entry;
 
@@ -386,8 +352,8 @@ uint32_t __stoiPowMod2P31M1(uint32_t a, uint64_t n);
 /* a^n mod 2^59. */
 uint64_t __stoiPowMod2P59(uint64_t a, uint64_t n);
 
-/* x := A^n x mod m for the companion matrix A of x(k+3) = row[0] x(k) + row[1] x(k+1) + row[2] x(k+2); x is three
- * consecutive terms, oldest first. */
+/* x := A^n x mod m for the companion matrix A of x(k+3) = row[0] x(k+2) + row[1] x(k+1) + row[2] x(k): the coefficients go
+ * from the newest term to the oldest. x is three consecutive terms below m, oldest first. */
 void __stoiVect3PowMod(uint32_t x[3], const uint32_t row[3], uint32_t m, uint64_t n);
 /* The same for an n of `words` 64-bit words, least significant first. 0, or STO_STATUS_NO_MEMORY above ten words. */
 int __stoiVect3PowArrayMod(uint32_t x[3], const uint32_t row[3], uint32_t m, int words, const uint64_t* n);
@@ -458,6 +424,8 @@ int __stoiBRngSFMT19937(nax_stream* stream, int n, void* r);
 
 /* PHILOX4X32X10. Seeds: two key words, then up to four counter words. Both skips in constant time; no leapfrog. */
 int __stoBRngPHILOX4X32X10InitStream(int method, nax_stream* stream, int n, const void* params);
+/* Moves a PHILOX4X32X10 stream by n words, as __stoSkipAheadStream does. Returns 0. */
+int PHILOX4X32X10SkipAhead(nax_stream* stream, uint64_t n);
 int __stosBRngPHILOX4X32X10(nax_stream* stream, int n, float* r, float a, float b);
 int __stodBRngPHILOX4X32X10(nax_stream* stream, int n, double* r, double a, double b);
 int __stoiBRngPHILOX4X32X10(nax_stream* stream, int n, void* r);

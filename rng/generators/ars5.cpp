@@ -7,36 +7,27 @@
 // J. K. Salmon, M. A. Moraes, R. O. Dror, D. E. Shaw, "Parallel random numbers: as easy as 1, 2, 3", SC'11 (2011).
 #include "rng/generators/ars5.h"
 
-namespace nax::rng {
+#include "rng/generator.h"
+
+using namespace nax::rng;
 
 namespace {
 
 // Skips need the processor's AES like numbers; seeding doesn't.
-template <class Move>
-int with_aes(const Move& move) {
+template <class... Count>
+int skip_with_aes(Stream* stream, Count... count) {
     if (__stoCPUisAES() == 0) return STO_STATUS_NO_AES;
-    move();
+    skip_counter(payload<Ars5State>(stream), count..., ars5_block);
     return STO_STATUS_OK;
 }
 
+struct Ars5 : CounterSeeding<Ars5State> {
+    static int skip_ahead(Stream* stream, int, uint64_t count) { return skip_with_aes(stream, count); }
+    static int skip_ahead_far(Stream* stream, int words, const uint64_t* count) {
+        return skip_with_aes(stream, words, count);
+    }
+};
+
 }  // namespace
 
-}  // namespace nax::rng
-
-using namespace nax::rng;
-
-extern "C" {
-
-int __stoBRngARS5InitStream(int method, nax_stream* stream, int n, const void* params) {
-    Ars5State& state = payload<Ars5State>(stream);
-    const uint64_t* const nskip = static_cast<const uint64_t*>(params);
-    switch (method) {
-        case NAX_INIT_STANDARD: seed_counter_state(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return with_aes([&] { skip_counter(state, *nskip, ars5_block); });
-        case NAX_INIT_SKIPAHEADEX: return with_aes([&] { skip_counter(state, n, nskip, ars5_block); });
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
-
-}  // extern "C"
+NAX_GENERATOR(ARS5, Ars5)

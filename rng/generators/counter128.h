@@ -6,13 +6,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 #include "nax/streams.h"
 #include "rng/generators/counter_state.h"
-#include "rng/simd.h"
+#include "rng/stream.h"
+#include "simd/isa.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 inline constexpr int kCounterBlockWords = 4;
 
@@ -72,13 +74,18 @@ void take_seeds(uint32_t (&words)[n], const uint32_t* seeds, int first, int coun
     for (int i = 0; i < n; ++i) words[i] = first + i < count ? seeds[first + i] : 0;
 }
 
-// The seeds are the words of the key, then those of the counter.
-template <int KeyWords>
-void seed_counter_state(CounterState<KeyWords>& state, const uint32_t* seeds, int n) {
-    state = {};
-    take_seeds(state.key, seeds, 0, n);
-    take_seeds(state.counter, seeds, KeyWords, n);
-}
+// Seeding: the words of the key, then those of the counter.
+template <class State>
+struct CounterSeeding {
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        State& state = payload<State>(stream);
+        state = {};
+        take_seeds(state.key, seeds, 0, n);
+        take_seeds(state.counter, seeds, static_cast<int>(std::size(state.key)), n);
+        return STO_STATUS_OK;
+    }
+    static bool valid(const Stream* stream) { return payload<State>(stream).left <= kCounterBlockWords; }
+};
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng

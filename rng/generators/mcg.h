@@ -1,7 +1,7 @@
 // The two multiplicative generators as traits: state, modulus arithmetic, default multiplier.
 #pragma once
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "rng/generators/modular_power.h"
 
 namespace nax::rng {
@@ -50,49 +50,47 @@ void build_lanes(LaneBlock& block, uint64_t x, uint64_t a, bool with_steps) {
     }
 }
 
-// Seeding is done; gives the stream its lanes.
-template <class Mcg>
-int attach_lanes(Stream* stream) {
-    LaneBlock* block = find_lanes(stream);
-    if (block == nullptr) block = add_lanes(stream, Mcg::kEngine);
-    if (block == nullptr) return STO_STATUS_NO_MEMORY;
-    const auto& state = payload<typename Mcg::State>(stream);
-    build_lanes<Mcg>(*block, state.x, state.a, true);
-    return STO_STATUS_OK;
-}
-
-// Stream k of n: every n-th term from the k-th on.
-template <class Mcg>
-int leapfrog(Stream* stream, uint32_t k, int n) {
-    LaneBlock* const block = find_lanes(stream);
-    if (block == nullptr) return STO_STATUS_NO_MEMORY;
-    auto& state = payload<typename Mcg::State>(stream);
+// What both generators do alike; First makes the first output from the seeds.
+template <class Mcg, uint64_t (*First)(int n, const uint32_t* seeds)>
+struct Multiplicative {
     using Word = typename Mcg::Word;
-    state.x = static_cast<Word>(Mcg::reduce(Mcg::multiply(state.x, Mcg::power(state.a, k))));
-    state.a = static_cast<Word>(Mcg::power(state.a, static_cast<uint64_t>(n)));
-    build_lanes<Mcg>(*block, state.x, state.a, true);
-    return STO_STATUS_OK;
-}
 
-template <class Mcg>
-int skip_ahead(Stream* stream, uint64_t count) {
-    LaneBlock* const block = find_lanes(stream);
-    if (block == nullptr) return STO_STATUS_NO_MEMORY;
-    auto& state = payload<typename Mcg::State>(stream);
-    state.x = static_cast<typename Mcg::Word>(Mcg::reduce(Mcg::multiply(state.x, Mcg::power(state.a, count))));
-    build_lanes<Mcg>(*block, state.x, state.a, false);
-    return STO_STATUS_OK;
-}
-
-// Everything of InitStream but the seeding.
-template <class Mcg>
-int split(int method, Stream* stream, int n, const void* params) {
-    switch (method) {
-        case NAX_INIT_LEAPFROG: return leapfrog<Mcg>(stream, *static_cast<const uint32_t*>(params), n);
-        case NAX_INIT_SKIPAHEAD: return skip_ahead<Mcg>(stream, *static_cast<const uint64_t*>(params));
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        const uint64_t first = First(n, seeds);
+        payload<typename Mcg::State>(stream) = {static_cast<Word>(first != 0 ? first : 1), static_cast<Word>(Mcg::kMultiplier)};
+        LaneBlock* block = find_lanes(stream);
+        if (block == nullptr) block = add_lanes(stream, Mcg::kEngine);
+        return rebuild(stream, block, true);
     }
-}
+    // Stream k of n: every n-th term from the k-th on.
+    static int leapfrog(Stream* stream, uint32_t k, int n) {
+        auto& state = payload<typename Mcg::State>(stream);
+        return on_lanes(stream, true, [&] {
+            move(state, k);
+            state.a = static_cast<Word>(Mcg::power(state.a, static_cast<uint64_t>(n)));
+        });
+    }
+    static int skip_ahead(Stream* stream, int, uint64_t count) {
+        return on_lanes(stream, false, [&] { move(payload<typename Mcg::State>(stream), count); });
+    }
+
+private:
+    static void move(typename Mcg::State& state, uint64_t count) {
+        state.x = static_cast<Word>(Mcg::reduce(Mcg::multiply(state.x, Mcg::power(state.a, count))));
+    }
+    // Changes the state of a stream that has its lanes, and brings them up to it.
+    template <class Change>
+    static int on_lanes(Stream* stream, bool with_steps, const Change& change) {
+        LaneBlock* const block = find_lanes(stream);
+        if (block != nullptr) change();
+        return rebuild(stream, block, with_steps);
+    }
+    static int rebuild(Stream* stream, LaneBlock* block, bool with_steps) {
+        if (block == nullptr) return STO_STATUS_NO_MEMORY;
+        const auto& state = payload<typename Mcg::State>(stream);
+        build_lanes<Mcg>(*block, state.x, state.a, with_steps);
+        return STO_STATUS_OK;
+    }
+};
 
 }  // namespace nax::rng

@@ -4,13 +4,17 @@
 //
 // Integer output runs on the payload, real output on the lanes of chunk 14 and then brings the payload up to them. Integers
 // drawn after reals so continue the sequence; reals drawn after integers start where the last reals ended.
+#include "rng/generator.h"
 #include "rng/generators/mcg.h"
 
 using namespace nax::rng;
 
-extern "C" int __stoBRngMCG31M1InitStream(int method, nax_stream* stream, int n, const void* params) {
-    if (method != NAX_INIT_STANDARD) return split<Mcg31>(method, stream, n, params);
-    const uint32_t seed = n >= 1 ? *static_cast<const uint32_t*>(params) % kMersenne31 : 1;
-    payload<Mcg31State>(stream) = {seed != 0 ? seed : 1, static_cast<uint32_t>(Mcg31::kMultiplier)};
-    return attach_lanes<Mcg31>(stream);
-}
+namespace {
+
+uint64_t first_output(int n, const uint32_t* seeds) { return n >= 1 ? seeds[0] % kMersenne31 : 1; }
+
+using Generator = Multiplicative<Mcg31, first_output>;
+
+}  // namespace
+
+NAX_GENERATOR(MCG31M1, Generator)

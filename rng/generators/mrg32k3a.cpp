@@ -9,11 +9,13 @@
 
 #include <algorithm>
 
+#include "rng/generator.h"
+
 using namespace nax::rng;
 
 namespace {
 
-void seed(Mrg32k3aState& state, int n, const uint32_t* seeds) {
+int seed_state(Mrg32k3aState& state, int n, const uint32_t* seeds) {
     uint32_t words[6] = {1, 1, 1, 1, 1, 1};
     for (int i = 0; i < std::min(n, 6); ++i) {
         const uint32_t modulus = i < 3 ? kMrgX.modulus : kMrgY.modulus;
@@ -23,15 +25,17 @@ void seed(Mrg32k3aState& state, int n, const uint32_t* seeds) {
     std::copy(words + 3, words + 6, state.y);
     if ((state.x[0] | state.x[1] | state.x[2]) == 0) state.x[0] = 1;
     if ((state.y[0] | state.y[1] | state.y[2]) == 0) state.y[0] = 1;
+    return STO_STATUS_OK;
 }
 
 constexpr uint32_t kRowX[3] = {kMrgX.row(0), kMrgX.row(1), kMrgX.row(2)};
 constexpr uint32_t kRowY[3] = {kMrgY.row(0), kMrgY.row(1), kMrgY.row(2)};
 
 // By the tabulated powers: a product of matrix and vector for each bit set.
-void skip(Mrg32k3aState& state, int words, const uint64_t* count) {
+int skip_by_table(Mrg32k3aState& state, int words, const uint64_t* count) {
     __stoiVect3PowArrayMod_M1(state.x, words, count, _sto_mrg32k3a_skipahead_table);
     __stoiVect3PowArrayMod_M2(state.y, words, count, _sto_mrg32k3a_skipahead_table + 9 * kMrgMatrices);
+    return STO_STATUS_OK;
 }
 
 // Bits that the table of matrices covers.
@@ -44,12 +48,9 @@ bool fits_table(int words, const uint64_t* count) {
     return true;
 }
 
-int skip_long(Mrg32k3aState& state, int words, const uint64_t* count) {
+int skip_words(Mrg32k3aState& state, int words, const uint64_t* count) {
     if (words <= 0) return STO_STATUS_OK;
-    if (fits_table(words, count)) {
-        skip(state, std::min(words, (kMrgMatrices + 63) / 64), count);
-        return STO_STATUS_OK;
-    }
+    if (fits_table(words, count)) return skip_by_table(state, std::min(words, (kMrgMatrices + 63) / 64), count);
     Mrg32k3aState moved = state;
     int status = __stoiVect3PowArrayMod(moved.x, kRowX, kMrgX.modulus, words, count);
     if (status == STO_STATUS_OK) status = __stoiVect3PowArrayMod(moved.y, kRowY, kMrgY.modulus, words, count);
@@ -57,15 +58,15 @@ int skip_long(Mrg32k3aState& state, int words, const uint64_t* count) {
     return status;
 }
 
+struct Mrg32k3a {
+    static Mrg32k3aState& state(Stream* stream) { return payload<Mrg32k3aState>(stream); }
+    static int seed(Stream* stream, int n, const uint32_t* seeds) { return seed_state(state(stream), n, seeds); }
+    static int skip_ahead(Stream* stream, int, uint64_t count) { return skip_by_table(state(stream), 1, &count); }
+    static int skip_ahead_far(Stream* stream, int words, const uint64_t* count) {
+        return skip_words(state(stream), words, count);
+    }
+};
+
 }  // namespace
 
-extern "C" int __stoBRngMRG32K3AInitStream(int method, nax_stream* stream, int n, const void* params) {
-    Mrg32k3aState& state = payload<Mrg32k3aState>(stream);
-    switch (method) {
-        case NAX_INIT_STANDARD: seed(state, n, static_cast<const uint32_t*>(params)); return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: skip(state, 1, static_cast<const uint64_t*>(params)); return STO_STATUS_OK;
-        case NAX_INIT_SKIPAHEADEX: return skip_long(state, n, static_cast<const uint64_t*>(params));
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
+NAX_GENERATOR(MRG32K3A, Mrg32k3a)

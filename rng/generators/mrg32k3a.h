@@ -19,8 +19,8 @@ struct MrgComponent {
     uint32_t middle;         // of v(n-2)
     uint32_t oldest;         // of -v(n-3)
 
-    // The recurrence's row on (oldest, middle, newest).
-    constexpr uint32_t row(int column) const { return column == 0 ? modulus - oldest : column == 1 ? middle : newest; }
+    // The recurrence's coefficients, of the newest term first.
+    constexpr uint32_t row(int term) const { return term == 0 ? newest : term == 1 ? middle : modulus - oldest; }
 };
 
 inline constexpr MrgComponent kMrgX = {4294967087, 209, 0, 1403580, 810728};

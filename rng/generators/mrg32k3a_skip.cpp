@@ -41,8 +41,8 @@ constexpr void apply(const Matrix& a, uint32_t x[3], uint32_t m) {
     for (int i = 0; i < 3; ++i) x[i] = static_cast<uint32_t>(sum[i] % m);
 }
 
-// Acts on (oldest, middle, newest).
-constexpr Matrix companion(const uint32_t row[3]) { return {{0, 1, 0, 0, 0, 1, row[0], row[1], row[2]}}; }
+// Acts on (oldest, middle, newest); the row is that of the recurrence, the newest term's coefficient first.
+constexpr Matrix companion(const uint32_t row[3]) { return {{0, 1, 0, 0, 0, 1, row[2], row[1], row[0]}}; }
 
 // x := A^n x for the count whose bits stand in `bits`, lowest first.
 void apply_power(uint32_t x[3], const uint32_t row[3], uint32_t m, const uint8_t* bits, long count) {

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "rng/generator.h"
 #include "rng/generators/state_words.h"
 #include "rng/generators/twister_seeding.h"
 
@@ -86,52 +87,28 @@ int _ProcessIdx(Stream* stream, uint64_t* nskip, int* read) {
     return 1;
 }
 
-int skip(Stream* stream, uint64_t nskip) {
-    if (nskip < kPolynomialFrom) {
-        mt19937_discard(state_of(stream), nskip);
+struct Mt19937 {
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        Mt19937State& state = state_of(stream);
+        seed_twister(state.x, seeds, n);
+        state.next = kWords;
+        state.unused = 0;
         return STO_STATUS_OK;
     }
-    const nax_skip_parameters params = {_ProcessIdx, nskip, kWords, 19937, kStreamStateSize<Mt19937State>,
-                                        std::size(_sto_mt19937_poly), _sto_mt19937_poly};
-    return __sto_SkipAheadSWin(stream, _ZeroState, _AddState, _CopyState1, _UpdateS, _CopyState2, &params);
-}
+    static int skip_ahead(Stream* stream, int, uint64_t nskip) {
+        if (nskip < kPolynomialFrom) {
+            mt19937_discard(state_of(stream), nskip);
+            return STO_STATUS_OK;
+        }
+        const nax_skip_parameters params = {_ProcessIdx, nskip, kWords, 19937, kStreamStateSize<Mt19937State>,
+                                            std::size(_sto_mt19937_poly), _sto_mt19937_poly};
+        return __sto_SkipAheadSWin(stream, _ZeroState, _AddState, _CopyState1, _UpdateS, _CopyState2, &params);
+    }
+    static bool valid(const Stream* stream) { return state_of(stream).next >= 0 && state_of(stream).next <= kWords; }
+};
 
 }  // namespace
 
 }  // namespace nax::rng
 
-using namespace nax::rng;
-
-extern "C" {
-
-int __stoBRngMT19937InitStream(int method, nax_stream* stream, int n, const void* params) {
-    Mt19937State& state = payload<Mt19937State>(stream);
-    switch (method) {
-        case NAX_INIT_STANDARD:
-            seed_twister(state.x, static_cast<const uint32_t*>(params), n);
-            state.next = kMt19937Words;
-            state.unused = 0;
-            return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return skip(stream, *static_cast<const uint64_t*>(params));
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
-
-int __stosBRngMT19937(nax_stream* stream, int n, float* r, float a, float b) {
-    if (n > 0) mt19937_draw(payload<Mt19937State>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
-
-int __stodBRngMT19937(nax_stream* stream, int n, double* r, double a, double b) {
-    if (n > 0) mt19937_draw(payload<Mt19937State>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
-
-int __stoiBRngMT19937(nax_stream* stream, int n, void* r) {
-    if (n > 0) mt19937_draw(payload<Mt19937State>(stream), n, static_cast<uint32_t*>(r));
-    return STO_STATUS_OK;
-}
-
-}  // extern "C"
+NAX_GENERATOR(MT19937, nax::rng::Mt19937)

@@ -17,11 +17,6 @@ struct Mt19937State {
 };
 static_assert(kStreamStateSize<Mt19937State> == 2520 && offsetof(Mt19937State, next) == 2496);
 
-// The next n numbers, n at least 1.
-void mt19937_draw(Mt19937State& state, int n, uint32_t* r);
-void mt19937_draw(Mt19937State& state, int n, double* r, double a, double b);
-void mt19937_draw(Mt19937State& state, int n, float* r, float a, float b);
-
 // Passes over n words by plain generation.
 void mt19937_discard(Mt19937State& state, uint64_t n);
 

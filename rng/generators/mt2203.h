@@ -18,9 +18,4 @@ struct Mt2203State {
 static_assert(kStreamStateSize<Mt2203State> == 312 && offsetof(Mt2203State, next) == 276 &&
               offsetof(Mt2203State, matrix_a) == 280);
 
-// The next n numbers, n at least 1.
-void mt2203_draw(Mt2203State& state, int n, uint32_t* r);
-void mt2203_draw(Mt2203State& state, int n, double* r, double a, double b);
-void mt2203_draw(Mt2203State& state, int n, float* r, float a, float b);
-
 }  // namespace nax::rng

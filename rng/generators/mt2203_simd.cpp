@@ -3,7 +3,7 @@
 // vectors are aligned; old words are cut from two aligned neighbours, which the processor forwards from its store queue.
 #include <algorithm>
 
-#include "rng/generators/words.h"
+#include "rng/generator.h"
 #include "rng/generators/mt2203.h"
 #include "rng/generators/to_real.h"
 
@@ -20,12 +20,6 @@ static_assert(kBlocksAtOnce * kWords % kLanes32 == 0);
 struct Temper {
     uint32_t b, c;
 
-    uint32_t operator()(uint32_t y) const {
-        y ^= y >> 12;
-        y ^= (y << 7) & b;
-        y ^= (y << 15) & c;
-        return y ^ (y >> 18);
-    }
     U32 operator()(U32 y) const {
         y ^= y >> 12;
         y = xor_and(y, y << 7, broadcast(b));
@@ -80,12 +74,8 @@ void draw(Mt2203State& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void mt2203_draw(Mt2203State& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void mt2203_draw(Mt2203State& state, int n, double* r, double a, double b) {
-    draw(state, n, r, UnsignedScale<double>(a, b));
-}
-void mt2203_draw(Mt2203State& state, int n, float* r, float a, float b) {
-    draw(state, n, r, UnsignedScale<float>(a, b));
-}
-
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(MT2203, Mt2203State, UnsignedScale)

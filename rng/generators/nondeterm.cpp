@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include "nax/streams.h"
+#include "rng/generator.h"
 #include "rng/generators/nondeterm.h"
 
 namespace nax::rng {
@@ -64,6 +65,14 @@ int _viTRNGRdRand(uint32_t retries, int n, uint32_t* r) {
     return for_each_half(retries, n, [&](int i, uint32_t word) { r[i] = word; });
 }
 
+struct Nondeterm {
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        const uint32_t retries = n >= 2 ? seeds[1] : 0;
+        payload<NondetermState>(stream) = {0, retries != 0 ? retries : kDefaultRetries};
+        return STO_STATUS_OK;
+    }
+};
+
 uint32_t retries_of(nax_stream* stream) { return payload<NondetermState>(stream).retries; }
 
 }  // namespace
@@ -72,22 +81,9 @@ uint32_t retries_of(nax_stream* stream) { return payload<NondetermState>(stream)
 
 using namespace nax::rng;
 
-extern "C" {
+NAX_GENERATOR(TRNG, Nondeterm)
 
-int __stoBRngTRNGInitStream(int method, nax_stream* stream, int n, const void* params) {
-    switch (method) {
-        case NAX_INIT_STANDARD: {
-            const uint32_t* const seeds = static_cast<const uint32_t*>(params);
-            const uint32_t retries = n >= 2 ? seeds[1] : 0;
-            payload<NondetermState>(stream) = {0, retries != 0 ? retries : kDefaultRetries};
-            return STO_STATUS_OK;
-        }
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return STO_STATUS_NO_SKIPAHEAD;
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
+extern "C" {
 
 int __stosBRngTRNG(nax_stream* stream, int n, float* r, float a, float b) {
     if (__stoCPUisRDRAND() == 0) return STO_STATUS_NO_RDRAND;

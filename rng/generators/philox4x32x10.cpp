@@ -7,6 +7,8 @@
 // J. K. Salmon, M. A. Moraes, R. O. Dror, D. E. Shaw, "Parallel random numbers: as easy as 1, 2, 3", SC'11 (2011).
 #include "rng/generators/philox4x32x10.h"
 
+#include "rng/generator.h"
+
 namespace nax::rng {
 
 void philox_block(const PhiloxState& state, uint32_t (&out)[4]) {
@@ -32,36 +34,21 @@ void philox_block(const PhiloxState& state, uint32_t (&out)[4]) {
 
 using namespace nax::rng;
 
-extern "C" {
+extern "C" int PHILOX4X32X10SkipAhead(nax_stream* stream, uint64_t n) {
+    skip_counter(payload<PhiloxState>(stream), n, philox_block);
+    return STO_STATUS_OK;
+}
 
-int __stoBRngPHILOX4X32X10InitStream(int method, nax_stream* stream, int n, const void* params) {
-    PhiloxState& state = payload<PhiloxState>(stream);
-    switch (method) {
-        case NAX_INIT_STANDARD: seed_counter_state(state, static_cast<const uint32_t*>(params), n); return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD:
-            skip_counter(state, *static_cast<const uint64_t*>(params), philox_block);
-            return STO_STATUS_OK;
-        case NAX_INIT_SKIPAHEADEX:
-            skip_counter(state, n, static_cast<const uint64_t*>(params), philox_block);
-            return STO_STATUS_OK;
-        default: return STO_STATUS_BAD_METHOD;
+namespace {
+
+struct Philox4x32x10 : CounterSeeding<PhiloxState> {
+    static int skip_ahead(Stream* stream, int, uint64_t count) { return PHILOX4X32X10SkipAhead(stream, count); }
+    static int skip_ahead_far(Stream* stream, int words, const uint64_t* count) {
+        skip_counter(payload<PhiloxState>(stream), words, count, philox_block);
+        return STO_STATUS_OK;
     }
-}
+};
 
-int __stosBRngPHILOX4X32X10(nax_stream* stream, int n, float* r, float a, float b) {
-    if (n > 0) philox_draw(payload<PhiloxState>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
+}  // namespace
 
-int __stodBRngPHILOX4X32X10(nax_stream* stream, int n, double* r, double a, double b) {
-    if (n > 0) philox_draw(payload<PhiloxState>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
-
-int __stoiBRngPHILOX4X32X10(nax_stream* stream, int n, void* r) {
-    if (n > 0) philox_draw(payload<PhiloxState>(stream), n, static_cast<uint32_t*>(r));
-    return STO_STATUS_OK;
-}
-
-}  // extern "C"
+NAX_GENERATOR(PHILOX4X32X10, Philox4x32x10)

@@ -19,9 +19,4 @@ inline constexpr int kPhiloxRounds = 10;
 // The output block of state.counter.
 void philox_block(const PhiloxState& state, uint32_t (&out)[4]);
 
-// The next n numbers, n at least 1.
-void philox_draw(PhiloxState& state, int n, uint32_t* r);
-void philox_draw(PhiloxState& state, int n, double* r, double a, double b);
-void philox_draw(PhiloxState& state, int n, float* r, float a, float b);
-
 }  // namespace nax::rng

@@ -6,6 +6,8 @@
 
 #include <cstring>
 
+#include "rng/generator.h"
+
 using namespace nax::rng;
 
 extern "C" {
@@ -31,21 +33,22 @@ void spread_seed(R250State& state, uint32_t seed) {
     }
 }
 
+struct R250 {
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        R250State& state = payload<R250State>(stream);
+        if (n >= kR250Lag) std::memcpy(state.x, seeds, sizeof(state.x));
+        else spread_seed(state, n >= 1 && seeds[0] != 0 ? seeds[0] : 1);
+        state.i = 0;
+        state.j = kR250Start;
+        return STO_STATUS_OK;
+    }
+    static bool valid(const Stream* stream) {
+        const R250State& state = payload<R250State>(stream);
+        const auto inside = [](int64_t index) { return index >= 0 && index < kR250Lag; };
+        return inside(state.i) && inside(state.j);
+    }
+};
+
 }  // namespace
 
-extern "C" int __stoBRngR250InitStream(int method, nax_stream* stream, int n, const void* params) {
-    switch (method) {
-        case NAX_INIT_STANDARD: break;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return STO_STATUS_NO_SKIPAHEAD;
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-    R250State& state = payload<R250State>(stream);
-    const uint32_t* const seeds = static_cast<const uint32_t*>(params);
-    if (n >= kR250Lag) std::memcpy(state.x, seeds, sizeof(state.x));
-    else spread_seed(state, n >= 1 && seeds[0] != 0 ? seeds[0] : 1);
-    state.i = 0;
-    state.j = kR250Start;
-    return STO_STATUS_OK;
-}
+NAX_GENERATOR(R250, R250)

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "rng/generator.h"
 #include "rng/generators/state_words.h"
 
 namespace nax::rng {
@@ -158,46 +159,26 @@ int _ProcessIdx(Stream* stream, uint64_t* nskip, int* read) {
     return 1;
 }
 
-int skip(Stream* stream, uint64_t nskip) {
-    const nax_skip_parameters params = {_ProcessIdx, nskip, kWords, 19968, kStreamStateSize<SfmtState>,
-                                        std::size(_sto_sfmt19937_poly), _sto_sfmt19937_poly};
-    const auto skip_ahead = nskip < kSlidingWindowFrom ? __sto_SkipAheadHorner : __sto_SkipAheadSWin;
-    return skip_ahead(stream, _ZeroState, _AddState, _CopyState1, _UpdateS, _CopyState2, &params);
-}
+struct Sfmt19937 {
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        sfmt19937_seed(state_of(stream), seeds, n);
+        return STO_STATUS_OK;
+    }
+    static int skip_ahead(Stream* stream, int, uint64_t nskip) {
+        const nax_skip_parameters params = {_ProcessIdx, nskip, kWords, 19968, kStreamStateSize<SfmtState>,
+                                            std::size(_sto_sfmt19937_poly), _sto_sfmt19937_poly};
+        const auto skip = nskip < kSlidingWindowFrom ? __sto_SkipAheadHorner : __sto_SkipAheadSWin;
+        return skip(stream, _ZeroState, _AddState, _CopyState1, _UpdateS, _CopyState2, &params);
+    }
+    static bool valid(const Stream* stream) {
+        const SfmtState& s = state_of(stream);
+        return s.next >= 0 && s.next <= kWords && s.next % kSfmtBlockWords == 0 && s.spare_pos >= 0 &&
+               s.spare_pos <= s.spare_end && s.spare_end < kSfmtBlockWords;
+    }
+};
 
 }  // namespace
 
 }  // namespace nax::rng
 
-using namespace nax::rng;
-
-extern "C" {
-
-int __stoBRngSFMT19937InitStream(int method, nax_stream* stream, int n, const void* params) {
-    switch (method) {
-        case NAX_INIT_STANDARD:
-            sfmt19937_seed(payload<SfmtState>(stream), static_cast<const uint32_t*>(params), n);
-            return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG: return STO_STATUS_NO_LEAPFROG;
-        case NAX_INIT_SKIPAHEAD: return skip(stream, *static_cast<const uint64_t*>(params));
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
-
-int __stosBRngSFMT19937(nax_stream* stream, int n, float* r, float a, float b) {
-    if (n > 0) sfmt19937_draw(payload<SfmtState>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
-
-int __stodBRngSFMT19937(nax_stream* stream, int n, double* r, double a, double b) {
-    if (n > 0) sfmt19937_draw(payload<SfmtState>(stream), n, r, a, b);
-    return STO_STATUS_OK;
-}
-
-int __stoiBRngSFMT19937(nax_stream* stream, int n, void* r) {
-    if (n > 0) sfmt19937_draw(payload<SfmtState>(stream), n, static_cast<uint32_t*>(r));
-    return STO_STATUS_OK;
-}
-
-}  // extern "C"
+NAX_GENERATOR(SFMT19937, nax::rng::Sfmt19937)

@@ -21,11 +21,6 @@ struct SfmtState {
 static_assert(kStreamStateSize<SfmtState> == 2536 && offsetof(SfmtState, next) == 2496 &&
               offsetof(SfmtState, spare_pos) == 2512);
 
-// The next n numbers, n at least 1.
-void sfmt19937_draw(SfmtState& state, int n, uint32_t* r);
-void sfmt19937_draw(SfmtState& state, int n, double* r, double a, double b);
-void sfmt19937_draw(SfmtState& state, int n, float* r, float a, float b);
-
 // One step of the recurrence: block a is replaced; b is 122 blocks on, c and d are the two blocks made before.
 void sfmt19937_step(uint32_t* a, const uint32_t* b, const uint32_t* c, const uint32_t* d);
 

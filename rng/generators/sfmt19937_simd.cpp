@@ -2,7 +2,7 @@
 // critical path is one shift and one exclusive or, all else is ready earlier.
 #include <algorithm>
 
-#include "rng/generators/words.h"
+#include "rng/generator.h"
 #include "rng/generators/sfmt19937.h"
 #include "rng/generators/to_real.h"
 
@@ -32,20 +32,20 @@ inline void run(uint32_t* x, int first, int last, int distance, __m128i& c, __m1
     }
 }
 
-void refill(uint32_t* x) {
+[[gnu::noinline]] void refill(uint32_t* x) {
     __m128i c = load_block(x + (kSfmtBlocks - 2) * kSfmtBlockWords);
     __m128i d = load_block(x + (kSfmtBlocks - 1) * kSfmtBlockWords);
     run(x, 0, kSfmtBlocks - kSfmtMiddle, kSfmtMiddle, c, d);
     run(x, kSfmtBlocks - kSfmtMiddle, kSfmtBlocks, kSfmtMiddle - kSfmtBlocks, c, d);
 }
 
-struct Unchanged {
-    template <class Words>
-    Words operator()(Words y) const { return y; }
-};
-
 template <class Map, class T>
 void draw(SfmtState& state, int n, T* r, const Map& map) {
+    if (state.spare_pos == state.spare_end && n % kSfmtBlockWords == 0 && n <= kSfmtWords - state.next) {
+        map_words(state.x + state.next, n, r, map);
+        state.next += n;
+        return;
+    }
     while (n > 0 && state.spare_pos < state.spare_end) {
         *r++ = map(state.spare[state.spare_pos++]);
         --n;
@@ -56,7 +56,7 @@ void draw(SfmtState& state, int n, T* r, const Map& map) {
             state.next = 0;
         }
         const int take = std::min(n, kSfmtWords - state.next);
-        map_words(state.x + state.next, take, r, Unchanged{}, map);
+        map_words(state.x + state.next, take, r, map);
         state.next += take;
         n -= take;
         r += take;
@@ -71,16 +71,12 @@ void draw(SfmtState& state, int n, T* r, const Map& map) {
 
 }  // namespace
 
-void sfmt19937_draw(SfmtState& state, int n, uint32_t* r) { draw(state, n, r, RawWords{}); }
-void sfmt19937_draw(SfmtState& state, int n, double* r, double a, double b) {
-    draw(state, n, r, MidpointScale<double>(a, b));
-}
-void sfmt19937_draw(SfmtState& state, int n, float* r, float a, float b) {
-    draw(state, n, r, MidpointScale<float>(a, b));
-}
-
 void sfmt19937_step(uint32_t* a, const uint32_t* b, const uint32_t* c, const uint32_t* d) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(a), step(load_block(a), load_block(b), load_block(c), load_block(d)));
 }
 
 }  // namespace nax::rng
+
+using namespace nax::rng;
+
+NAX_WORD_OUTPUT(SFMT19937, SfmtState, MidpointScale)

@@ -6,47 +6,47 @@
 // pseudorandom numbers, Appl. Statist. 38 (1989), for the family.
 #include "rng/generators/wh.h"
 
-#include "rng/registry.h"
+#include "rng/generator.h"
+#include "rng/generators/modular_power.h"
 
 using namespace nax::rng;
 
 namespace {
 
-// A negative count reads all four seeds.
-void seed(WhState& state, int row, int n, const uint32_t* seeds) {
-    for (int j = 0; j < kWhComponents; ++j) {
-        const bool given = n < 0 || j < n;
-        const uint32_t x = given ? seeds[j] % _sto_WH_M[row][j] : 1;
-        state.x[j] = x != 0 ? x : 1;
-        state.a[j] = _sto_WH_A[row][j];
+struct Wh {
+    // A negative count reads all four seeds.
+    static int seed(Stream* stream, int n, const uint32_t* seeds) {
+        const int row = substream_of(stream);
+        WhState& state = payload<WhState>(stream);
+        for (int j = 0; j < kWhComponents; ++j) {
+            const bool given = n < 0 || j < n;
+            const uint32_t x = given ? seeds[j] % _sto_WH_M[row][j] : 1;
+            state.x[j] = x != 0 ? x : 1;
+            state.a[j] = _sto_WH_A[row][j];
+        }
+        return STO_STATUS_OK;
     }
-}
-
-// x := x a^count in every component.
-void skip(WhState& state, int row, uint64_t count) {
-    for (int j = 0; j < kWhComponents; ++j) {
-        const uint32_t m = _sto_WH_M[row][j];
-        state.x[j] = static_cast<uint32_t>(static_cast<uint64_t>(state.x[j]) * __stoiPowMod(state.a[j], count, m) % m);
+    // x := x a^count in every component.
+    static int skip_ahead(Stream* stream, int, uint64_t count) {
+        const int row = substream_of(stream);
+        WhState& state = payload<WhState>(stream);
+        for (int j = 0; j < kWhComponents; ++j) {
+            const uint32_t m = _sto_WH_M[row][j];
+            state.x[j] = multiply_mod(state.x[j], __stoiPowMod(state.a[j], count, m), m);
+        }
+        return STO_STATUS_OK;
     }
-}
-
-void leapfrog(WhState& state, int row, uint32_t k, uint64_t streams) {
-    skip(state, row, k);
-    for (int j = 0; j < kWhComponents; ++j) state.a[j] = __stoiPowMod(state.a[j], streams, _sto_WH_M[row][j]);
-}
+    static int leapfrog(Stream* stream, uint32_t k, int streams) {
+        skip_ahead(stream, 1, k);
+        const int row = substream_of(stream);
+        for (int j = 0; j < kWhComponents; ++j) {
+            uint32_t& a = payload<WhState>(stream).a[j];
+            a = __stoiPowMod(a, static_cast<uint64_t>(streams), _sto_WH_M[row][j]);
+        }
+        return STO_STATUS_OK;
+    }
+};
 
 }  // namespace
 
-extern "C" int __stoBRngWHInitStream(int method, nax_stream* stream, int n, const void* params) {
-    WhState& state = payload<WhState>(stream);
-    const int row = substream_of(stream);
-    switch (method) {
-        case NAX_INIT_STANDARD: seed(state, row, n, static_cast<const uint32_t*>(params)); return STO_STATUS_OK;
-        case NAX_INIT_LEAPFROG:
-            leapfrog(state, row, *static_cast<const uint32_t*>(params), static_cast<uint64_t>(n));
-            return STO_STATUS_OK;
-        case NAX_INIT_SKIPAHEAD: skip(state, row, *static_cast<const uint64_t*>(params)); return STO_STATUS_OK;
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
+NAX_GENERATOR(WH, Wh)

@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "rng/quasi/user_parameters.h"
+#include "rng/quasi/quasi_generator.h"
 #include "service/block.h"
 
 #include "rng/quasi/niederreiter_tables.inc"
@@ -32,10 +32,6 @@ struct Accepts {
         return user == kUserDirections && n >= 32 * dimension + 3;
     }
 };
-
-QuasiRequest request(int n, const uint32_t* params) {
-    return read_request(n, params, 3, kTableDimensions, Accepts{static_cast<uint64_t>(std::max(n, 0))});
-}
 
 uint64_t product(uint64_t a, uint64_t b) {
     uint64_t r = 0;
@@ -80,7 +76,13 @@ bool fill_from_polynomial(uint64_t p, uint32_t* row) {
     return true;
 }
 
-int fill_rows(const QuasiRequest& wanted, const uint32_t* params, uint32_t* rows) {
+}  // namespace
+
+QuasiRequest Niederreiter::request(int n, const uint32_t* params) {
+    return read_request(n, params, 3, kTableDimensions, Accepts{static_cast<uint64_t>(std::max(n, 0))});
+}
+
+int Niederreiter::fill(const QuasiRequest& wanted, const uint32_t* params, uint32_t* rows) {
     for (uint32_t d = 0; d < wanted.dimension; ++d) {
         uint32_t* const row = rows + std::size_t{d} * kDirectionRow;
         if (wanted.user == kUserDirections) {
@@ -94,16 +96,8 @@ int fill_rows(const QuasiRequest& wanted, const uint32_t* params, uint32_t* rows
     return STO_STATUS_OK;
 }
 
-int fill_stream(Stream* stream, const QuasiRequest& wanted, const uint32_t* params) {
-    NiederreiterState& state = payload<NiederreiterState>(stream);
-    const int status = fill_rows(wanted, params, state.directions[0]);
-    if (status < 0) return status;
-    start_points(state.directions[0], static_cast<int>(wanted.dimension), state.bit_rows[0], default_points(state));
-    return STO_STATUS_OK;
-}
-
 // Streams of more dimensions than the payload holds keep direction numbers and point in a chunk of their own.
-int make_chunk(Stream* stream, int n, const uint32_t* params, uint32_t dimension) {
+int Niederreiter::add_chunks(Stream* stream, int n, const uint32_t* params, uint32_t dimension) {
     const uint64_t words = uint64_t{dimension} * kDirectionRow;
     if (words * sizeof(uint32_t) > INT32_MAX) return STO_STATUS_NO_MEMORY;
     service::Block<uint32_t> block(words);
@@ -116,83 +110,24 @@ int make_chunk(Stream* stream, int n, const uint32_t* params, uint32_t dimension
     return status;
 }
 
-int seed(Stream* stream, int n, const uint32_t* params) {
-    const QuasiRequest wanted = request(n, params);
-    NiederreiterState& state = payload<NiederreiterState>(stream);
-    state = {};
-    state.place.counter = 1;
-    state.place.dimension = wanted.dimension;
-    state.place.selected = -1;
-    if (wanted.user == kNoUserData) return fill_stream(stream, wanted, params);
-    if (wanted.dimension <= kTableDimensions) return __stoNiederrInitUserPolymsStreamStruct(stream, n, params);
-    return make_chunk(stream, n, params, wanted.dimension);
-}
-
-// draw(place, points) on a stream whose chunk, if it needs one, is there.
-template <class Draw>
-int on_points(Stream* stream, const Draw& draw) {
-    NiederreiterState& state = payload<NiederreiterState>(stream);
-    uint32_t* const rows = static_cast<uint32_t*>(find_chunk(stream, ChunkId::kNiederreiterDirections));
-    if (rows == nullptr && state.place.dimension > kTableDimensions) return STO_STATUS_NO_MEMORY;
-    return draw(state.place, rows != nullptr ? points_by_dimension(rows) : default_points(state));
-}
-
-}  // namespace
-
 }  // namespace nax::rng
 
 using namespace nax::rng;
 
+NAX_GENERATOR(Niederr, QuasiGenerator<Niederreiter>)
+
 extern "C" {
 
 int __stoNiederrInitUserPolymsStreamStruct(nax_stream* stream, int n, const uint32_t* params) {
-    QuasiRequest wanted = request(n, params);
-    wanted.dimension = std::min(wanted.dimension, kTableDimensions);
-    return fill_stream(stream, wanted, params);
+    return QuasiGenerator<Niederreiter>::fill_payload(stream, Niederreiter::request(n, params), params);
 }
 
 int __stoNiederrInitUserPolymsChunk(nax_stream*, int n, const uint32_t* params, uint32_t* block) {
-    const QuasiRequest wanted = request(n, params);
-    const int status = fill_rows(wanted, params, block);
+    const QuasiRequest wanted = Niederreiter::request(n, params);
+    const int status = Niederreiter::fill(wanted, params, block);
     if (status < 0) return status;
     set_point(points_by_dimension(block), static_cast<int>(wanted.dimension), 1);
     return STO_STATUS_OK;
-}
-
-int __stoBRngNiederrInitStream(int method, nax_stream* stream, int n, const void* params) {
-    QuasiPlace& place = payload<NiederreiterState>(stream).place;
-    switch (method) {
-        case NAX_INIT_STANDARD: return seed(stream, n, static_cast<const uint32_t*>(params));
-        case NAX_INIT_LEAPFROG: return select_coordinate(place, *static_cast<const uint32_t*>(params), n);
-        case NAX_INIT_SKIPAHEAD:
-            if (n < 1) return STO_STATUS_NO_SKIPAHEAD;
-            return on_points(stream, [&](QuasiPlace& at, const PointSet& points) {
-                return skip_points(at, points, *static_cast<const uint64_t*>(params));
-            });
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
-
-int __stosBRngNiederr(nax_stream* stream, int n, float* r, float a, float b) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points) {
-        return niederreiter_draw(place, points, n, r, a, b);
-    });
-}
-
-int __stodBRngNiederr(nax_stream* stream, int n, double* r, double a, double b) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points) {
-        return niederreiter_draw(place, points, n, r, a, b);
-    });
-}
-
-int __stoiBRngNiederr(nax_stream* stream, int n, void* r) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points) {
-        return niederreiter_draw(place, points, n, static_cast<uint32_t*>(r));
-    });
 }
 
 }  // extern "C"

@@ -10,12 +10,11 @@
 #include <utility>
 
 #include "rng/generators/to_real.h"
-#include "rng/generators/words.h"
-#include "rng/quasi/quasi_state.h"
+#include "rng/quasi/quasi_generator.h"
 #include "service/service.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 template <class T>
 struct QuasiScale;
@@ -26,11 +25,7 @@ struct QuasiScale<double> {
 
     QuasiScale(double a, double b) : origin(a), scale((b - a) * 0x1p-31) {}
     double operator()(uint32_t x) const { return __builtin_fma(scale, static_cast<double>(x >> 1), origin); }
-    void store_block(double* r, U32 x) const {
-        const F64 s = broadcast(scale), o = broadcast(origin);
-        store(r, fma(signed_to_double(lower_half(x >> 1)), s, o));
-        store(r + kLanes64, fma(signed_to_double(upper_half(x >> 1)), s, o));
-    }
+    PairF64 operator()(U32 x) const { return fused(signed_to_doubles(x >> 1), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
@@ -41,54 +36,100 @@ struct QuasiScale<float> {
     float operator()(uint32_t x) const {
         return __builtin_fmaf(scale, static_cast<float>(static_cast<int32_t>(x >> 1)), origin);
     }
-    void store_block(float* r, U32 x) const {
-        store(r, fma(signed_to_float(x >> 1), broadcast(scale), broadcast(origin)));
-    }
+    F32 operator()(U32 x) const { return fused(signed_to_float(x >> 1), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
-struct QuasiScale<uint32_t> : RawWords {
-    QuasiScale(uint32_t, uint32_t) {}
-};
-
-// The first count numbers of a vector, count below kLanes32.
-template <class Map, class T>
-inline void store_part(const Map& map, T* r, U32 x, int count) {
-    T numbers[kLanes32];
-    map.store_block(numbers, x);
-#ifdef __AVX512F__
-    if constexpr (sizeof(T) == 4) {
-        store_first(r, load<U32>(numbers), count);
-    } else {
-        store_first(r, load<U32>(numbers), std::min(2 * count, kLanes32));
-        if (2 * count > kLanes32) store_first(r + kLanes64, load<U32>(numbers + kLanes64), 2 * count - kLanes32);
-    }
-#else
-    for (int i = 0; i < count; ++i) r[i] = numbers[i];
-#endif
-}
+struct QuasiScale<uint32_t> : RawWords {};
 
 // What the parallel loop runs for one block of dimensions.
 struct ParallelBodies {
     nax_serv_chunk_body aligned, unaligned;
 };
 
-// ---- One point ---------------------------------------------------------------------------------------------------------
+// ---- Point by point ----------------------------------------------------------------------------------------------------
 
 template <class Map, class T>
 inline void put_coordinates(const PointSet& points, int first, int count, T* r, const Map& map) {
-    if (points.by_bit()) return convert_words(map, points.x + first, r, count);
+    if (points.by_bit()) return map_words(points.x + first, count, r, map);
     for (int i = 0; i < count; ++i) r[i] = map(points.coordinate(first + i));
 }
 
-inline void step_point(const PointSet& points, int dimension, uint32_t counter) {
-    const int bit = gray_step(counter);
-    for (int d = 0; d < dimension; ++d) points.coordinate(d) ^= points.direction(bit, d);
+// One point of coordinates that stand next to each other, and the step to the next.
+template <class Map, class T>
+NAX_VEC void put_point(const PointSet& points, int dimension, uint32_t counter, T* r, const Map& map) {
+    const uint32_t* const row = points.directions + static_cast<long>(gray_step(counter)) * points.bit_stride;
+    for (int d = 0; d < dimension; d += kLanes32) {
+        const U32 x = load<U32>(points.x + d);
+        if (dimension - d < kLanes32) put(r + d, dimension - d, map(x));
+        else put(r + d, map(x));
+        store(points.x + d, x ^ load<U32>(row + d));
+    }
+}
+
+// One coordinate of successive points; returns its word in the point after them.
+template <class Map, class T>
+inline uint32_t put_coordinate(const PointSet& points, int d, uint32_t counter, int64_t count, T* r, const Map& map) {
+    uint32_t x = points.coordinate(d);
+    for (int64_t i = 0; i < count; ++i) {
+        r[i] = map(x);
+        x ^= points.direction(gray_step(counter++), d);
+    }
+    return x;
+}
+
+// Points of coordinates that stand next to each other and fill so many vectors, the last of them with `part` (1 and up).
+template <int vectors, class Map, class T>
+void put_points(const PointSet& points, int dimension, uint32_t counter, int64_t count, T* r, const Map& map) {
+    U32 x[vectors];
+#pragma GCC unroll 16
+    for (int v = 0; v < vectors; ++v) x[v] = load<U32>(points.x + v * kLanes32);
+    const int part = dimension - (vectors - 1) * kLanes32;
+    for (; count > 0; --count, r += dimension) {
+        const uint32_t* const row = points.directions + static_cast<long>(gray_step(counter++)) * points.bit_stride;
+#pragma GCC unroll 16
+        for (int v = 0; v < vectors; ++v) {
+            if (v + 1 < vectors) put(r + v * kLanes32, map(x[v]));
+            else put(r + v * kLanes32, part, map(x[v]));
+            x[v] ^= load<U32>(row + v * kLanes32);
+        }
+    }
+#pragma GCC unroll 16
+    for (int v = 0; v < vectors; ++v) store(points.x + v * kLanes32, x[v]);
+}
+
+inline constexpr int kPointDimensions = 64;  // that fit in registers
+
+// Whole points without any preparation.
+template <class Map, class T>
+void put_single_points(const PointSet& points, int dimension, uint32_t counter, int64_t count, T* r, const Map& map) {
+    if (dimension == 1) {
+        points.coordinate(0) = put_coordinate(points, 0, counter, count, r, map);
+        return;
+    }
+    if (points.by_bit() && dimension <= kPointDimensions) {
+        const auto with = [&]<int vectors>() { put_points<vectors>(points, dimension, counter, count, r, map); };
+        switch ((dimension + kLanes32 - 1) / kLanes32) {
+            case 1: return with.template operator()<1>();
+            case 2: return with.template operator()<2>();
+            case 3: return with.template operator()<3>();
+            case 4: return with.template operator()<4>();
+            case 5: return with.template operator()<kLanes32 == 8 ? 5 : 1>();
+            case 6: return with.template operator()<kLanes32 == 8 ? 6 : 1>();
+            case 7: return with.template operator()<kLanes32 == 8 ? 7 : 1>();
+            default: return with.template operator()<kLanes32 == 8 ? 8 : 1>();
+        }
+    }
+    for (; count > 0; --count, r += dimension) {
+        put_coordinates(points, 0, dimension, r, map);
+        step_point(points, dimension, counter++);
+    }
 }
 
 // ---- Few dimensions: lanes across time ---------------------------------------------------------------------------------
 
 inline constexpr int kBlockPoints = 16;
+inline constexpr int kWorthwhileBlocks = 3;  // that pay for the pattern
 inline constexpr int kLowDimensions = kBlockPoints;  // from here on lanes are coordinates
 
 constexpr int greatest_common_divisor(int a, int b) { return b == 0 ? a : greatest_common_divisor(b, a % b); }
@@ -169,7 +210,7 @@ inline void put_blocks(const PointSet& points, uint32_t counter, int64_t blocks,
         const U32* const step = steps.of(gray_step(counter + kBlockPoints - 1));
 #pragma GCC unroll 32
         for (int v = 0; v < Layout::kVectors; ++v) {
-            map.store_block(r + v * kLanes32, x[v]);
+            put(r + v * kLanes32, map(x[v]));
             x[v] ^= step[v % Layout::kPhases];
         }
     }
@@ -182,15 +223,13 @@ template <int dimension, class Map, class T>
 void _QrngMainDim(const PointSet& points, int, uint32_t counter, int64_t count, T* r, const Map& map,
                   const ParallelBodies&) {
     const auto single = [&](int64_t n) {
-        for (; n > 0; --n, ++counter, r += dimension) {
-            put_coordinates(points, 0, dimension, r, map);
-            step_point(points, dimension, counter);
-        }
+        put_single_points(points, dimension, counter, n, r, map);
+        counter += static_cast<uint32_t>(n);
+        r += n * dimension;
     };
-    constexpr int64_t kWorthwhile = 3;  // blocks that pay for the pattern
     const int64_t before = -counter & (kBlockPoints - 1);
     const int64_t blocks = (count - before) / kBlockPoints;
-    if (blocks < kWorthwhile) return single(count);
+    if (blocks < kWorthwhileBlocks) return single(count);
     single(before);
     put_blocks<dimension>(points, counter, blocks, r, map);
     counter += static_cast<uint32_t>(blocks * kBlockPoints);
@@ -254,10 +293,10 @@ inline void put_columns(const ManyDimensions<Map, T>& job, BlockRows& rows, T* r
     uint32_t counter = job.counter;
     for (int64_t i = 0; i < job.count; ++i, r += job.dimension) {
 #pragma GCC unroll 8
-        for (int v = 0; v + 1 < vectors; ++v) job.map.store_block(r + v * kLanes32, x[v]);
+        for (int v = 0; v + 1 < vectors; ++v) put(r + v * kLanes32, job.map(x[v]));
         T* const last = r + (vectors - 1) * kLanes32;
-        if (part == 0) job.map.store_block(last, x[vectors - 1]);
-        else store_part(job.map, last, x[vectors - 1], part);
+        if (part == 0) put(last, job.map(x[vectors - 1]));
+        else put(last, part, job.map(x[vectors - 1]));
         const uint32_t* const row = rows.row(gray_step(counter++));
 #pragma GCC unroll 8
         for (int v = 0; v < vectors; ++v) x[v] ^= load<U32>(row + v * kLanes32);
@@ -299,8 +338,11 @@ void kernel_aligned(int block, int64_t, int64_t, void* context) {
     put_dimensions(job, block, after);
 }
 
-template <class Map, class T>
-constexpr ParallelBodies kParallelBodies = {kernel_aligned<Map, T>, kernel_unaligned<Map, T>};
+// A sequence may have bodies of other names.
+template <class Sequence, class T>
+inline ParallelBodies bodies_of(bool) {
+    return {kernel_aligned<QuasiScale<T>, T>, kernel_unaligned<QuasiScale<T>, T>};
+}
 
 // True if the job ran on several threads.
 template <class Map, class T>
@@ -308,9 +350,10 @@ bool run_on_threads(ManyDimensions<Map, T>& job, int blocks, const ParallelBodie
     if (!worth_threading(job.count, job.dimension)) return false;
     const auto limit = reinterpret_cast<nax_serv_threads_limit_function>(
         nax_serv_load_thread_fun("nax_sto_serv_threader_get_num_threads_limit"));
-    if (limit() <= 1) return false;
+    if (limit == nullptr || limit() <= 1) return false;
     const auto parallel_for = reinterpret_cast<nax_serv_parallel_for_function>(
         nax_serv_load_thread_fun("nax_sto_serv_threader_for"));
+    if (parallel_for == nullptr) return false;
     const bool aligned = reinterpret_cast<uintptr_t>(job.r) % 64 == 0 &&
                          static_cast<uint64_t>(job.dimension) * sizeof(T) % 64 == 0;
     parallel_for(blocks, 0, &job, aligned ? bodies.aligned : bodies.unaligned);
@@ -323,6 +366,7 @@ void _QrngMainDim16(const PointSet& points, int dimension, uint32_t counter, int
     ManyDimensions<Map, T> job = {points, counter, dimension, count, r, map};
     const int blocks = (dimension + kBlockDimensions - 1) / kBlockDimensions;
     if (run_on_threads(job, blocks, bodies)) return set_point(points, dimension, counter + static_cast<uint32_t>(count));
+    if (dimension <= kPointDimensions) return put_single_points(points, dimension, counter, count, r, map);
     for (int block = 0; block < blocks; ++block) {
         alignas(64) uint32_t after[kBlockDimensions];
         put_dimensions(job, block, after);
@@ -346,16 +390,28 @@ constexpr std::array<QrngMain<Map, T>, 16> qrng_main_dispatch(std::integer_seque
 template <class Map, class T>
 constexpr auto _QrngMainDispatch = qrng_main_dispatch<Map, T>(std::make_integer_sequence<int, 15>{});
 
+// Of one coordinate alone. The whole point moves along, so that another coordinate can be selected later.
+template <class T, class Map>
+void draw_selected(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map, const ParallelBodies& bodies) {
+    const int dimension = static_cast<int>(place.dimension);
+    if (n >= kWorthwhileBlocks * kBlockPoints) {
+        _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
+        place.counter += static_cast<uint32_t>(n);
+        return set_point(points, dimension, place.counter);
+    }
+    put_coordinate(points, place.selected, place.counter, n, r, map);
+    place.counter += static_cast<uint32_t>(n);
+    set_point(points, dimension, place.counter);
+}
+
 // The next n numbers of a stream, n at least 1.
-template <class T, class Map = QuasiScale<T>>
-int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
-                const ParallelBodies& bodies = kParallelBodies<Map, T>) {
+template <class T, class Map>
+[[gnu::noinline]] int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
+                const ParallelBodies& bodies) {
     if (place.counter + static_cast<uint64_t>(n) > kLastCounter) return STO_STATUS_QRNG_PERIOD_ELAPSED;
     const int dimension = static_cast<int>(place.dimension);
     if (place.selected >= 0) {
-        _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
-        place.counter += static_cast<uint32_t>(n);
-        set_point(points, dimension, place.counter);
+        draw_selected(place, points, n, r, map, bodies);
         return STO_STATUS_OK;
     }
     if (place.position > 0) {
@@ -380,5 +436,42 @@ int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Ma
     return STO_STATUS_OK;
 }
 
-}  // namespace NAX_RNG_ISA
+// A call of a stream of that sequence.
+template <class Sequence, class T, class... Interval>
+int draw_quasi(Stream* stream, int n, T* r, Interval... interval) {
+    if (n < 1) return STO_STATUS_OK;
+    PointSet points{};
+    bool user = false;
+    if (!find_points<Sequence>(stream, points, user)) return STO_STATUS_NO_MEMORY;
+    const QuasiScale<T> map(interval...);
+    QuasiPlace& place = payload<typename Sequence::State>(stream).place;
+    const int dimension = static_cast<int>(place.dimension);
+    // A point a call, and a number a call of a selected coordinate.
+    if (points.by_bit() && place.counter + static_cast<uint64_t>(n) <= kLastCounter) {
+        if (place.selected < 0 && n == dimension && place.position == 0 && dimension <= kPointDimensions) {
+            put_point(points, dimension, place.counter++, r, map);
+            return STO_STATUS_OK;
+        }
+        if (place.selected >= 0 && n == 1) {
+            r[0] = map(points.coordinate(place.selected));
+            step_point(points, dimension, place.counter++);
+            return STO_STATUS_OK;
+        }
+    }
+    return draw_points(place, points, n, r, map, bodies_of<Sequence, T>(user));
+}
+
+}  // namespace NAX_ISA
 }  // namespace nax::rng
+
+// Spells the output functions of a sequence's generator.
+#define NAX_QUASI_OUTPUT(name, Sequence)                                                        \
+    extern "C" int __stosBRng##name(nax_stream* stream, int n, float* r, float a, float b) {    \
+        return draw_quasi<Sequence>(stream, n, r, a, b);                                        \
+    }                                                                                           \
+    extern "C" int __stodBRng##name(nax_stream* stream, int n, double* r, double a, double b) { \
+        return draw_quasi<Sequence>(stream, n, r, a, b);                                        \
+    }                                                                                           \
+    extern "C" int __stoiBRng##name(nax_stream* stream, int n, void* r) {                       \
+        return draw_quasi<Sequence>(stream, n, static_cast<uint32_t*>(r));                      \
+    }

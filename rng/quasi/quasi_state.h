@@ -66,12 +66,34 @@ inline PointSet points_by_dimension(uint32_t* rows) { return {rows + kDirectionB
 
 // A block of the current point and the rows by bit, each of so many words.
 inline int work_stride(int dimension) { return (dimension + 15) / 16 * 16; }
+inline uint64_t work_words(uint64_t dimension) { return (dimension + 15) / 16 * 16 * (kDirectionBits + 1); }
 inline PointSet points_in_work(uint32_t* work, int dimension) {
     return {work, work + work_stride(dimension), work_stride(dimension), 1};
 }
 
 // Turns rows by dimension into the rows by bit of `points` and sets the first point.
 void start_points(const uint32_t* rows, int dimension, uint32_t* bit_rows, const PointSet& points);
+
+// Adds a row of direction numbers to the coordinates that stand next to each other. Both are whole groups of 16 words, a
+// constant number that the compiler makes vectors of.
+inline void add_row(uint32_t* __restrict x, const uint32_t* __restrict row, int dimension) {
+    for (int d = 0; d < dimension; d += 16) {
+        for (int i = 0; i < 16; ++i) x[d + i] ^= row[d + i];
+    }
+}
+
+// From a point to the one whose Gray code differs in that bit.
+inline void add_directions(const PointSet& points, int dimension, int bit) {
+    if (points.by_bit()) {
+        return add_row(points.x, points.directions + static_cast<long>(bit) * points.bit_stride, dimension);
+    }
+    for (int d = 0; d < dimension; ++d) points.coordinate(d) ^= points.direction(bit, d);
+}
+
+// From point `counter` to the next one.
+inline void step_point(const PointSet& points, int dimension, uint32_t counter) {
+    add_directions(points, dimension, gray_step(counter));
+}
 
 // Sets the point of a counter, whatever the present one is.
 void set_point(const PointSet& points, int dimension, uint32_t counter);

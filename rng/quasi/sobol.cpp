@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "rng/quasi/user_parameters.h"
+#include "rng/quasi/quasi_generator.h"
 #include "service/block.h"
 
 #include "rng/quasi/sobol_tables.inc"
@@ -41,10 +41,6 @@ struct Accepts {
         }
     }
 };
-
-QuasiRequest request(int n, const uint32_t* params) {
-    return read_request(n, params, 4, kTableDimensions, Accepts{static_cast<uint64_t>(std::max(n, 0)), params});
-}
 
 // Where the polynomials and initial numbers of the dimensions stand.
 struct Source {
@@ -108,34 +104,33 @@ bool fill_row(const Source& source, uint32_t dimension, uint32_t* row) {
     return recur(source.polynomials[index], source.numbers + index * source.per_dimension, source.per_dimension, row);
 }
 
-int fill_rows(const Source& source, uint32_t dimension, uint32_t* rows) {
-    for (uint32_t d = 0; d < dimension; ++d) {
+}  // namespace
+
+QuasiRequest Sobol::request(int n, const uint32_t* params) {
+    return read_request(n, params, 4, kTableDimensions, Accepts{static_cast<uint64_t>(std::max(n, 0)), params});
+}
+
+int Sobol::fill(const QuasiRequest& wanted, const uint32_t* params, uint32_t* rows) {
+    const Source source = wanted.user == kNoUserData ? Source() : Source(wanted, params);
+    for (uint32_t d = 0; d < wanted.dimension; ++d) {
         if (!fill_row(source, d, rows + std::size_t{d} * kDirectionRow)) return STO_STATUS_BAD_ARGUMENT;
     }
     return STO_STATUS_OK;
 }
 
-int fill_stream(Stream* stream, const Source& source, uint32_t dimension) {
-    SobolState& state = payload<SobolState>(stream);
-    const int status = fill_rows(source, dimension, state.directions[0]);
-    if (status < 0) return status;
-    start_points(state.directions[0], static_cast<int>(dimension), state.bit_rows[0], default_points(state));
-    return STO_STATUS_OK;
-}
-
 // Streams of more dimensions than the payload holds: the direction numbers are shared between copies, the point and the rows
 // by bit are the stream's own.
-int make_chunks(Stream* stream, int n, const uint32_t* params, uint32_t dimension) {
+int Sobol::add_chunks(Stream* stream, int n, const uint32_t* params, uint32_t dimension) {
     const uint64_t row_words = uint64_t{dimension} * kDirectionRow;
-    const uint64_t work_words = (uint64_t{dimension} + 15) / 16 * 16 * (kDirectionBits + 1);
-    if (std::max(row_words, work_words) * sizeof(uint32_t) > INT32_MAX) return STO_STATUS_NO_MEMORY;
-    service::Block<uint32_t> rows(row_words), work(work_words);
+    const uint64_t own_words = work_words(dimension);
+    if (std::max(row_words, own_words) * sizeof(uint32_t) > INT32_MAX) return STO_STATUS_NO_MEMORY;
+    service::Block<uint32_t> rows(row_words), work(own_words);
     if (!rows || !work) return STO_STATUS_NO_MEMORY;
     int status = __stoSobolUserPolymsDirNumsChunk(stream, n, params, rows.get(), work.get());
     if (status < 0) return status;
 
     status = __stoAddChunk(stream, static_cast<uint32_t>(ChunkId::kSobolWork), nullptr, work.get(),
-                           static_cast<int>(work_words * sizeof(uint32_t)));
+                           static_cast<int>(own_words * sizeof(uint32_t)));
     if (status < 0) return status;
     work.detach();
     uint64_t identity[2];
@@ -143,101 +138,34 @@ int make_chunks(Stream* stream, int n, const uint32_t* params, uint32_t dimensio
     status = __stoAddChunk(stream, static_cast<uint32_t>(ChunkId::kSobolDirections), identity, rows.get(),
                            static_cast<int>(row_words * sizeof(uint32_t)));
     if (status < 0) {
-        __stoDeleteChunksById(stream, static_cast<uint32_t>(ChunkId::kSobolWork));
+        drop_chunks(stream, ChunkId::kSobolWork);
         return status;
     }
     rows.detach();
     return STO_STATUS_OK;
 }
 
-int seed(Stream* stream, int n, const uint32_t* params) {
-    const QuasiRequest wanted = request(n, params);
-    SobolState& state = payload<SobolState>(stream);
-    state = {};
-    state.place.counter = 1;
-    state.place.dimension = wanted.dimension;
-    state.place.selected = -1;
-    if (wanted.user == kNoUserData) return fill_stream(stream, Source(), wanted.dimension);
-    if (wanted.dimension <= kTableDimensions) return __stoSobolUserPolyms(stream, n, params);
-    return make_chunks(stream, n, params, wanted.dimension);
-}
-
-// The chunks, if both are there, make it a stream of the user form.
-bool find_points(Stream* stream, PointSet& points, bool& user) {
-    SobolState& state = payload<SobolState>(stream);
-    uint32_t* const work = static_cast<uint32_t*>(find_chunk(stream, ChunkId::kSobolWork));
-    user = work != nullptr && find_chunk(stream, ChunkId::kSobolDirections) != nullptr;
-    points = user ? points_in_work(work, static_cast<int>(state.place.dimension)) : default_points(state);
-    return user || state.place.dimension <= kTableDimensions;
-}
-
-// draw(place, points, user) on a stream whose chunks are complete.
-template <class Draw>
-int on_points(Stream* stream, const Draw& draw) {
-    PointSet points{};
-    bool user = false;
-    if (!find_points(stream, points, user)) return STO_STATUS_NO_MEMORY;
-    return draw(payload<SobolState>(stream).place, points, user);
-}
-
-}  // namespace
-
 }  // namespace nax::rng
 
 using namespace nax::rng;
 
+NAX_GENERATOR(Sobol, QuasiGenerator<nax::rng::Sobol>)
+
 extern "C" {
 
 int __stoSobolUserPolyms(nax_stream* stream, int n, const uint32_t* params) {
-    const QuasiRequest wanted = request(n, params);
-    return fill_stream(stream, Source(wanted, params), std::min(wanted.dimension, kTableDimensions));
+    return QuasiGenerator<Sobol>::fill_payload(stream, Sobol::request(n, params), params);
 }
 
 int __stoSobolUserPolymsDirNumsChunk(nax_stream*, int n, const uint32_t* params, uint32_t* block, uint32_t* work) {
-    const QuasiRequest wanted = request(n, params);
-    const int status = fill_rows(Source(wanted, params), wanted.dimension, block);
+    const QuasiRequest wanted = Sobol::request(n, params);
+    const int status = Sobol::fill(wanted, params, block);
     if (status < 0) return status;
     const int dimension = static_cast<int>(wanted.dimension);
     const PointSet points = points_in_work(work, dimension);
     std::fill_n(work, std::size_t{kDirectionBits + 1} * static_cast<std::size_t>(work_stride(dimension)), 0u);
     start_points(block, dimension, work + work_stride(dimension), points);
     return STO_STATUS_OK;
-}
-
-int __stoBRngSobolInitStream(int method, nax_stream* stream, int n, const void* params) {
-    QuasiPlace& place = payload<SobolState>(stream).place;
-    switch (method) {
-        case NAX_INIT_STANDARD: return seed(stream, n, static_cast<const uint32_t*>(params));
-        case NAX_INIT_LEAPFROG: return select_coordinate(place, *static_cast<const uint32_t*>(params), n);
-        case NAX_INIT_SKIPAHEAD:
-            if (n < 1) return STO_STATUS_NO_SKIPAHEAD;
-            return on_points(stream, [&](QuasiPlace& at, const PointSet& points, bool) {
-                return skip_points(at, points, *static_cast<const uint64_t*>(params));
-            });
-        case NAX_INIT_SKIPAHEADEX: return STO_STATUS_NO_SKIPAHEADEX;
-        default: return STO_STATUS_BAD_METHOD;
-    }
-}
-
-int __stosBRngSobol(nax_stream* stream, int n, float* r, float a, float b) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points, bool user) {
-        return sobol_draw(place, points, n, r, a, b, user);
-    });
-}
-
-int __stodBRngSobol(nax_stream* stream, int n, double* r, double a, double b) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points, bool) {
-        return sobol_draw(place, points, n, r, a, b);
-    });
-}
-
-int __stoiBRngSobol(nax_stream* stream, int n, void* r) {
-    if (n < 1) return STO_STATUS_OK;
-    return on_points(stream, [&](QuasiPlace& place, const PointSet& points, bool) {
-        return sobol_draw(place, points, n, static_cast<uint32_t*>(r));
-    });
 }
 
 }  // extern "C"

@@ -24,17 +24,15 @@ void __sto_sobol_s_user_kernel_unaligned(int block, int64_t, int64_t, void* cont
 }  // extern "C"
 
 namespace nax::rng {
+inline namespace NAX_ISA {
 
-int sobol_draw(QuasiPlace& place, const PointSet& points, int n, uint32_t* r) {
-    return draw_points(place, points, n, r, QuasiScale<uint32_t>(0, 0));
-}
-int sobol_draw(QuasiPlace& place, const PointSet& points, int n, double* r, double a, double b) {
-    return draw_points(place, points, n, r, QuasiScale<double>(a, b));
-}
-int sobol_draw(QuasiPlace& place, const PointSet& points, int n, float* r, float a, float b, bool user) {
-    static constexpr ParallelBodies kDefault = {__sto_sobol_s_default_kernel_aligned, __sto_sobol_s_default_kernel_unaligned};
-    static constexpr ParallelBodies kUser = {__sto_sobol_s_user_kernel_aligned, __sto_sobol_s_user_kernel_unaligned};
-    return draw_points(place, points, n, r, QuasiScale<float>(a, b), user ? kUser : kDefault);
+template <>
+inline ParallelBodies bodies_of<Sobol, float>(bool user) {
+    if (user) return {__sto_sobol_s_user_kernel_aligned, __sto_sobol_s_user_kernel_unaligned};
+    return {__sto_sobol_s_default_kernel_aligned, __sto_sobol_s_default_kernel_unaligned};
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::rng
+
+NAX_QUASI_OUTPUT(Sobol, nax::rng::Sobol)

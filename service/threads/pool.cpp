@@ -3,18 +3,27 @@
 // Items are dealt out in contiguous ranges fixed by count and number of threads, so that whatever a body keeps for its
 // thread is the same in every run. The chunks of the pair have no thread of their own and go to whoever is free.
 #include <omp.h>
+#include <pthread.h>
 
 #include "service/futex.h"
 #include "service/service.h"
 #include "service/threads/component.h"
-#include "service/threads/control_words.h"
+#include "service/threads/callers_words.h"
 
 namespace {
 
 using nax::service::ControlWords;
 
+// A forked child has none of the threads that its parent's pool had, and the runtime would wait for them: there everything
+// runs on the calling thread.
+bool in_forked_child = false;
+
+__attribute__((constructor)) void watch_forks() {
+    pthread_atfork(nullptr, nullptr, [] { in_forked_child = true; });
+}
+
 // Inside a parallel region the pool is busy already: the caller is one of its threads.
-int threads_limit() { return omp_in_parallel() ? 1 : omp_get_max_threads(); }
+int threads_limit() { return in_forked_child || omp_in_parallel() ? 1 : omp_get_max_threads(); }
 
 int clamp_threads(int wanted, int64_t work) {
     const int limit = omp_in_parallel() ? 1 : omp_get_thread_limit();
@@ -54,6 +63,7 @@ __attribute__((no_sanitize("thread"))) void run_team(int threads, Team* team) {
 }
 
 void region(int threads, void* context, nax_region_body body) {
+    if (in_forked_child) return body(0, 1, context);
     Team team(context, body);
     run_team(clamp_threads(threads, INT32_MAX), &team);
     (void)team.finished_threads();

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/emulator/op.h"
+#include "tools/interpreter/op.h"
 
 asm(R"(
     .pushsection .rodata

@@ -110,7 +110,8 @@ template <class T>
 unsigned scaling_flags(T a, T b) {
     if (signals(a) || signals(b)) return kInvalid;
     if (std::isnan(a) || std::isnan(b)) return 0;
-    if (std::isinf(b)) return (b > 0 ? a == 0 : std::isinf(a)) ? kInvalid : 0;
+    const unsigned denormal = std::fpclassify(a) == FP_SUBNORMAL ? kDenormal : 0;
+    if (std::isinf(b)) return (b > 0 ? a == 0 : std::isinf(a)) ? kInvalid : denormal;
     unsigned short status;
     asm volatile("fnclex");
     volatile T r = scaled(a, b);
@@ -118,7 +119,7 @@ unsigned scaling_flags(T a, T b) {
     asm volatile("fnstsw %0" : "=m"(status));
     asm volatile("fnclex");
     constexpr unsigned rounding_flags = 8 | 16 | 32;
-    return (status & rounding_flags) | (std::fpclassify(a) == FP_SUBNORMAL ? kDenormal : 0u);
+    return (status & rounding_flags) | denormal;
 }
 
 TEST(EmulatorParts, Scaling) {

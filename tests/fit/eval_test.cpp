@@ -319,19 +319,113 @@ TYPED_TEST(EvalOf, StatusesComeInOrder) {
     task->s_type = 2;
     EXPECT_EQ(run(task, 1, 1, site, nullptr, r, 16), DfStatusBadType);
     task->s_order = 4;
-    EXPECT_EQ(run(task, 1, 1, site, nullptr, r, 16), DfStatusMemory);
+    const std::vector<T> block(65, site[0]);
+    std::vector<T> results(block.size());
+    EXPECT_EQ(run(task, 1, 65, block.data(), nullptr, results.data(), 16), DfStatusMemory);
+}
+
+// Calls of any length give the bits of a long call: of one site, of a few, of a block.
+TYPED_TEST(EvalOf, ShortCallsGiveTheBitsOfLongOnes) {
+    using T = TypeParam;
+    const std::vector<std::vector<int>> flags{{}, {1}, {0, 1}, {1, 1, 1}, {0, 0, 1, 1}, {1, 0, 0, 1, 1}};
+    for (const auto& [order, type] : std::vector<std::array<int64_t, 2>>{{2, 0}, {3, 0}, {3, 1}, {4, 5}, {6, 0}, {0, 7}, {0, 8}})
+        for (const bool uniform : {false, true})
+            for (const int64_t rhint : {16, 32, 256, 512})
+                for (const auto& requested : flags) {
+                    Spline<T> spline(30, order, type, 3, uniform);
+                    if (type == 1) spline.task->ic_type = 8;
+                    spline.rhint = rhint;
+                    std::vector<T> sites = random_values<T>(200, T(-2), T(32), 8);
+                    for (std::size_t i = 0; i < 30; ++i) sites[3 * i] = static_cast<T>(i);
+                    sites[1] = nan_of<T>, sites[2] = infinity_of<T>, sites[4] = -infinity_of<T>;
+                    int64_t nder = 0;
+                    for (const int flag : requested) nder += flag;
+                    nder = std::max<int64_t>(nder, 1);
+                    const auto at = [&](int64_t n, int64_t i, int64_t j, int64_t d) {
+                        const int64_t ny = 3;
+                        return static_cast<std::size_t>(rhint == 16    ? (j * n + i) * nder + d
+                                                        : rhint == 32  ? (j * nder + d) * n + i
+                                                        : rhint == 256 ? (i * ny + j) * nder + d
+                                                                       : (i * nder + d) * ny + j);
+                    };
+                    const std::vector<T> expected = spline.run(sites, requested);
+                    for (const int64_t n : {1, 2, 5, 16, 17, 63}) {
+                        for (int64_t first = 0; first + n <= 200; first += n) {
+                            const std::vector<T> part(sites.begin() + first, sites.begin() + first + n);
+                            const std::vector<T> r = spline.run(part, requested);
+                            for (int64_t i = 0; i < n; ++i)
+                                for (int64_t j = 0; j < 3; ++j)
+                                    for (int64_t d = 0; d < nder; ++d) {
+                                        const T a = r[at(n, i, j, d)], b = expected[at(200, first + i, j, d)];
+                                        ASSERT_TRUE(a == b || (a != a && b != b))
+                                            << order << " " << type << " n " << n << " site " << part[static_cast<std::size_t>(i)]
+                                            << " order " << d << ": " << a << " " << b;
+                                    }
+                        }
+                    }
+                }
+}
+
+// The limit of a caller's table may change between two questions, and a table may lack its loop.
+TYPED_TEST(EvalOf, ThreadLimitIsAskedOnceAndNeedsALoop) {
+    using T = TypeParam;
+    static int asked;
+    Spline<T> spline(40, 4, 2, 7, false);
+    const std::vector<T> sites = random_values<T>(3000, spline.x.front(), spline.x.back(), 3);
+    std::vector<T> expected(3 * 7 * sites.size()), r(expected.size());
+    for (const int64_t rhint : {16, 32, 256, 512}) {
+        spline.rhint = rhint;
+        spline.threaders = nullptr;
+        ASSERT_EQ(spline.interpolate(sites.data(), 3000, {1, 1, 1}, expected.data()), 0);
+        nax_threaders rising = pool(), no_loop = pool();
+        rising.max_threads = [] { return asked++ == 0 ? 1 : 8; };
+        no_loop.max_threads = [] { return 8; };
+        no_loop.parallel_for = nullptr;
+        for (const nax_threaders* table : {&rising, &no_loop}) {
+            asked = 0;
+            spline.threaders = table;
+            std::fill(r.begin(), r.end(), T(0));
+            ASSERT_EQ(spline.interpolate(sites.data(), 3000, {1, 1, 1}, r.data()), 0);
+            EXPECT_EQ(r, expected);
+            EXPECT_LE(asked, 1);
+        }
+    }
+}
+
+// Sums of derivative flags and numbers of coefficients that wrap.
+TYPED_TEST(EvalOf, ImpossibleCountsAreRefused) {
+    using T = TypeParam;
+    Spline<T> spline(10, 4, 2, 2, false);
+    const std::vector<T> sites{1, 2, 3};
+    std::vector<T> r(64, T(-7));
+    const auto status = [&](const std::vector<int64_t>& flags, int64_t rhint) {
+        return Fit<T>::interpolate(spline.task.get(), 1, 0, 3, sites.data(), 0, 3, flags.data(), nullptr, r.data(), rhint,
+                                   nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr);
+    };
+    for (const int64_t rhint : {16, 32, 256, 512})
+        for (const int64_t many : {INT64_MAX, INT64_MAX / 2 + 1})
+            EXPECT_EQ(status({many, many, many}, rhint), DfStatusMemory);
+    EXPECT_EQ(status({INT64_MIN, INT64_MIN, -1}, 16), 0);  // no flag set: the value
+    EXPECT_NE(r[0], T(-7));
+    std::fill(r.begin(), r.end(), T(-7));
+    for (const int64_t order : {INT64_MAX, INT64_MAX / 10 + 1, int64_t{1} << 60}) {
+        Fit<T>::edit_spline(spline.task.get(), order, 0, 0, nullptr, 0, nullptr, r.data(), 0);
+        EXPECT_EQ(spline.interpolate(sites.data(), 3, {1}, r.data()), DfStatusBadOrder);
+    }
+    EXPECT_EQ(r, std::vector<T>(64, T(-7)));
 }
 
 TYPED_TEST(EvalOf, MemoryFailuresComputeNothing) {
     using T = TypeParam;
-    // Few planes fit the work block; many need a buffer of their own.
-    for (const auto& [ny, allocations] : std::vector<std::array<int64_t, 2>>{{2, 1}, {300, 2}}) {
+    // A block of sites with few planes needs none; few planes fit the work block; many need a buffer of their own.
+    for (const auto& [ny, n, allocations] : std::vector<std::array<int64_t, 3>>{{2, 64, 0}, {2, 65, 1}, {300, 65, 2}}) {
         Spline<T> spline(9, 4, 2, ny, false);
         spline.rhint = 256;
-        const std::vector<T> sites{1, 2, 3};
-        std::vector<T> r(static_cast<std::size_t>(3 * ny), T(-7));
-        const auto run = [&] {
-            const int32_t status = spline.interpolate(sites.data(), 3, {1}, r.data());
+        const std::vector<T> sites(static_cast<std::size_t>(n), T(3));
+        std::vector<T> r(static_cast<std::size_t>(n * ny), T(-7));
+        const auto run = [&, count = n] {
+            const int32_t status = spline.interpolate(sites.data(), count, {1}, r.data());
             EXPECT_TRUE(status == 0 || r == std::vector<T>(r.size(), T(-7)));
             return status;
         };

@@ -186,6 +186,39 @@ TYPED_TEST(SearchOf, UniformSearchIsTheRoundedFormula) {
     }
 }
 
+// Uniform partitions of more points than the significand, 32-bit cells or a vector's truncation count: their two ends
+// are all that is stored.
+TYPED_TEST(SearchOf, UniformSearchTellsInsideFromOutsideHoweverManyPoints) {
+    using T = TypeParam;
+    for (const int64_t nx : {int64_t{1} << 24, (int64_t{1} << 24) + 1, (int64_t{1} << 26) + 3, (int64_t{1} << 30) + 60,
+                             int64_t{INT32_MAX}, (int64_t{1} << 31) + 5, (int64_t{1} << 52) + 1, (int64_t{1} << 53) + 3,
+                             (int64_t{1} << 61) + 3, INT64_MAX})
+        for (const auto& [a, b] : {std::pair<T, T>(0, 1), {-3, 5}, {T(1e-20), T(7e-20)}, {T(-2e19), T(1e20)}}) {
+            const std::vector<T> ends{a, b};
+            OwnedTask task(ends, nx, 4);
+            std::vector<T> sites = {a, b, std::nextafter(b, infinity_of<T>), b + (b - a) / 4, infinity_of<T>};
+            const std::size_t outside = 2;
+            for (int k = 1; k < 16; ++k) sites.push_back(a + (b - a) * static_cast<T>(k) / 16);
+            for (const auto width : kWidths) {
+                if (width != fit::kWidth64 && nx >= INT32_MAX) continue;
+                const auto cells = cells_of<T>(task.get(), fit::kSearchUniform, width, sites,
+                                               static_cast<T>(nx - 1) / (b - a));
+                EXPECT_EQ(cells[0], 1);
+                EXPECT_EQ(cells[1], nx - 1);
+                // The first site beyond the end is told where the rounded product isn't asked.
+                if (nx > int64_t{1} << std::numeric_limits<T>::digits) {
+                    EXPECT_EQ(cells[outside], nx);
+                }
+                for (std::size_t i = outside + 1; i < 5; ++i) EXPECT_EQ(cells[i], nx) << "site " << sites[i];
+                for (std::size_t i = 5; i < sites.size(); ++i) {
+                    const double expected = static_cast<double>(nx) * static_cast<double>(i - 4) / 16;
+                    EXPECT_NEAR(static_cast<double>(cells[i]), expected,
+                                1 + 4 * static_cast<double>(std::numeric_limits<T>::epsilon()) * static_cast<double>(nx));
+                }
+            }
+        }
+}
+
 TYPED_TEST(SearchOf, EndsBelongToTheFirstAndLastCell) {
     using T = TypeParam;
     const std::vector<T> x{1, 2, 4, 8}, ends{1, 8}, sites{1, 8};
@@ -228,6 +261,44 @@ TYPED_TEST(SearchOf, BadInputTerminatesWithinBounds) {
                                 << "algorithm " << algorithm << " kind " << kind << " cell " << c;
                     }
             nax_df_kernel_DeleteTask(&task);
+        }
+    }
+}
+
+// A table made by the caller of the search kernels, as the pairs are defined: no head before it, spare pair of anything.
+TYPED_TEST(SearchOf, IndexOfTheCallerServes) {
+    using T = TypeParam;
+    for (const int64_t nx : {2, 17, 300, 5000}) {
+        Partition<T> p{"random", random_values<T>(nx, T(-4), T(9), 29)};
+        std::sort(p.x.begin(), p.x.end());
+        const int64_t nbins = std::clamp<int64_t>(nx / 16, 16, 1024);
+        const std::size_t length = static_cast<std::size_t>(2 * nbins + 4);
+        for (const int64_t rest : {int64_t{0}, int64_t{-1}, INT64_MIN, nx - 1}) {
+            GuardedBuffer<int64_t> table(length, Guard::kBefore);
+            const auto lo = [&](int64_t b) -> int64_t& { return table[static_cast<std::size_t>(2 * b)]; };
+            const auto hi = [&](int64_t b) -> int64_t& { return table[static_cast<std::size_t>(2 * b + 1)]; };
+            for (std::size_t k = 0; k < length; ++k) table[k] = k < 2 * static_cast<std::size_t>(nbins) ? -1 : rest;
+            lo(0) = 0;
+            const T scale = static_cast<T>(nbins) / (p.x.back() - p.x[0]);
+            for (int64_t i = 1; i < nx; ++i) {
+                const auto b = static_cast<int64_t>(scale * (p.x[static_cast<std::size_t>(i)] - p.x[0]));
+                if (b == 0) continue;
+                if (hi(b - 1) == -1) hi(b - 1) = i;
+                lo(b + 1) = i;
+            }
+            hi(nbins - 1) = nx - 1;
+            for (int64_t b = 1; b < nbins; ++b)
+                if (lo(b) == -1) lo(b) = lo(b - 1);
+            for (int64_t b = nbins - 2; b >= 0; --b)
+                if (hi(b) == -1) hi(b) = hi(b + 1);
+            lo(nbins) = lo(nbins - 1), hi(nbins) = hi(nbins - 1);
+
+            std::vector<T> sites = random_values<T>(200, T(-5), T(10), 31);
+            sites.insert(sites.end(), p.x.begin(), p.x.end());
+            nax_df_task bare{};
+            bare.nx = nx, bare.x = p.x.data(), bare.bin_table = table.data();
+            for (const auto width : kWidths)
+                expect_counted(p, sites, cells_of<T>(&bare, fit::kSearchHybrid, width, sites, scale), "caller's index");
         }
     }
 }

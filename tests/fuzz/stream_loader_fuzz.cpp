@@ -1,6 +1,6 @@
 // Feeds files of arbitrary bytes to the stream loader. A stream that comes back must work, be copied, saved and deleted; the
 // sanitizers watch the rest. Short runs belong to the tests, long ones are started by hand:
-//     cmake --preset asan -DNAX_SIMD=avx2 && ninja -C build/asan stream_loader_fuzz
+//     cmake --preset asan && ninja -C build/asan stream_loader_fuzz
 //     build/asan/bin/stream_loader_fuzz -max_len=100000 -max_total_time=3600 corpus
 #include <sys/mman.h>
 #include <unistd.h>

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)

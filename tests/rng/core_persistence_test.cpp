@@ -8,10 +8,10 @@
 #include <cstdio>
 #include <string>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "service/service.h"
 #include "tests/lib/failing_service.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {
@@ -183,6 +183,175 @@ TEST(Persistence, LanesAreRebuiltFromTheFirstOne) {
     }
 }
 
+// The image of a stream with further chunk records in front of its own.
+struct Record {
+    uint32_t id;
+    uint64_t identity[2];
+    Bytes data;
+};
+Bytes with_records(Bytes image, const std::vector<Record>& records) {
+    size_t at = kHeader + field<uint32_t>(image, kPayloadSizeAt);
+    set_field(image, kChunkCountAt, field<uint32_t>(image, kChunkCountAt) + static_cast<uint32_t>(records.size()));
+    for (const Record& record : records) {
+        Bytes bytes(kRecordHead);
+        set_field(bytes, 0, record.id);
+        set_field(bytes, 4, record.identity[0]);
+        set_field(bytes, 12, record.identity[1]);
+        set_field(bytes, 20, static_cast<uint32_t>(record.data.size()));
+        bytes.insert(bytes.end(), record.data.begin(), record.data.end());
+        image.insert(image.begin() + static_cast<long>(at), bytes.begin(), bytes.end());
+        at += bytes.size();
+    }
+    return image;
+}
+
+std::vector<const nax_stream_chunk*> chunks_of(const nax_stream* stream) {
+    std::vector<const nax_stream_chunk*> chunks;
+    for (const nax_stream_chunk* chunk = stream->chunks; chunk != nullptr; chunk = chunk->Next) chunks.push_back(chunk);
+    return chunks;
+}
+
+// Whatever identities an image claims: chunks that the library writes to are private, others share with their own size only.
+TEST(Persistence, IdentitiesNeverJoinBlocksOfDifferentSizes) {
+    const long live = live_blocks();
+    const int32_t entries = _GlobRODataTableCount;
+    for (const uint32_t id : {1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 13u, 14u, 500u}) {
+        for (const size_t other : {size_t{0}, size_t{4}, size_t{4096}}) {
+            const TestStream wh(NAX_BRNG_WH, {5});
+            const int fixed = rng::chunk_size(static_cast<rng::ChunkId>(id));
+            Bytes data(fixed != 0 ? static_cast<size_t>(fixed) : 640, 0x11);
+            const Record joined = {id, {7, 7}, data};
+            const Bytes image = with_records(image_of(wh), {{500, {7, 7}, Bytes(other, 0x22)}, joined, joined});
+            nax_stream* loaded = nullptr;
+            ASSERT_EQ(__stoLoadStreamM(&loaded, image.data()), STO_STATUS_OK) << id;
+            const TestStream owner(loaded), copied = owner.copy();
+            for (const nax_stream* stream : {static_cast<nax_stream*>(owner), static_cast<nax_stream*>(copied)}) {
+                const auto chunks = chunks_of(stream);
+                ASSERT_EQ(chunks.size(), 3u);
+                for (const nax_stream_chunk* chunk : chunks) {
+                    const size_t size = static_cast<size_t>(chunk->Size);
+                    const unsigned char* const bytes = static_cast<unsigned char*>(chunk->Data);
+                    EXPECT_EQ(Bytes(bytes, bytes + size), chunk->Size == static_cast<int>(other) ? Bytes(other, 0x22) : data);
+                }
+            }
+            // Private ones are at different places.
+            const auto loaded_chunks = chunks_of(owner);
+            EXPECT_NE(loaded_chunks[0]->Data, loaded_chunks[1]->Data) << id;
+        }
+    }
+    EXPECT_EQ(live_blocks(), live);
+    EXPECT_EQ(_GlobRODataTableCount, entries);
+}
+
+TEST(Persistence, ReadersShareWithEntriesOfKnownSizeOnly) {
+    const TestStream wh(NAX_BRNG_WH, {5}), holder(NAX_BRNG_WH, {5});
+    void* const unsized = nax_serv_allocate(8, 128);
+    const uint64_t unsized_id[2] = {8, 1};
+    nax_shared_data_entry* entry = nullptr;
+    ASSERT_EQ(__stoCreateGlobRODataTableEntry(&entry, unsized_id, unsized), STO_STATUS_OK);
+    void* const sized = nax_serv_allocate(64, 128);
+    std::memset(sized, 0, 64);
+    const uint64_t sized_id[2] = {8, 2};
+    ASSERT_EQ(__stoAddChunk(holder, 501, sized_id, sized, 64), STO_STATUS_OK);
+    const Bytes image = with_records(image_of(wh), {{500, {8, 1}, Bytes(8)}, {500, {8, 2}, Bytes(64)}, {9, {8, 2}, Bytes(64)}});
+    nax_stream* loaded = nullptr;
+    ASSERT_EQ(__stoLoadStreamM(&loaded, image.data()), STO_STATUS_OK);
+    {
+        const TestStream owner(loaded);
+        const auto chunks = chunks_of(owner);  // the last record is the head
+        EXPECT_EQ(chunks[0]->Data, sized);
+        EXPECT_EQ(chunks[1]->Data, sized);
+        EXPECT_NE(chunks[2]->Data, unsized);
+    }
+    // What is added by hand is trusted where the size is not known, and not where it is another one.
+    void* const mine = nax_serv_allocate(16, 128);
+    ASSERT_EQ(__stoAddChunk(holder, 502, sized_id, mine, 16), STO_STATUS_OK);
+    EXPECT_EQ(__stoSearchChunk(holder, 502), mine);
+    EXPECT_EQ(__stoUnregisterGlobRODataReference(unsized_id), STO_STATUS_OK);
+}
+
+int load_status(const Bytes& image) {
+    nax_stream* loaded = nullptr;
+    const int status = __stoLoadStreamM(&loaded, image.data());
+    if (loaded != nullptr) {
+        // What is accepted works, as a copy too: there the chunks stand in the opposite order.
+        const TestStream owner(loaded), copied = owner.copy();
+        for (const nax_stream* stream : {static_cast<nax_stream*>(owner), static_cast<nax_stream*>(copied)}) {
+            double r[700];
+            EXPECT_EQ(properties(stream).dBRng(const_cast<nax_stream*>(stream), 700, r, 0, 1), STO_STATUS_OK);
+            EXPECT_EQ(__stoSkipAheadStream(const_cast<nax_stream*>(stream), 1000), STO_STATUS_OK);
+        }
+    }
+    return status;
+}
+
+// Direction tables and working blocks in chunks must hold what the dimension needs; a stream within the payload's
+// dimensions that has them is of the user form too.
+TEST(Persistence, QuasiRandomChunksMustHoldTheirDimension) {
+    const auto direct = [](uint32_t dimension) {
+        std::vector<uint32_t> params = {dimension, 1, 4};
+        for (uint32_t i = 0; i < dimension * 32; ++i) params.push_back(0x80000000u >> i % 32);
+        return params;
+    };
+    for (const int brng : {NAX_BRNG_SOBOL, NAX_BRNG_NIEDERREITER}) {
+        for (const uint32_t dimension : {41u, 64u, 319u, 320u, 321u}) {
+            if (brng == NAX_BRNG_NIEDERREITER && dimension < 319) continue;
+            const TestStream stream(brng, direct(dimension));
+            ASSERT_EQ(stream.status(), STO_STATUS_OK);
+            const Bytes image = image_of(stream);
+            EXPECT_EQ(load_status(image), STO_STATUS_OK);
+            // One dimension more than the chunks have; in blocks of 16 that is a block more, or none.
+            Bytes wider = image;
+            set_field(wider, kHeader + 4, (dimension + 15) / 16 * 16 + 1);
+            EXPECT_EQ(load_status(wider), STO_STATUS_BAD_IMAGE) << brng << " " << dimension;
+            // A second chunk of that id, too short.
+            for (const uint32_t id : {9u, 10u, 13u}) {
+                const bool own = (id == 10) == (brng == NAX_BRNG_NIEDERREITER);
+                const Bytes doubled = with_records(image, {{id, {0, 0}, Bytes(dimension * 132 - 4)}});
+                EXPECT_EQ(load_status(doubled), own ? STO_STATUS_BAD_IMAGE : STO_STATUS_OK) << brng << " " << id;
+            }
+        }
+        const uint32_t most = brng == NAX_BRNG_SOBOL ? 40 : 318;
+        for (const uint32_t dimension : {1u, 20u, most}) {
+            const Bytes image = image_of(TestStream(brng, {dimension}));
+            const size_t work = (dimension + 15) / 16 * 16 * 132, table = dimension * 132;
+            for (const size_t missing : {size_t{0}, size_t{4}, size_t{128}}) {
+                const Bytes user = brng == NAX_BRNG_SOBOL
+                                       ? with_records(image, {{9, {0, 0}, Bytes(table)}, {13, {0, 0}, Bytes(work - missing)}})
+                                       : with_records(image, {{10, {0, 0}, Bytes(table - missing)}});
+                EXPECT_EQ(load_status(user), missing == 0 ? STO_STATUS_OK : STO_STATUS_BAD_IMAGE) << brng << " " << missing;
+            }
+            Bytes more = image;
+            set_field(more, kHeader + 4, most + 1);
+            EXPECT_EQ(load_status(more), STO_STATUS_BAD_IMAGE);
+        }
+    }
+}
+
+// Streams of registered generators whose state is smaller than the header have no payload.
+TEST(Persistence, RegisteredGeneratorsMayHaveNoPayload) {
+    nax_brng_properties row = properties(TestStream(NAX_BRNG_WH, {5}));
+    row.InitStream = [](int, nax_stream*, int, const void*) -> int { return STO_STATUS_OK; };
+    const int32_t registered = NRegBrngsNew;
+    for (const int size : {0, 1, 15, 16, 17, 40}) {
+        row.StreamStateSize = size;
+        const int brng = __stoRegisterBrng(&row);
+        ASSERT_GT(brng, 0);
+        const TestStream stream(brng, {1});
+        const size_t payload = size > 16 ? static_cast<size_t>(size) - 16 : 0;
+        const Bytes image = image_of(stream);
+        EXPECT_EQ(image.size(), kHeader + payload);
+        nax_stream* loaded = nullptr;
+        ASSERT_EQ(__stoLoadStreamM(&loaded, image.data()), STO_STATUS_OK) << size;
+        EXPECT_EQ(image_of(TestStream(loaded)), image);
+        const TemporaryFile file;
+        ASSERT_EQ(__stoSaveStreamF(stream, file.name(), -1), STO_STATUS_OK);
+        EXPECT_EQ(file.read(), image);
+        EXPECT_EQ(__stoCopyStreamState(stream.copy(), stream), STO_STATUS_OK);
+    }
+    NRegBrngsNew = registered;
+}
+
 TEST(Persistence, HeaderFaultsHaveTheirStatus) {
     const TestStream stream(NAX_BRNG_WH + 3, {5});
     const Bytes good = image_of(stream);
@@ -218,8 +387,10 @@ TEST(Persistence, HeaderFaultsHaveTheirStatus) {
     // An empty row of the older table with the payload size that it would have.
     Bytes empty_row = good;
     set_field(empty_row, kBrngAt, 279u);
-    set_field(empty_row, kPayloadSizeAt, 0xFFFFFFF0u);
-    EXPECT_EQ(load_file(file, empty_row), STO_STATUS_BAD_FILE);
+    for (const uint32_t payload : {0xFFFFFFF0u, 0u}) {
+        set_field(empty_row, kPayloadSizeAt, payload);
+        EXPECT_EQ(load_file(file, empty_row), STO_STATUS_BAD_FILE);
+    }
     EXPECT_EQ(live_blocks(), live);
 }
 

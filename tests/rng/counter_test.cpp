@@ -199,6 +199,17 @@ TEST_P(CounterSkip, LongCountsAddUp) {
 
 INSTANTIATE_TEST_SUITE_P(Generators, CounterSkip, ::testing::Values(NAX_BRNG_PHILOX4X32X10, NAX_BRNG_ARS5));
 
+TEST(Philox, BodyOfTheSkip) {
+    for (const uint64_t n : {uint64_t{0}, uint64_t{1}, uint64_t{3}, uint64_t{4}, uint64_t{4096}, ~uint64_t{0}}) {
+        TestStream by_method(NAX_BRNG_PHILOX4X32X10, {1, 2, 0xFFFFFFFF}), by_name(by_method);
+        by_method.words(2);
+        by_name.words(2);
+        by_method.skip(n);
+        EXPECT_EQ(PHILOX4X32X10SkipAhead(by_name.get(), n), 0);
+        EXPECT_TRUE(by_method.same_bytes(by_name)) << n;
+    }
+}
+
 TEST(Philox, StateOfABrokenBlock) {
     TestStream stream(NAX_BRNG_PHILOX4X32X10, {1});
     stream.words(5);

@@ -258,13 +258,14 @@ int dimension_by_elimination(int v, const uint32_t* row) {
     std::vector<std::vector<uint64_t>> columns;  // of each state bit, the v upper bits of successive outputs
     const int outputs = 2203 / v + 1;
     for (int bit = 0; bit < 2203; ++bit) {
-        Mt2203State state{};
+        nax::test::TestStream stream(NAX_BRNG_MT2203);
+        Mt2203State& state = stream.state<Mt2203State>();
+        state = {};
         const int position = bit + 5;  // the lower five bits of the oldest word have no part
         state.x[position / 32] = 1u << (position % 32);
         state.next = kMt2203Words;
         state.matrix_a = row[0], state.temper_b = row[1], state.temper_c = row[2];
-        nax::test::Words words(static_cast<size_t>(outputs));
-        mt2203_draw(state, outputs, words.data());
+        const nax::test::Words words = stream.words(outputs);
         std::vector<uint64_t> column((static_cast<size_t>(outputs * v) + 63) / 64);
         for (int i = 0; i < outputs * v; ++i) {
             const uint64_t value = words[static_cast<size_t>(i / v)] >> (31 - i % v) & 1;

@@ -5,9 +5,9 @@
 #include <numeric>
 #include <random>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "tests/lib/failing_service.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {
@@ -206,7 +206,7 @@ TEST(LinearSkip, Mrg32k3aLongSkipWithoutMemoryLeavesTheStream) {
 
 // The tabulated powers and binary exponentiation of the recurrence come to the same state, for any pattern of bits.
 TEST(LinearSkip, Mrg32k3aTableAgreesWithExponentiation) {
-    const uint32_t row_x[3] = {4294156359, 1403580, 0}, row_y[3] = {4293573854, 0, 527612};
+    const uint32_t row_x[3] = {0, 1403580, 4294156359}, row_y[3] = {527612, 0, 4293573854};
     for (const uint64_t n : {uint64_t{0}, uint64_t{1} << 40, uint64_t{0x8000000000000001}, uint64_t{0x0123456789ABCDEF}, ~uint64_t{0}}) {
         const TestStream stream(NAX_BRNG_MRG32K3A, {1, 2, 3, 4294967086, 5, 4294944442});
         uint32_t state[6];
@@ -218,13 +218,34 @@ TEST(LinearSkip, Mrg32k3aTableAgreesWithExponentiation) {
     }
 }
 
+// The row goes from the newest term's coefficient to the oldest's, the state from the oldest term to the newest.
+TEST(LinearSkip, PowersStepTheRecurrence) {
+    constexpr uint32_t m = 1000003, row[3] = {3, 50000, 999999};
+    uint32_t term[60] = {5, 17, 1000002};
+    for (int k = 3; k < 60; ++k) {
+        const uint64_t sum = uint64_t{row[0]} * term[k - 1] + uint64_t{row[1]} * term[k - 2] + uint64_t{row[2]} * term[k - 3];
+        term[k] = static_cast<uint32_t>(sum % m);
+    }
+    for (uint64_t n = 0; n < 57; ++n) {
+        uint32_t once[3] = {5, 17, 1000002}, far[3] = {5, 17, 1000002};
+        __stoiVect3PowMod(once, row, m, n);
+        std::vector<uint64_t> words(n < 30 ? 1 : 12, 0);  // the long counts take another buffer
+        words[0] = n;
+        ASSERT_EQ(__stoiVect3PowArrayMod(far, row, m, static_cast<int>(words.size()), words.data()), STO_STATUS_OK);
+        for (uint64_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(once[i], term[n + i]) << n;
+            EXPECT_EQ(far[i], term[n + i]) << n;
+        }
+    }
+}
+
 TEST(LinearSkip, TabulatedMatricesFollowTheRecurrence) {
     const uint32_t* const x = _sto_mrg32k3a_skipahead_table;
     const uint32_t* const y = x + 193 * 9;
     EXPECT_EQ(Words(x, x + 9), (Words{0, 1, 0, 0, 0, 1, 4294156359, 1403580, 0}));
     EXPECT_EQ(Words(y, y + 9), (Words{0, 1, 0, 0, 0, 1, 4293573854, 0, 527612}));
     // Matrix k maps unit vectors like 2^k steps of the recurrence.
-    const uint32_t row_y[3] = {4293573854, 0, 527612};
+    const uint32_t row_y[3] = {527612, 0, 4293573854};
     for (const int k : {1, 5, 40, 63}) {
         for (uint32_t column = 0; column < 3; ++column) {
             uint32_t v[3] = {column == 0, column == 1, column == 2};

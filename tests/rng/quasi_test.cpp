@@ -3,6 +3,8 @@
 #endif
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -329,6 +331,50 @@ TEST(Quasi, OneCoordinateStreams) {
     }
 }
 
+// Draws of any lengths from a selected coordinate, short and by blocks, in the payload and in chunks, leave the whole point
+// where it belongs.
+TEST(Quasi, SelectedCoordinatesMoveTheWholePoint) {
+    const std::vector<Words> seeds = {{1}, {40}, direction_parameters(some_directions(330))};
+    for (const int brng : kBoth) {
+        for (const Words& seed : seeds) {
+            Quasi whole(brng, seed), selected(whole);
+            const int dimension = static_cast<int>(whole.place().dimension);
+            const Words points = whole.words(dimension * 120);
+            size_t point = 0;
+            for (const int n : {1, 2, 15, 16, 17, 1, 60}) {
+                const int k = static_cast<int>(point) * 7 % dimension;
+                ASSERT_EQ(selected.select(k), 0);
+                for (const uint32_t word : selected.words(n)) {
+                    ASSERT_EQ(word, points[point++ * static_cast<size_t>(dimension) + static_cast<size_t>(k)]) << n;
+                }
+            }
+        }
+    }
+}
+
+// A new seed makes a stream of that seed, whatever form it had; chunks of others stay on it.
+TEST(Quasi, SeedingAnewReplacesTheUserForm) {
+    const std::vector<Words> seeds = {{3}, direction_parameters(some_directions(330)), {17}, {40},
+                                      direction_parameters(some_directions(400)), {2, 1, 4}};
+    const long live = nax::testing::live_blocks();
+    for (const int brng : kBoth) {
+        Quasi stream(brng, {5});
+        void* const foreign[] = {nax_serv_allocate(8, 128), nax_serv_allocate(8, 128)};
+        ASSERT_EQ(__stoAddChunk(stream.stream, 3, nullptr, foreign[0], 8), 0);
+        ASSERT_EQ(__stoAddChunk(stream.stream, 4, nullptr, foreign[1], 8), 0);
+        for (const Words& seed : seeds) {
+            ASSERT_EQ(stream.row.InitStream(NAX_INIT_STANDARD, stream.stream, static_cast<int>(seed.size()), seed.data()), 0);
+            Quasi fresh(brng, seed);
+            const int n = 3 * static_cast<int>(fresh.place().dimension) + 1;
+            EXPECT_EQ(stream.words(n), fresh.words(n));
+            EXPECT_EQ(__stoGetNumChunks(stream.stream), __stoGetNumChunks(fresh.stream) + 2);
+            EXPECT_EQ(__stoSearchChunk(stream.stream, 3), foreign[0]);
+            EXPECT_EQ(__stoSearchChunk(stream.stream, 4), foreign[1]);
+        }
+    }
+    EXPECT_EQ(nax::testing::live_blocks(), live);
+}
+
 TEST(Quasi, Refusals) {
     for (const int brng : kBoth) {
         Quasi stream(brng, {4});
@@ -505,6 +551,16 @@ TEST(Quasi, TheLayersOwnThreadsGiveTheSameBits) {
     const std::vector<double> one = serial.doubles(150 * 1024);
     threads = 0;
     EXPECT_EQ(one, threaded.doubles(150 * 1024));
+    // In a forked child the pool's threads are gone.
+    Quasi in_child(start);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        _exit(in_child.doubles(150 * 1024) == one ? 0 : 1);
+    }
+    int status = 1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Control words: each test leaves the thread's words as it found them.
-#include "runtime/fp_control.h"
+#include "platform/control_words.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 namespace nax::testing {
 namespace {
 
-using namespace nax::runtime;
+using namespace nax::platform;
 
 class ControlWords : public ::testing::Test {
 protected:

@@ -1,5 +1,7 @@
 // Both doors of the thread pool, and what stands in for it.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <xmmintrin.h>
 
 #include <algorithm>
@@ -187,6 +189,54 @@ TEST(ThreadPoolDeathTest, SizeFollowsTheEnvironment) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(exit_with_limit("1"), ::testing::ExitedWithCode(1), "");
     EXPECT_EXIT(exit_with_limit("5"), ::testing::ExitedWithCode(5), "");
+}
+
+// What runs in a child of a process whose pool has threads. A hang ends it with a signal.
+void exit_after_every_entry(const nax_threaders& table) {
+    alarm(20);
+    EXPECT_EQ(table.max_threads(), 1);
+    EXPECT_EQ(reinterpret_cast<nax_serv_threads_limit_function>(nax_serv_load_thread_fun(kLimit))(), 1);
+    Calls chunks, items, ordered_items, threads;
+    reinterpret_cast<nax_serv_parallel_for_function>(nax_serv_load_thread_fun(kFor))(7, 0, &chunks, note_chunk);
+    EXPECT_EQ(chunks.items.size(), 7u);
+    table.parallel_for(5, 3, &items, note_item);
+    expect_each_once(items, 5, 1);
+    table.parallel_for_ordered(5, 3, &ordered_items, note_item);
+    expect_each_once(ordered_items, 5, 1);
+    Merge merge = {table, [](int64_t) { return true; }, {}};
+    table.parallel_for_ordered(4, 2, &merge, merge_body);
+    EXPECT_EQ(merge.order.size(), 4u);
+    table.parallel_region(3, &threads, note_thread);
+    EXPECT_EQ(threads.sorted(), (std::vector<std::tuple<int64_t, int, int>>{{0, 0, 1}}));
+    nax_threaders fresh;
+    EXPECT_EQ(nax_serv_fill_threaders(&fresh), 0);
+    EXPECT_EQ(fresh.max_threads(), 1);
+    _exit(::testing::Test::HasFailure() ? 1 : 0);
+}
+
+TEST(ThreadPool, ForkedChildrenRunEverythingThemselves) {
+    const nax_threaders table = pool();
+    Calls before, after;
+    table.parallel_for(10, 2, &before, note_item);
+    for (int generation = 0; generation < 2; ++generation) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            if (generation == 0) exit_after_every_entry(table);
+            // A grandchild, and the child beside it.
+            const pid_t grandchild = fork();
+            if (grandchild == 0) exit_after_every_entry(table);
+            int status = 1;
+            waitpid(grandchild, &status, 0);
+            if (status != 0) _exit(2);
+            exit_after_every_entry(table);
+        }
+        int status = 1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    table.parallel_for(10, 2, &after, note_item);
+    EXPECT_EQ(before.sorted(), after.sorted());
 }
 
 void expect_serial(SeparateLayer& layer) {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 
 namespace nax::testing {
 namespace {

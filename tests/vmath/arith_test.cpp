@@ -1,6 +1,7 @@
 // Arithmetic, rounding and selection against the C library: the same bits for random numbers of all exponents.
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -170,6 +171,40 @@ TEST_F(ArithFull, MatchesTheLibrary) {
 TEST_F(ArithFull, Quotients) {
     check_quotients<float>(500000, 41);
     check_quotients<double>(500000, 42);
+}
+
+// The flags of a step: underflow for results below the normal numbers, overflow for Inf, none otherwise. Alone and among
+// ordinary lanes, so that every path through the kernel is met.
+template <class T>
+void check_step_flags() {
+    using Limits = std::numeric_limits<T>;
+    const Record* const record = find_record(sizeof(T) == 4 ? "sNextAfter" : "dNextAfter");
+    struct Step {
+        T a, b;
+        int flag;
+    };
+    const T tiny = Limits::min(), denormal = Limits::denorm_min(), most = Limits::max(), inf = Limits::infinity();
+    for (const Step& step :
+         {Step{0, 1, FE_UNDERFLOW}, Step{-0.0, -1, FE_UNDERFLOW}, Step{tiny, 0, FE_UNDERFLOW}, Step{-tiny, 0, FE_UNDERFLOW},
+          Step{denormal, 1, FE_UNDERFLOW}, Step{3 * denormal, 0, FE_UNDERFLOW}, Step{most, inf, FE_OVERFLOW},
+          Step{-most, -inf, FE_OVERFLOW}, Step{1, 2, 0}, Step{-1, 2, 0}, Step{inf, 0, 0}, Step{tiny, 1, 0}, Step{2, 2, 0}})
+        for (const int n : {1, 3, 16, 40}) {
+            std::vector<T> a(static_cast<std::size_t>(n), T(1.5)), b(a.size(), T(3)), r(a.size());
+            a[a.size() / 2] = step.a, b[b.size() / 2] = step.b;
+            Arguments arguments;
+            arguments.n = n;
+            arguments.in[0] = a.data();
+            arguments.in[1] = b.data();
+            arguments.out[0] = r.data();
+            std::feclearexcept(FE_ALL_EXCEPT);
+            call(*record, record->stubs[0], arguments);
+            EXPECT_EQ(std::fetestexcept(FE_UNDERFLOW | FE_OVERFLOW | FE_INVALID | FE_DIVBYZERO), step.flag)
+                << step.a << " to " << step.b << " among " << n;
+        }
+}
+TEST_F(Arith, NextAfterRaisesTheFlagsOfItsResult) {
+    check_step_flags<float>();
+    check_step_flags<double>();
 }
 
 TEST_F(Arith, ModfSplitsIntoWholeAndFraction) {

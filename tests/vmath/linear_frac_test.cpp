@@ -1,6 +1,7 @@
 // The ratio of two affine functions: accuracy, constant numerators and denominators, control words.
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -66,6 +67,38 @@ TYPED_TEST(LinearFrac, ConstantDenominatorGivesTheAffineFunction) {
         EXPECT_EQ(r[i], a[i] * 3 + T(0.5)) << i;
         EXPECT_EQ(constant[i], T(0.75)) << i;
     }
+}
+
+// A constant numerator is divided too: denominators of any finite size give the formula's value, those with a denormal
+// reciprocal included.
+TYPED_TEST(LinearFrac, ConstantNumeratorIsDividedAtEveryScale) {
+    using T = TypeParam;
+    const int most = std::numeric_limits<T>::max_exponent - 1;
+    std::vector<T> b;
+    for (int exponent = -most + 1; exponent <= most; ++exponent) b.push_back(std::ldexp(T(1.37), exponent));
+    b.push_back(T(1e38));
+    for (const double numerator : {1.0, -3.5, 1e10, 1e-10}) {
+        const std::vector<T> r = linear_frac<T>(b, b, {0, numerator, 1, 0});
+        for (std::size_t i = 0; i < b.size(); ++i) EXPECT_EQ(r[i], T(numerator) / b[i]) << b[i];
+    }
+}
+
+// The flags are those of the elements, one by one: what fills the last vector raises none.
+TYPED_TEST(LinearFrac, FlagsDoNotDependOnTheLength) {
+    using T = TypeParam;
+    const auto flags_of = [](const std::vector<T>& a, const std::vector<T>& b, const Scalars& s) {
+        std::feclearexcept(FE_ALL_EXCEPT);
+        linear_frac<T>(a, b, s);
+        return std::fetestexcept(FE_ALL_EXCEPT);
+    };
+    // Each set of scalars makes trouble of the value 1, or of 0, and none of the elements.
+    for (const Scalars& s : {Scalars{1, 0, 1, -1}, Scalars{1, 0, 1, 0}, Scalars{0, 1, 1, -1}, Scalars{0, 1, 1, 0},
+                             Scalars{3e38, 3e38, 1, 0}, Scalars{1, 0, 0, 4}})
+        for (const T value : {T(0), T(0.5), T(1), T(2)})
+            for (std::size_t n = 2; n <= 9; ++n) {
+                const std::vector<T> a(n, value), b(n, value);
+                EXPECT_EQ(flags_of(a, b, s), flags_of({value}, {value}, s)) << value << ", n " << n;
+            }
 }
 
 TYPED_TEST(LinearFrac, ZeroDenominatorReportsNothing) {

@@ -15,7 +15,7 @@
 #include <map>
 #include <sstream>
 
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 #include "tools/accuracy/plot.h"
 
 using namespace nax::testing;

@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/emulator/emulator.h"
+#include "tools/interpreter/emulator.h"
 #include "tests/lib/accuracy.h"
 
 using namespace nax::testing;

@@ -126,10 +126,17 @@ int32_t keep_nan(T a, T b, T* r) {
     return kSuccess;
 }
 
+// Raises the underflow flag. The factor is hidden from the compiler, which would carry out the multiplication itself.
+template <class T>
+void raise_underflow() {
+    T smallest_normal = std::numeric_limits<T>::min();
+    asm volatile("" : "+x"(smallest_normal));
+    force(smallest_normal * smallest_normal);
+}
+
 template <class T>
 int32_t next_after(T x, T y, T* r) {
     using U = typename Format<T>::Unsigned;
-    constexpr T smallest_normal = std::numeric_limits<T>::min();
     if (x != x || y != y) {
         *r = x + y;
         return kSuccess;
@@ -139,7 +146,7 @@ int32_t next_after(T x, T y, T* r) {
         return kSuccess;
     }
     if (x == 0) {
-        force(smallest_normal * smallest_normal);
+        raise_underflow<T>();
         *r = std::copysign(from_bits<T>(U{1}), y);
         return kUnderflow;
     }
@@ -151,8 +158,8 @@ int32_t next_after(T x, T y, T* r) {
         force(x + x);
         return kOverflow;
     }
-    if (magnitude < bits_of(smallest_normal)) {
-        force(smallest_normal * smallest_normal);
+    if (magnitude < bits_of(std::numeric_limits<T>::min())) {
+        raise_underflow<T>();
         return kUnderflow;
     }
     return kSuccess;

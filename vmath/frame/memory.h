@@ -47,10 +47,7 @@ struct Strided {
         return s == 1 ? load(in[k] + i) : load_strided(in[k] + i * s, s);
     }
     NAX_VEC Vector read(int k, ptrdiff_t i, int lanes) const {
-        alignas(64) T row[E::lanes];
-        store(row, E::row(T(kFiller)));
-        for (int lane = 0; lane < lanes; ++lane) row[lane] = in[k][(i + lane) * in_strides[k]];
-        return load(row);
+        return load_strided(in[k] + i * ptrdiff_t{in_strides[k]}, in_strides[k], lanes);
     }
     NAX_VEC void write(int k, ptrdiff_t i, Vector x) const {
         const ptrdiff_t s = out_strides[k];

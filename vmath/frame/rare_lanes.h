@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "vmath/frame/control_words.h"
+#include "vmath/frame/call_environment.h"
 
 namespace nax::vmath {
 

@@ -3,12 +3,13 @@
 // Single precision: with the denominator d and the numerator u, y0 the processor's 12-bit reciprocal of d,
 //   y = 2 y0 - d y0 y0,  r = u y:
 // one Newton step, relative error below 2^-22 and no true quotient by design; a zero, infinite or huge denominator
-// gives what the reciprocal makes of it. Double precision divides. A constant denominator (scaleb zero) divides in
-// both, which makes the result an affine function of a when shiftb is one.
+// gives what the reciprocal makes of it. Double precision divides. Where a scale is zero both divide: a constant
+// denominator makes the result an affine function of a when shiftb is one, and a constant numerator stays finite over
+// denominators whose reciprocal is denormal.
 #include <emmintrin.h>
 
 #include "simd/isa.h"
-#include "vmath/frame/control_words.h"
+#include "vmath/frame/call_environment.h"
 
 namespace nax::vmath::NAX_ISA {
 namespace {
@@ -37,7 +38,8 @@ struct Double {
     static Vector quotient(Vector u, Vector d) { return u / d; }
 };
 
-// An input vector: whole vectors, or the first `count` lanes with ones behind them.
+// An input vector: whole vectors, or the first `count` lanes with the last of them repeated, so that no lane raises a
+// flag that no element raises.
 template <class E>
 struct Input {
     using T = typename E::T;
@@ -47,7 +49,8 @@ struct Input {
     typename E::Vector read(int64_t i, int count) const {
         if (stride == 1 && count == E::lanes) return E::load(start + i);
         T lanes[E::lanes];
-        for (int lane = 0; lane < E::lanes; ++lane) lanes[lane] = lane < count ? start[(i + lane) * stride] : T{1};
+        for (int lane = 0; lane < E::lanes; ++lane)
+            lanes[lane] = start[(i + (lane < count ? lane : count - 1)) * stride];
         return E::load(lanes);
     }
 };
@@ -84,7 +87,7 @@ void linear_frac(int32_t n, Input<E> a, Input<E> b, T scalea, T shifta, T scaleb
     else if (scaleb == 0)
         fill<E>(n, r, incr, [=](int64_t i, int count) { return numerator(i, count) / shift_b; });
     else if (scalea == 0)
-        fill<E>(n, r, incr, [=](int64_t i, int count) { return E::quotient(shift_a, denominator(i, count)); });
+        fill<E>(n, r, incr, [=](int64_t i, int count) { return shift_a / denominator(i, count); });
     else
         fill<E>(n, r, incr,
                 [=](int64_t i, int count) { return E::quotient(numerator(i, count), denominator(i, count)); });

@@ -1,0 +1,18 @@
+# BLAS and LAPACK, which summary statistics needs: OpenBLAS, else any pair that CMake finds. Without them the service is
+# left out and everything else is built. NAX_BLAS_LIBRARIES is what to link with; empty when there is none.
+option(NAX_STATISTICS "build summary statistics" ON)
+set(NAX_BLAS_LIBRARIES "")
+if(NAX_STATISTICS)
+  find_library(NAX_OPENBLAS openblas)
+  if(NAX_OPENBLAS)
+    set(NAX_BLAS_LIBRARIES ${NAX_OPENBLAS})
+  else()
+    find_package(LAPACK QUIET)
+    if(LAPACK_FOUND)
+      set(NAX_BLAS_LIBRARIES ${LAPACK_LIBRARIES} ${BLAS_LIBRARIES})
+    endif()
+  endif()
+  if(NOT NAX_BLAS_LIBRARIES)
+    message(WARNING "No BLAS and LAPACK found: summary statistics is left out. On Debian: apt-get install libopenblas-dev")
+  endif()
+endif()
