@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tests/lib/turns.h"
 #include "tests/lib/ulp.h"
 
 namespace nax::testing {
@@ -27,17 +28,38 @@ HALF_TURNS(acos)
 HALF_TURNS(atan)
 #undef HALF_TURNS
 
+using enum TurnFunction;
+
 constexpr Reference kReferences[] = {
-    {"Exp", std::exp, std::exp, mpfr_exp},         {"Exp2", std::exp2, std::exp2, mpfr_exp2},
-    {"Exp10", exp10, exp10l, mpfr_exp10},          {"Expm1", std::expm1, std::expm1, mpfr_expm1},
-    {"Ln", std::log, std::log, mpfr_log},          {"Log2", std::log2, std::log2, mpfr_log2},
-    {"Log10", std::log10, std::log10, mpfr_log10}, {"Log1p", std::log1p, std::log1p, mpfr_log1p},
-    {"Logb", std::logb, std::logb, exact_logb},    {"Asin", std::asin, std::asin, mpfr_asin},
-    {"Acos", std::acos, std::acos, mpfr_acos},     {"Atan", std::atan, std::atan, mpfr_atan},
-    {"Asinpi", asinpi, asinpi, mpfr_asinpi},       {"Acospi", acospi, acospi, mpfr_acospi},
-    {"Atanpi", atanpi, atanpi, mpfr_atanpi},       {"Sinh", std::sinh, std::sinh, mpfr_sinh},
-    {"Cosh", std::cosh, std::cosh, mpfr_cosh},     {"Tanh", std::tanh, std::tanh, mpfr_tanh},
-    {"Asinh", std::asinh, std::asinh, mpfr_asinh}, {"Acosh", std::acosh, std::acosh, mpfr_acosh},
+    {"Exp", std::exp, std::exp, mpfr_exp},
+    {"Exp2", std::exp2, std::exp2, mpfr_exp2},
+    {"Exp10", exp10, exp10l, mpfr_exp10},
+    {"Expm1", std::expm1, std::expm1, mpfr_expm1},
+    {"Ln", std::log, std::log, mpfr_log},
+    {"Log2", std::log2, std::log2, mpfr_log2},
+    {"Log10", std::log10, std::log10, mpfr_log10},
+    {"Log1p", std::log1p, std::log1p, mpfr_log1p},
+    {"Logb", std::logb, std::logb, exact_logb},
+    {"Sin", std::sin, std::sin, mpfr_sin},
+    {"Cos", std::cos, std::cos, mpfr_cos},
+    {"Tan", std::tan, std::tan, mpfr_tan},
+    {"Sind", of_degrees<Sine>, of_degrees<Sine>, exact_of_degrees<mpfr_sinu>},
+    {"Cosd", of_degrees<Cosine>, of_degrees<Cosine>, exact_of_degrees<mpfr_cosu>},
+    {"Tand", of_degrees<Tangent>, of_degrees<Tangent>, exact_of_degrees<mpfr_tanu>},
+    {"Sinpi", of_half_turns<Sine>, of_half_turns<Sine>, mpfr_sinpi},
+    {"Cospi", of_half_turns<Cosine>, of_half_turns<Cosine>, mpfr_cospi},
+    {"Tanpi", of_half_turns<Tangent>, of_half_turns<Tangent>, mpfr_tanpi},
+    {"Asin", std::asin, std::asin, mpfr_asin},
+    {"Acos", std::acos, std::acos, mpfr_acos},
+    {"Atan", std::atan, std::atan, mpfr_atan},
+    {"Asinpi", asinpi, asinpi, mpfr_asinpi},
+    {"Acospi", acospi, acospi, mpfr_acospi},
+    {"Atanpi", atanpi, atanpi, mpfr_atanpi},
+    {"Sinh", std::sinh, std::sinh, mpfr_sinh},
+    {"Cosh", std::cosh, std::cosh, mpfr_cosh},
+    {"Tanh", std::tanh, std::tanh, mpfr_tanh},
+    {"Asinh", std::asinh, std::asinh, mpfr_asinh},
+    {"Acosh", std::acosh, std::acosh, mpfr_acosh},
     {"Atanh", std::atanh, std::atanh, mpfr_atanh},
 };
 
