@@ -83,6 +83,16 @@ std::vector<PlainLoop<T>> plain_loops() {
             NAX_PLAIN(Log2, std::log2(a)),
             NAX_PLAIN(Log10, std::log10(a)),
             NAX_PLAIN(Log1p, std::log1p(a)),
+            NAX_PLAIN(Asin, std::asin(a)),
+            NAX_PLAIN(Acos, std::acos(a)),
+            NAX_PLAIN(Atan, std::atan(a)),
+            NAX_PLAIN(Sinh, std::sinh(a)),
+            NAX_PLAIN(Cosh, std::cosh(a)),
+            NAX_PLAIN(Tanh, std::tanh(a)),
+            NAX_PLAIN(Asinh, std::asinh(a)),
+            NAX_PLAIN(Acosh, std::acosh(a)),
+            NAX_PLAIN(Atanh, std::atanh(a)),
+            NAX_PLAIN(Atan2, std::atan2(a, b)),
             NAX_PLAIN(Logb, std::logb(a)),
             NAX_PLAIN(LinearFrac, (a * T(1.25) + T(0.5)) / (b * T(0.75) + T(3)))};
 }
