@@ -26,6 +26,40 @@ HALF_TURNS(asin)
 HALF_TURNS(acos)
 HALF_TURNS(atan)
 #undef HALF_TURNS
+// Powers by thirds and halves. Two roundings at 160 bits don't show.
+int exact_inverse(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) { return mpfr_ui_div(y, 1, x, rounding); }
+int exact_inverse_cbrt(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
+    mpfr_cbrt(y, x, rounding);
+    return mpfr_ui_div(y, 1, y, rounding);
+}
+int exact_pow2o3(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
+    mpfr_cbrt(y, x, rounding);
+    return mpfr_sqr(y, y, rounding);
+}
+int exact_pow3o2(mpfr_ptr y, mpfr_srcptr x, mpfr_rnd_t rounding) {
+    mpfr_sqrt(y, x, rounding);
+    return mpfr_mul(y, y, x, rounding);
+}
+template <class T>
+T inverse(T x) {
+    return 1 / x;
+}
+template <class T>
+T inverse_sqrt(T x) {
+    return 1 / std::sqrt(x);
+}
+template <class T>
+T inverse_cbrt(T x) {
+    return 1 / std::cbrt(x);
+}
+template <class T>
+T pow2o3(T x) {
+    return std::cbrt(x) * std::cbrt(x);
+}
+template <class T>
+T pow3o2(T x) {
+    return x * std::sqrt(x);
+}
 
 constexpr Reference kReferences[] = {
     {"Exp", std::exp, std::exp, mpfr_exp},         {"Exp2", std::exp2, std::exp2, mpfr_exp2},
@@ -39,6 +73,11 @@ constexpr Reference kReferences[] = {
     {"Cosh", std::cosh, std::cosh, mpfr_cosh},     {"Tanh", std::tanh, std::tanh, mpfr_tanh},
     {"Asinh", std::asinh, std::asinh, mpfr_asinh}, {"Acosh", std::acosh, std::acosh, mpfr_acosh},
     {"Atanh", std::atanh, std::atanh, mpfr_atanh},
+    {"Logb", std::logb, std::logb, exact_logb},
+    {"Sqrt", std::sqrt, std::sqrt, mpfr_sqrt},     {"InvSqrt", inverse_sqrt, inverse_sqrt, mpfr_rec_sqrt},
+    {"Inv", inverse, inverse, exact_inverse},      {"Cbrt", std::cbrt, std::cbrt, mpfr_cbrt},
+    {"InvCbrt", inverse_cbrt, inverse_cbrt, exact_inverse_cbrt},
+    {"Pow2o3", pow2o3, pow2o3, exact_pow2o3},      {"Pow3o2", pow3o2, pow3o2, exact_pow3o2},
 };
 
 }  // namespace
