@@ -17,11 +17,11 @@ using SingleCbrt = ThirdPower<Single, Third::Root, High, Terms>;
 
 alignas(64) constexpr DoubleCbrt<true, 10> double_ha = {
     {cbrt_reciprocal, cbrt_value}, {cbrt_factor_high, cbrt_factor_low}, double_series};
-alignas(64) constexpr DoubleCbrt<false, 7> double_la = {{cbrt_reciprocal, cbrt_value}, {cbrt_factor}, cbrt_double_la};
-alignas(64) constexpr DoubleCbrt<false, 3> double_ep = {{cbrt_reciprocal, cbrt_value}, {cbrt_factor}, cbrt_double_ep};
-alignas(64) constexpr SingleCbrt<true, 3> single_ha = {
+alignas(64) constexpr DoubleCbrt<false, 8> double_la = {{cbrt_reciprocal, cbrt_value}, {cbrt_factor}, cbrt_double_la};
+alignas(64) constexpr DoubleCbrt<false, 4> double_ep = {{cbrt_reciprocal, cbrt_value}, {cbrt_factor}, cbrt_double_ep};
+alignas(64) constexpr SingleCbrt<true, 4> single_ha = {
     {cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor_high, cbrtf_factor_low}, cbrt_single_ha};
-alignas(64) constexpr SingleCbrt<false, 3> single_la = {{cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_ha};
+alignas(64) constexpr SingleCbrt<false, 3> single_la = {{cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_la};
 alignas(64) constexpr SingleCbrt<false, 1> single_ep = {{cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_ep};
 
 }  // namespace

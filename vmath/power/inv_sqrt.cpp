@@ -22,6 +22,7 @@ struct InvSqrt {
     Vector one = E::row(1);
     Vector leading_bits = E::row_of_bits(typename E::Integer(~((typename E::Integer{1} << (E::mantissa_bits + 2) / 2) - 1)));
     Coefficients<E, Terms> series;
+    MagnitudeRange<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
 
     NAX_VEC Vector root(Vector x) const {
         Vector y0 = reciprocal_sqrt14(x), e;
@@ -36,14 +37,19 @@ struct InvSqrt {
         return fma(mul(y0, e), p, y0);
     }
 
-    // Inf or NaN for zeros, infinities and negative numbers, and where the square of y0 overflows.
-    NAX_VEC Vector eval(Vector x, Vector& y) const { return y = root(x); }
+    // Negative in lanes of negative numbers, and where the square of y0 overflows or is denormal.
+    NAX_VEC auto eval(Vector x, Vector& y) const {
+        y = root(x);
+        return ordinary.excess(x) | bits(x);
+    }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
-        // A denormal is scaled by an even power of two.
-        constexpr int up = (E::mantissa_bits + 2) / 2 * 2;
-        const auto small = is_class<kDenormal>(x);
-        const Vector scaled = mul_where(small, x, E::row(two_to<E>(up)));
-        y = mul_where(small, root(scaled), E::row(two_to<E>(up / 2)));
+        // Scaled by an even power of two.
+        constexpr int step = (E::mantissa_bits + 2) / 2 * 2;
+        const Vector up = E::row(two_to<E>(step)), half_up = E::row(two_to<E>(step / 2));
+        const Vector down = E::row(two_to<E>(-step)), half_down = E::row(two_to<E>(-step / 2));
+        const auto outside = ordinary.outside(x), small = less(x, one) & outside, large = ~less(x, one) & outside;
+        y = root(mul_where(large, mul_where(small, x, up), down));
+        y = mul_where(large, mul_where(small, y, half_up), half_down);
         y = choose(is_class<kZero | kPlusInf | kNan>(x), div(one, sqrt(x)), y);
         return negative(x) | is_class<kZero>(x);
     }

@@ -11,14 +11,14 @@ using SinglePow2o3 = ThirdPower<Single, Third::RootSquared, High, Terms>;
 
 alignas(64) constexpr DoublePow2o3<true, 8> double_ha = {
     {pow2o3_reciprocal, pow2o3_value}, {pow2o3_factor_high, pow2o3_factor_low}, pow2o3_double_ha};
-alignas(64) constexpr DoublePow2o3<false, 7> double_la = {
-    {pow2o3_reciprocal, pow2o3_value}, {pow2o3_factor}, pow2o3_double_la};
-alignas(64) constexpr DoublePow2o3<false, 3> double_ep = {
+alignas(64) constexpr DoublePow2o3<false, 8> double_la = {
+    {pow2o3_reciprocal, pow2o3_value}, {pow2o3_factor}, pow2o3_double_ha};
+alignas(64) constexpr DoublePow2o3<false, 4> double_ep = {
     {pow2o3_reciprocal, pow2o3_value}, {pow2o3_factor}, pow2o3_double_ep};
-alignas(64) constexpr SinglePow2o3<true, 3> single_ha = {
+alignas(64) constexpr SinglePow2o3<true, 4> single_ha = {
     {pow2o3f_reciprocal, pow2o3f_value}, {pow2o3f_factor_high, pow2o3f_factor_low}, pow2o3_single_ha};
 alignas(64) constexpr SinglePow2o3<false, 3> single_la = {
-    {pow2o3f_reciprocal, pow2o3f_value}, {pow2o3f_factor}, pow2o3_single_ha};
+    {pow2o3f_reciprocal, pow2o3f_value}, {pow2o3f_factor}, pow2o3_single_la};
 alignas(64) constexpr SinglePow2o3<false, 1> single_ep = {
     {pow2o3f_reciprocal, pow2o3f_value}, {pow2o3f_factor}, pow2o3_single_ep};
 

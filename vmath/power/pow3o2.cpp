@@ -1,7 +1,8 @@
 // Pow3o2:  x^(3/2) = x sqrt(x).
 //
 // HA adds what the root lacks, d = x - s^2, and the product's rounding error: x sqrt(x) = x s + s d/2, since x/s is s.
-// An overflow is an infinity without report.
+// Results near the ends of the range, whose errors
+// would be denormal, are computed 2^(3k) times as large. An overflow is an infinity without report.
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/power/newton.h"
 #include "vmath/power/power_rare.h"
@@ -17,21 +18,28 @@ struct High {
     static constexpr auto rare = by_precision<E>(vspow3o2_cout_rare, vdpow3o2_cout_rare);
 
     Vector half = E::row(typename E::Element(0.5));
+    // The product's error is normal, and no infinity stands beside it.
+    MagnitudeRange<E> ordinary = {two_to<E>(by_precision<E>(-66, -600)), two_to<E>(by_precision<E>(84, 682))};
 
     NAX_VEC Vector product(Vector x, Vector& high) const {
         const Vector s = sqrt(x), d = fnma(s, s, x);
         high = mul(x, s);
         return add(high, fma(mul(half, s), d, fms(x, s, high)));
     }
-    NAX_VEC Vector eval(Vector x, Vector& y) const {
-        Vector high;
-        return y = product(x, high);
-    }
-    NAX_VEC auto eval_wide(Vector x, Vector& y) const {
+    NAX_VEC auto eval(Vector x, Vector& y) const {
         Vector high;
         y = product(x, high);
-        // beside an infinite product its error is NaN
-        y = choose(is_class<kInf | kNan>(high), high, y);
+        return ordinary.excess(x) | bits(x);
+    }
+    NAX_VEC auto eval_wide(Vector x, Vector& y) const {
+        // x 2^(2k), of which the power is 2^(3k) times as large
+        constexpr int k = by_precision<E>(32, 200);
+        const auto small = less(x, half) & ordinary.outside(x);
+        Vector high;
+        y = product(mul_where(small, x, E::row(two_to<E>(2 * k))), high);
+        // zeros, infinities, NaN; beside an infinite product its error is NaN
+        y = choose(is_class<kZero | kInf | kNan>(high), high, y);
+        y = mul_where(small, y, E::row(two_to<E>(-3 * k)));
         return negative(x);
     }
 };
