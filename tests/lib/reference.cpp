@@ -120,7 +120,33 @@ double exact_ulp_error(const Reference& reference, T x, T y) {
 
 template double ulp_distance(mpfr_ptr, float);
 template double ulp_distance(mpfr_ptr, double);
+template <class T>
+double exact_ulp_error(ExactBinary exact, T a, T b, T y) {
+    mpfr_t first, second, value;
+    mpfr_init2(first, 53);
+    mpfr_init2(second, 53);
+    mpfr_init2(value, 160);
+    mpfr_set_d(first, static_cast<double>(a), MPFR_RNDN);
+    mpfr_set_d(second, static_cast<double>(b), MPFR_RNDN);
+    exact(value, first, second, MPFR_RNDN);
+    double error;
+    if (std::isfinite(y)) {
+        error = ulp_distance(value, y);
+    } else {
+        // right where the exact value rounds to infinity
+        const auto rounded = static_cast<T>(std::numeric_limits<T>::digits == 24 ? mpfr_get_flt(value, MPFR_RNDN)
+                                                                                 : mpfr_get_d(value, MPFR_RNDN));
+        error = rounded == y ? 0 : std::numeric_limits<double>::infinity();
+    }
+    mpfr_clear(first);
+    mpfr_clear(second);
+    mpfr_clear(value);
+    return error;
+}
+
 template double exact_ulp_error(const Reference&, float, float);
 template double exact_ulp_error(const Reference&, double, double);
+template double exact_ulp_error(ExactBinary, float, float, float);
+template double exact_ulp_error(ExactBinary, double, double, double);
 
 }  // namespace nax::testing

@@ -13,19 +13,19 @@ namespace {
 template <class E>
 constexpr MagnitudeRange<E> kOrdinarySums = {two_to<E>(by_precision<E>(-90, -900)), two_to<E>(E::exponent_bias - 1)};
 
-// The lanes outside, by way of `ordinary`, the function's own steps, and a scaling.
-template <class E, class Ordinary>
-NAX_VEC typename E::Vector settle(typename E::Vector a, typename E::Vector b, Ordinary ordinary) {
-    using Vector = typename E::Vector;
+// All lanes, those outside by the operation's own steps and a scaling.
+template <class Op, class Vector>
+NAX_VEC Vector settle(const Op& op, Vector a, Vector b) {
+    using E = typename Op::Precision;
     constexpr int shift = by_precision<E>(100, 700);
     const Vector zero = E::row(0), inf = E::row_of_bits(E::exponent_field), sign = E::row_of_bits(E::sign_bit);
     Vector s;
-    const Vector y = ordinary(a, b, s);
+    const Vector y = op.ordinary(a, b, s);
     const auto small = less(s, E::row(two_to<E>(by_precision<E>(-90, -900))));
     const Vector up = choose(small, E::row(two_to<E>(shift)), E::row(two_to<E>(-shift)));
     const Vector down = choose(small, E::row(two_to<E>(-shift)), E::row(two_to<E>(shift)));
     Vector scaled_s;
-    Vector scaled = mul(ordinary(mul(a, up), mul(b, up), scaled_s), down);
+    Vector scaled = mul(op.ordinary(mul(a, up), mul(b, up), scaled_s), down);
     scaled = choose(equal(scaled_s, zero), zero, scaled);
     scaled = choose(equal(and_not(sign, a), inf) | equal(and_not(sign, b), inf), inf, scaled);
     return choose(kOrdinarySums<E>.outside(s), scaled, y);
@@ -68,7 +68,7 @@ struct High {
         return ordinary_sums.excess(s);
     }
     NAX_VEC auto eval_wide(Vector a, Vector b, Vector& y) const {
-        y = settle<E>(a, b, [this](Vector u, Vector v, Vector& s) { return ordinary(u, v, s); });
+        y = settle(*this, a, b);
         return typename E::Mask{};
     }
 };
@@ -93,7 +93,7 @@ struct Low {
         return ordinary_sums.excess(s);
     }
     NAX_VEC auto eval_wide(Vector a, Vector b, Vector& y) const {
-        y = settle<E>(a, b, [this](Vector u, Vector v, Vector& s) { return ordinary(u, v, s); });
+        y = settle(*this, a, b);
         return typename E::Mask{};
     }
 };

@@ -96,8 +96,9 @@ struct WidePow {
         const Vector high = add(whole, lead);
         return {high, add(sub(lead, sub(high, whole)), lead_low)};
     }
+    // The low part is not within the last place of the high one, as r^3 P(r) is part of it.
     NAX_VEC Vector exp2(Vector high, Vector low) const {
-        const Vector z = add(high, shifter);
+        const Vector z = add(add(high, low), shifter);
         const Vector f = add(sub(high, sub(z, shifter)), low);
         Vector power, rest;
         powers.look_up(bits(z), power, rest);
@@ -226,8 +227,8 @@ struct PowData {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_six, pow_exp2_three}};
     static constexpr FloatPow<SinglePath, 5, 3> single_la = {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_five, pow_exp2_three}};
-    static constexpr FloatPow<SinglePath, 3, 1> single_ep = {
-        {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_three, pow_exp2_one}};
+    static constexpr FloatPow<SinglePath, 4, 1> single_ep = {
+        {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_four, pow_exp2_one}};
 };
 
 }  // namespace nax::vmath::NAX_ISA
