@@ -13,23 +13,8 @@ namespace {
 template <class E>
 constexpr MagnitudeRange<E> kOrdinarySums = {two_to<E>(by_precision<E>(-90, -900)), two_to<E>(E::exponent_bias - 1)};
 
-// All lanes, those outside by the operation's own steps and a scaling.
 template <class Op, class Vector>
-NAX_VEC Vector settle(const Op& op, Vector a, Vector b) {
-    using E = typename Op::Precision;
-    constexpr int shift = by_precision<E>(100, 700);
-    const Vector zero = E::row(0), inf = E::row_of_bits(E::exponent_field), sign = E::row_of_bits(E::sign_bit);
-    Vector s;
-    const Vector y = op.ordinary(a, b, s);
-    const auto small = less(s, E::row(two_to<E>(by_precision<E>(-90, -900))));
-    const Vector up = choose(small, E::row(two_to<E>(shift)), E::row(two_to<E>(-shift)));
-    const Vector down = choose(small, E::row(two_to<E>(-shift)), E::row(two_to<E>(shift)));
-    Vector scaled_s;
-    Vector scaled = mul(op.ordinary(mul(a, up), mul(b, up), scaled_s), down);
-    scaled = choose(equal(scaled_s, zero), zero, scaled);
-    scaled = choose(equal(and_not(sign, a), inf) | equal(and_not(sign, b), inf), inf, scaled);
-    return choose(kOrdinarySums<E>.outside(s), scaled, y);
-}
+NAX_VEC Vector settle(const Op& op, Vector a, Vector b);
 
 template <class E>
 struct High {
@@ -72,6 +57,25 @@ struct High {
         return typename E::Mask{};
     }
 };
+
+// All lanes of an operation; those outside by a scaling and the steps of HA, which never turn the largest number into
+// an infinity.
+template <class Op, class Vector>
+NAX_VEC Vector settle(const Op& op, Vector a, Vector b) {
+    using E = typename Op::Precision;
+    constexpr int shift = by_precision<E>(100, 700);
+    const Vector zero = E::row(0), inf = E::row_of_bits(E::exponent_field), sign = E::row_of_bits(E::sign_bit);
+    Vector s;
+    const Vector y = op.ordinary(a, b, s);
+    const auto small = less(s, E::row(two_to<E>(by_precision<E>(-90, -900))));
+    const Vector up = choose(small, E::row(two_to<E>(shift)), E::row(two_to<E>(-shift)));
+    const Vector down = choose(small, E::row(two_to<E>(-shift)), E::row(two_to<E>(shift)));
+    Vector scaled_s;
+    Vector scaled = mul(High<E>{}.ordinary(mul(a, up), mul(b, up), scaled_s), down);
+    scaled = choose(equal(scaled_s, zero), zero, scaled);
+    scaled = choose(equal(and_not(sign, a), inf) | equal(and_not(sign, b), inf), inf, scaled);
+    return choose(kOrdinarySums<E>.outside(s), scaled, y);
+}
 
 template <class E, int Steps>
 struct Low {
