@@ -102,15 +102,28 @@ void write_log(int size, const char* stem) {
                 [&](int j) { return entries[static_cast<size_t>(j)].value; });
 }
 
+// Pow in float lanes: the logarithm rounded.
+void write_short_log() {
+    const auto reciprocal = [](int j) { return (Wide(16.0) / Wide(16.0 + j)).to_float(); };
+    write_array(Type::Single, "pow_log2_16f_reciprocal", "c = 1/(1 + j/16), rounded", 16, reciprocal);
+    write_array(Type::Single, "pow_log2_16f_value", "-log2(c), rounded", 16, [=](int j) {
+        return (Wide(0.0) - log(Wide(reciprocal(j))) / log(Wide(2.0))).to_float();
+    });
+}
+
 // Powers 2^(j/16) less j units of their fourth mantissa bit: an integer sum with N in sixteenths, shifted up, makes
 // 2^N of them.
 void write_exp() {
-    const auto high = [](int j) { return exp2(Wide(j / 16.0)).to_double(); };
+    const auto high = [](int j) { return exp2(Wide(j / 16.0)); };
     write_array(Type::Double, "pow_exp2_16", "2^(j/16), bits less j 2^48", 16, [=](int j) {
-        return std::bit_cast<double>(std::bit_cast<int64_t>(high(j)) - (static_cast<int64_t>(j) << 48));
+        return std::bit_cast<double>(std::bit_cast<int64_t>(high(j).to_double()) - (static_cast<int64_t>(j) << 48));
     });
     write_array(Type::Double, "pow_exp2_16_low", "the rest, relative", 16,
-                [=](int j) { return ((exp2(Wide(j / 16.0)) - Wide(high(j))) / Wide(high(j))).to_double(); });
+                [=](int j) { return (high(j) / Wide(high(j).to_double()) - Wide(1.0)).to_double(); });
+    write_array(Type::Single, "pow_exp2_16f", "2^(j/16), bits less j 2^19", 16, [=](int j) {
+        const auto value = static_cast<float>(high(j).to_float());
+        return static_cast<double>(std::bit_cast<float>(std::bit_cast<int32_t>(value) - (j << 19)));
+    });
 }
 
 }  // namespace
@@ -124,6 +137,7 @@ int main() {
     }
     write_log(32, "pow_log2_32");
     write_log(16, "pow_log2_16");
+    write_short_log();
     write_exp();
     end_file();
     return 0;

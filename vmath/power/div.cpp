@@ -31,16 +31,16 @@ struct Refined {
     static constexpr auto rare = by_precision<E>(vsdiv_cout_rare, vddiv_cout_rare);
 
     Reciprocal<E, Steps> reciprocal = {};
-    MagnitudeRange<E> divisors = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
-    MagnitudeRange<E> quotients = {typename E::Element(0), two_to<E>(E::exponent_bias - 1)};
+    Range<E> divisors = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
+    Range<E> quotients = {typename E::Element(0), two_to<E>(E::exponent_bias - 1)};
 
     NAX_VEC auto eval(Vector a, Vector b, Vector& y) const {
         y = mul(a, reciprocal(b));
-        return divisors.excess(b) | quotients.excess(y);
+        return divisors.magnitude_outside(b) | quotients.magnitude_outside(y);
     }
     NAX_VEC auto eval_wide(Vector a, Vector b, Vector& y) const {
         const Vector product = mul(a, reciprocal(b));
-        y = choose(divisors.outside(b) | quotients.outside(product), div(a, b), product);
+        y = choose(divisors.magnitude_outside(b) | quotients.magnitude_outside(product), div(a, b), product);
         return equal(b, E::row(0));
     }
 };

@@ -11,7 +11,7 @@ namespace {
 
 // Sums of squares for which the steps below hold.
 template <class E>
-constexpr MagnitudeRange<E> kOrdinarySums = {two_to<E>(by_precision<E>(-90, -900)), two_to<E>(E::exponent_bias - 1)};
+constexpr Range<E> kOrdinarySums = {two_to<E>(by_precision<E>(-90, -900)), two_to<E>(E::exponent_bias - 1)};
 
 template <class Op, class Vector>
 NAX_VEC Vector settle(const Op& op, Vector a, Vector b);
@@ -25,7 +25,7 @@ struct High {
 
     Vector sign = E::row_of_bits(E::sign_bit);
     Vector half = E::row(typename E::Element(0.5));
-    MagnitudeRange<E> ordinary_sums = kOrdinarySums<E>;
+    Range<E> ordinary_sums = kOrdinarySums<E>;
 
     NAX_VEC Vector ordinary(Vector a, Vector b, Vector& s) const {
         a = and_not(sign, a);
@@ -50,7 +50,7 @@ struct High {
     NAX_VEC auto eval(Vector a, Vector b, Vector& y) const {
         Vector s;
         y = ordinary(a, b, s);
-        return ordinary_sums.excess(s);
+        return ordinary_sums.outside(s);
     }
     NAX_VEC auto eval_wide(Vector a, Vector b, Vector& y) const {
         y = settle(*this, a, b);
@@ -85,7 +85,7 @@ struct Low {
     static constexpr auto rare = nullptr;
 
     Root<E, Steps> root = {};
-    MagnitudeRange<E> ordinary_sums = kOrdinarySums<E>;
+    Range<E> ordinary_sums = kOrdinarySums<E>;
 
     NAX_VEC Vector ordinary(Vector a, Vector b, Vector& s) const {
         s = fma(a, a, mul(b, b));
@@ -94,7 +94,7 @@ struct Low {
     NAX_VEC auto eval(Vector a, Vector b, Vector& y) const {
         Vector s;
         y = ordinary(a, b, s);
-        return ordinary_sums.excess(s);
+        return ordinary_sums.outside(s);
     }
     NAX_VEC auto eval_wide(Vector a, Vector b, Vector& y) const {
         y = settle(*this, a, b);

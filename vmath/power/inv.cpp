@@ -30,14 +30,14 @@ struct Refined {
     static constexpr auto rare = by_precision<E>(vsinv_cout_rare, vdinv_cout_rare);
 
     Reciprocal<E, Steps> reciprocal = {};
-    MagnitudeRange<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
+    Range<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
 
     NAX_VEC auto eval(Vector x, Vector& y) const {
         y = reciprocal(x);
-        return ordinary.excess(x);
+        return ordinary.magnitude_outside(x);
     }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
-        y = choose(ordinary.outside(x), div(reciprocal.one, x), reciprocal(x));
+        y = choose(ordinary.magnitude_outside(x), div(reciprocal.one, x), reciprocal(x));
         return equal(x, E::row(0));
     }
 };

@@ -22,7 +22,7 @@ struct InvSqrt {
     Vector one = E::row(1);
     Vector leading_bits = E::row_of_bits(typename E::Integer(~((typename E::Integer{1} << (E::mantissa_bits + 2) / 2) - 1)));
     Coefficients<E, Terms> series;
-    MagnitudeRange<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
+    Range<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
 
     NAX_VEC Vector root(Vector x) const {
         Vector y0 = reciprocal_sqrt14(x), e;
@@ -37,19 +37,26 @@ struct InvSqrt {
         return fma(mul(y0, e), p, y0);
     }
 
-    // Negative in lanes of negative numbers, and where the square of y0 overflows or is denormal.
+    // In HA rare wherever the square of y0 overflows or is denormal, else where the result tells it.
     NAX_VEC auto eval(Vector x, Vector& y) const {
         y = root(x);
-        return ordinary.excess(x) | bits(x);
+        if constexpr (S == Square::Exact)
+            return ordinary.outside(x);
+        else
+            return y;
     }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
-        // Scaled by an even power of two.
-        constexpr int step = (E::mantissa_bits + 2) / 2 * 2;
-        const Vector up = E::row(two_to<E>(step)), half_up = E::row(two_to<E>(step / 2));
-        const Vector down = E::row(two_to<E>(-step)), half_down = E::row(two_to<E>(-step / 2));
-        const auto outside = ordinary.outside(x), small = less(x, one) & outside, large = ~less(x, one) & outside;
-        y = root(mul_where(large, mul_where(small, x, up), down));
-        y = mul_where(large, mul_where(small, y, half_up), half_down);
+        if constexpr (S == Square::Exact) {
+            // Scaled by an even power of two.
+            constexpr int step = (E::mantissa_bits + 2) / 2 * 2;
+            const Vector up = E::row(two_to<E>(step)), half_up = E::row(two_to<E>(step / 2));
+            const Vector down = E::row(two_to<E>(-step)), half_down = E::row(two_to<E>(-step / 2));
+            const auto outside = ordinary.outside(x), small = less(x, one) & outside, large = ~less(x, one) & outside;
+            y = root(mul_where(large, mul_where(small, x, up), down));
+            y = mul_where(large, mul_where(small, y, half_up), half_down);
+        } else {
+            y = root(x);
+        }
         y = choose(is_class<kZero | kPlusInf | kNan>(x), div(one, sqrt(x)), y);
         return negative(x) | is_class<kZero>(x);
     }

@@ -2,6 +2,8 @@
 // Where there are no estimates the processor's own root and quotient stand in; they are as accurate at least.
 #pragma once
 
+#include <limits>
+
 #include "vmath/frame/memory.h"
 
 namespace nax::vmath::NAX_ISA {
@@ -50,24 +52,29 @@ struct Reciprocal {
     }
 };
 
-// Magnitudes from `smallest` up to `largest`.
+// Numbers, or their magnitudes, from `low` up to `high`. One signed comparison of integers tells all others, Inf and NaN:
+// those below wrap around.
 template <class E>
-struct MagnitudeRange {
+struct Range {
     using Vector = typename E::Vector;
     using Integer = typename E::Integer;
     using Element = typename E::Element;
-    typename E::Bits smallest, largest;
+    typename E::Bits offset, last;
 
-    constexpr MagnitudeRange(Element low, Element high)
-        : smallest(E::bits_row(std::bit_cast<Integer>(low))), largest(E::bits_row(std::bit_cast<Integer>(high))) {}
+    constexpr Range(Element low, Element high)
+        : offset(E::bits_row(Integer(std::bit_cast<Integer>(low) ^ E::sign_bit))),
+          last(E::bits_row(Integer((std::bit_cast<Integer>(high) - std::bit_cast<Integer>(low)) ^ E::sign_bit))) {}
 
-    // Negative in lanes outside.
-    NAX_VEC typename E::Bits excess(Vector x) const {
-        const auto magnitude = bits(x) & E::bits_row(~E::sign_bit);
-        return (magnitude - smallest) | (largest - magnitude);
+    NAX_VEC typename E::Mask outside(Vector x) const { return greater(bits(x) - offset, last); }
+    NAX_VEC typename E::Mask magnitude_outside(Vector x) const {
+        return greater((bits(x) & E::bits_row(~E::sign_bit)) - offset, last);
     }
-    NAX_VEC typename E::Mask outside(Vector x) const { return sign_mask(from_bits(excess(x))); }
 };
+
+// The positive normal numbers.
+template <class E>
+constexpr Range<E> kPositiveNormal = {std::numeric_limits<typename E::Element>::min(),
+                                      std::numeric_limits<typename E::Element>::max()};
 
 // 2^n of the precision.
 template <class E>

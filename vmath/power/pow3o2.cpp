@@ -19,7 +19,7 @@ struct High {
 
     Vector half = E::row(typename E::Element(0.5));
     // The product's error is normal, and no infinity stands beside it.
-    MagnitudeRange<E> ordinary = {two_to<E>(by_precision<E>(-66, -600)), two_to<E>(by_precision<E>(84, 682))};
+    Range<E> ordinary = {two_to<E>(by_precision<E>(-66, -600)), two_to<E>(by_precision<E>(84, 682))};
 
     NAX_VEC Vector product(Vector x, Vector& high) const {
         const Vector s = sqrt(x), d = fnma(s, s, x);
@@ -29,7 +29,7 @@ struct High {
     NAX_VEC auto eval(Vector x, Vector& y) const {
         Vector high;
         y = product(x, high);
-        return ordinary.excess(x) | bits(x);
+        return ordinary.outside(x);
     }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
         // x 2^(2k), of which the power is 2^(3k) times as large

@@ -5,8 +5,8 @@
 //
 // -log2(c) is a multiple of 2^-40 in an accurate table: its sum with e is exact and has no low part. Double HA carries
 // the logarithm in two doubles to some 68 bits, since t times its relative error becomes that of the result; r and r^2/2
-// are exact pairs. LA leaves the smallest terms away. Double EP and the float functions, which work in double lanes, have
-// it in one double.
+// are exact pairs. LA leaves the smallest terms away. Double EP and the float functions, which work in double lanes in HA
+// and LA, have it in one number.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"
@@ -19,36 +19,49 @@
 namespace nax::vmath::NAX_ISA {
 
 // x = 2^e m with m in [1 - 1/(2 Size), 2 - 1/(2 Size)): m nearest to 1 + index/Size. For positive normal x.
-template <int Size>
+template <class E, int Size>
 struct Split {
-    using Vector = Double::Vector;
-    static constexpr int index_bits = Size == 32 ? 5 : 4;
+    using Vector = typename E::Vector;
+    using Bits = typename E::Bits;
+    using Integer = typename E::Integer;
+    static constexpr int index_bits = Size == 32 ? 5 : 4, fraction_bits = E::mantissa_bits - index_bits;
     static_assert(Size == 1 << index_bits);
 
-    Double::Bits half_step = Double::bits_row(int64_t{1} << (51 - index_bits));
-    Double::Bits exponent_field = Double::bits_row(Double::exponent_field);
-    Double::Bits one = Double::bits_row(0x3FF0000000000000);
-    Vector exponent_unit = Double::row(0x1p52);
-    Vector exponent_offset = Double::row(0x1p52 + 1023);
+    Bits half_step = E::bits_row(Integer{1} << (fraction_bits - 1));
+    Bits exponent_field = E::bits_row(E::exponent_field);
+    Bits one = E::bits_row(std::bit_cast<Integer>(typename E::Element(1)));
+    Vector exponent_unit = E::row(two_to<E>(E::mantissa_bits));
+    Vector exponent_offset = E::row(two_to<E>(E::mantissa_bits) + E::exponent_bias);
 
     struct Parts {
         Vector e, m;
-        Double::Bits index;  // in the low bits
+        Bits index;  // in the low bits
     };
     NAX_VEC Parts operator()(Vector x) const {
         // A carry out of the mantissa raises the exponent, and leaves index 0.
-        const auto rounded = bits(x) + half_step;
-        const Vector e = sub(from_bits(shift_right<52>(rounded) | bits(exponent_unit)), exponent_offset);
-        return {e, from_bits(bits(x) - (rounded & exponent_field) + one), shift_right<52 - index_bits>(rounded)};
+        const Bits rounded = bits(x) + half_step;
+        const Vector e = sub(from_bits(shift_right<E::mantissa_bits>(rounded) | bits(exponent_unit)), exponent_offset);
+        return {e, from_bits(bits(x) - (rounded & exponent_field) + one), shift_right<fraction_bits>(rounded)};
     }
 };
 
-// Negative where x is not a positive normal number.
-template <class E>
-NAX_VEC auto not_positive_normal(typename E::Vector x) {
-    const auto least = E::bits_row(typename E::Integer{1} << E::mantissa_bits);
-    return (bits(x) - least) | (E::bits_row(E::exponent_field - 1) - bits(x));
+// The series by Horner's rule, for short ones.
+template <class E, int Terms>
+NAX_VEC auto horner(const Coefficients<E, Terms>& series, typename E::Vector x) {
+    auto p = series.c[Terms - 1];
+    for (int i = Terms - 2; i >= 0; --i) p = fma(p, x, series.c[i]);
+    return p;
 }
+
+// Exponents of two whose powers are normal numbers.
+template <class E>
+struct NormalPowers {
+    using Vector = typename E::Vector;
+    Vector magnitude = E::row_of_bits(~E::sign_bit);
+    Vector limit = E::row(by_precision<E>(125.5f, 1021.5));
+
+    NAX_VEC auto outside(Vector t) const { return not_less(bit_and(t, magnitude), limit); }
+};
 
 // Double HA and LA.
 template <RareFunction<double>::TwoInputs Path, bool High, int LogTerms, int ExpTerms>
@@ -63,11 +76,12 @@ struct WidePow {
     PairTable<Double, 16> powers;  // 2^(j/16) and what it lacks, relative
     Coefficients<Double, LogTerms> log_series;
     Coefficients<Double, ExpTerms> exp_series;
-    Split<32> split = {};
+    Split<Double, 32> split = {};
     Vector one = Double::row(1), minus_half = Double::row(-0.5);
     Vector log2_e = Double::row(0x1.71547652b82fep+0), log2_e_low = Double::row(0x1.777d0ffda0d24p-56);
     Vector shifter = Double::row(0x1.8p48);  // leaves sixteenths
-    MagnitudeRange<Double> ordinary = {0.0, 1021.5};
+    NormalPowers<Double> powers_of_two = {};
+    Range<Double> normal = kPositiveNormal<Double>;
 
     struct Pair {
         Vector high, low;
@@ -120,7 +134,7 @@ struct WidePow {
         Vector low;
         const Vector t = product(x, y, low);
         r = exp2(t, low);
-        return sign_mask(from_bits(not_positive_normal<Double>(x) | ordinary.excess(t)));
+        return normal.outside(x) | powers_of_two.outside(t);
     }
 };
 
@@ -132,7 +146,7 @@ struct NarrowPow {
     Table<Double, 16> powers;
     Coefficients<Double, LogTerms> log_series;
     Coefficients<Double, ExpTerms> exp_series;
-    Split<16> split = {};
+    Split<Double, 16> split = {};
     Vector one = Double::row(1);
     Vector shifter = Double::row(0x1.8p48);
 
@@ -147,9 +161,7 @@ struct NarrowPow {
         const Vector z = add(t, shifter);
         const Vector f = sub(t, sub(z, shifter));
         const Vector power = from_bits(bits(powers[bits(z)]) + shift_left<48>(bits(z)));
-        Vector q = exp_series.c[ExpTerms - 1];
-        for (int i = ExpTerms - 2; i >= 0; --i) q = fma(q, f, exp_series.c[i]);
-        return fma(mul(f, q), power, power);
+        return fma(mul(f, horner(exp_series, f)), power, power);
     }
 };
 
@@ -163,16 +175,17 @@ struct ShortPow {
     static constexpr bool settles_always = true;
 
     NarrowPow<LogTerms, ExpTerms> steps;
-    MagnitudeRange<Double> ordinary = {0.0, 1021.5};
+    NormalPowers<Double> powers_of_two = {};
+    Range<Double> normal = kPositiveNormal<Double>;
 
     NAX_VEC auto eval(Vector x, Vector y, Vector& r) const {
         const Vector t = mul(y, steps.log2(x));
         r = steps.exp2(t);
-        return sign_mask(from_bits(not_positive_normal<Double>(x) | ordinary.excess(t)));
+        return normal.outside(x) | powers_of_two.outside(t);
     }
 };
 
-// Float, all levels.
+// Float HA and LA.
 template <RareFunction<float>::TwoInputs Path, int LogTerms, int ExpTerms>
 struct FloatPow {
     using Precision = Single;
@@ -184,6 +197,7 @@ struct FloatPow {
 
     NarrowPow<LogTerms, ExpTerms> steps;
     Wide least = Double::row(-1000), most = Double::row(1000);
+    Range<Single> normal = kPositiveNormal<Single>;
 
     // Limits keep 2^t a normal double; NaN becomes one of them.
     NAX_VEC Wide half(Wide x, Wide y) const {
@@ -192,13 +206,42 @@ struct FloatPow {
     // Results outside the normal floats are rare.
     NAX_VEC auto eval(Vector x, Vector y, Vector& r) const {
         r = narrow(half(widen_low(x), widen_low(y)), half(widen_high(x), widen_high(y)));
-        return sign_mask(from_bits(not_positive_normal<Single>(x) | not_positive_normal<Single>(r)));
+        return normal.outside(x) | normal.outside(r);
     }
 };
 
-}  // namespace nax::vmath::NAX_ISA
+// Float EP, in float lanes: the logarithm's 2^-20 and the product's rounding leave 12 bits of the largest powers.
+template <RareFunction<float>::TwoInputs Path, int LogTerms, int ExpTerms>
+struct ShortFloatPow {
+    using Precision = Single;
+    using Vector = Single::Vector;
+    static constexpr int unroll = 4;
+    static constexpr auto rare = Path;
+    static constexpr bool settles_always = true;
 
-namespace nax::vmath::NAX_ISA {
+    PairTable<Single, 16> logs;
+    Table<Single, 16> powers;
+    Coefficients<Single, LogTerms> log_series;
+    Coefficients<Single, ExpTerms> exp_series;
+    Split<Single, 16> split = {};
+    Vector one = Single::row(1);
+    Vector shifter = Single::row(0x1.8p19f);  // leaves sixteenths
+    NormalPowers<Single> powers_of_two = {};
+    Range<Single> normal = kPositiveNormal<Single>;
+
+    NAX_VEC auto eval(Vector x, Vector y, Vector& r) const {
+        const auto parts = split(x);
+        Vector c, value;
+        logs.look_up(parts.index, c, value);
+        const Vector rest = fms(parts.m, c, one);
+        const Vector t = mul(y, fma(rest, horner(log_series, rest), add(parts.e, value)));
+        const Vector z = add(t, shifter);
+        const Vector f = sub(t, sub(z, shifter));
+        const Vector power = from_bits(bits(powers[bits(z)]) + shift_left<19>(bits(z)));
+        r = fma(mul(f, horner(exp_series, f)), power, power);
+        return normal.outside(x) | powers_of_two.outside(t);
+    }
+};
 
 // Least error of log2(1 + r)/r on [-1/32, 1/32], 2^-44.
 inline constexpr double pow_log2_seven[7] = {1.4426950408889612,  -0.7213475204630959,  0.48089834702210205,
@@ -227,8 +270,10 @@ struct PowData {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_six, pow_exp2_three}};
     static constexpr FloatPow<SinglePath, 5, 3> single_la = {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_five, pow_exp2_three}};
-    static constexpr FloatPow<SinglePath, 4, 1> single_ep = {
-        {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_four, pow_exp2_one}};
+    static constexpr ShortFloatPow<SinglePath, 3, 2> single_ep = {{pow_log2_16f_reciprocal, pow_log2_16f_value},
+                                                                  pow_exp2_16f,
+                                                                  pow_log2_three,
+                                                                  pow_exp2_two};
 };
 
 }  // namespace nax::vmath::NAX_ISA

@@ -45,17 +45,13 @@ struct ThirdPower {
     Vector third = E::row(Element(1) / 3);
     Vector shifter = E::row(Element(3 * (Integer{1} << (E::mantissa_bits - 1))));  // leaves integers
     Vector three = E::row(3), one = E::row(1);
-    // an exponent field, ORed to the first and less the second, is the exponent
-    Vector exponent_unit = E::row(Element(Integer{1} << E::mantissa_bits));
-    Vector exponent_offset = E::row(Element((Integer{1} << E::mantissa_bits) + E::exponent_bias));
     typename E::Bits magnitude = E::bits_row(~E::sign_bit);
-    typename E::Bits mantissa = E::bits_row((Integer{1} << E::mantissa_bits) - 1);
+    Range<E> normal = kPositiveNormal<E>;
 
-    // x^a of normal numbers; the sign is not looked at.
-    NAX_VEC Vector positive(Vector x) const {
-        const auto field = shift_right<E::mantissa_bits>(bits(x) & magnitude);
-        const Vector e = sub(from_bits(field | bits(exponent_unit)), exponent_offset);
-        const Vector m = from_bits((bits(x) & mantissa) | bits(one));
+    // x^a of positive normal numbers, and the exponent of x.
+    NAX_VEC Vector positive(Vector x, Vector& e) const {
+        e = get_exponent(x, Fast{});
+        const Vector m = get_mantissa(x, Fast{});
         // q = e/3 rounded to nearest, k = e - 3q
         const Vector z = fma(e, third, shifter);
         const Vector k = add(fnma(sub(z, shifter), three, e), shifter);
@@ -85,24 +81,32 @@ struct ThirdPower {
         for (int i = Terms - 2; i >= 0; --i) p = fma(p, r, series.c[i]);
         return p;
     }
+    NAX_VEC Vector size_of(Vector x) const { return from_bits(bits(x) & magnitude); }
     NAX_VEC Vector with_sign(Vector x, Vector y) const {
-        if constexpr (F == Third::RootSquared) return y;
-        return from_bits(bits(y) | (bits(x) & ~magnitude));
+        if constexpr (F == Third::RootSquared)
+            return y;
+        else
+            return bit_choose(from_bits(magnitude), y, x);
     }
 
-    // Negative where x is not normal.
+    // The verdict is the exponent where that is infinite for zeros and infinities, NaN for NaN, and right for denormals.
     NAX_VEC auto eval(Vector x, Vector& y) const {
-        y = with_sign(x, positive(x));
-        const auto size = bits(x) & magnitude;
-        return (size - E::bits_row(Integer{1} << E::mantissa_bits)) | (E::bits_row(E::exponent_field - 1) - size);
+        const Vector size = size_of(x);
+        Vector e;
+        y = with_sign(x, positive(size, e));
+        if constexpr (kFastIsCareful)
+            return e;
+        else
+            return normal.outside(size);
     }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
         // A denormal is scaled by a power of two that leaves k alone.
         constexpr int up = (E::mantissa_bits + 3) / 3 * 3;
         constexpr int down = F == Third::Root ? -up / 3 : F == Third::InverseRoot ? up / 3 : -2 * up / 3;
         const auto small = is_class<kDenormal>(x);
+        Vector e;
         const Vector scaled = mul_where(small, x, E::row(two_to<E>(up)));
-        const Vector ordinary = mul_where(small, with_sign(x, positive(scaled)), E::row(two_to<E>(down)));
+        const Vector ordinary = mul_where(small, with_sign(x, positive(size_of(scaled), e)), E::row(two_to<E>(down)));
         // Zeros, infinities and NaN.
         Vector limit;
         if constexpr (F == Third::Root) limit = add(x, x);
