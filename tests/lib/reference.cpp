@@ -120,6 +120,7 @@ double exact_ulp_error(const Reference& reference, T x, T y) {
 
 template double ulp_distance(mpfr_ptr, float);
 template double ulp_distance(mpfr_ptr, double);
+
 template <class T>
 double exact_ulp_error(ExactBinary exact, T a, T b, T y) {
     mpfr_t first, second, value;

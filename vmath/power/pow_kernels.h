@@ -70,7 +70,7 @@ struct WidePow {
     using Vector = Double::Vector;
     static constexpr int unroll = 4;
     static constexpr auto rare = Path;
-    static constexpr bool settles_always = true;
+    static constexpr bool always_settled = true;
 
     PairTable<Double, 32> logs;    // c, -log2(c)
     PairTable<Double, 16> powers;  // 2^(j/16) and what it lacks, relative
@@ -172,7 +172,7 @@ struct ShortPow {
     using Vector = Double::Vector;
     static constexpr int unroll = 4;
     static constexpr auto rare = Path;
-    static constexpr bool settles_always = true;
+    static constexpr bool always_settled = true;
 
     NarrowPow<LogTerms, ExpTerms> steps;
     NormalPowers<Double> powers_of_two = {};
@@ -193,7 +193,7 @@ struct FloatPow {
     using Wide = Double::Vector;
     static constexpr int unroll = 2;
     static constexpr auto rare = Path;
-    static constexpr bool settles_always = true;
+    static constexpr bool always_settled = true;
 
     NarrowPow<LogTerms, ExpTerms> steps;
     Wide least = Double::row(-1000), most = Double::row(1000);
@@ -217,7 +217,7 @@ struct ShortFloatPow {
     using Vector = Single::Vector;
     static constexpr int unroll = 4;
     static constexpr auto rare = Path;
-    static constexpr bool settles_always = true;
+    static constexpr bool always_settled = true;
 
     PairTable<Single, 16> logs;
     Table<Single, 16> powers;
