@@ -67,7 +67,7 @@ int32_t power(double x, double y, double sign, double* r) {
     const DoubleWord log = log2_extended(x);
     const double t = y * log.high;
     // Certainly too large or too small: infinity or 0 with the flags.
-    if (std::fabs(t) > 1080.0) {
+    if (t > 1024.5 || t < -1080.0) {
         const double bound = t > 0.0 ? kLargest : kSmallest;
         *r = sign * (hide(bound) * bound);
         return t > 0.0 ? kOverflow : kUnderflow;

@@ -56,7 +56,7 @@ struct ThirdPower {
         const Vector z = fma(e, third, shifter);
         const Vector k = add(fnma(sub(z, shifter), three, e), shifter);
         Vector c, value;
-        entries.look_up(shift_right<E::mantissa_bits - 4>(bits(x)), c, value);
+        entries.look_up(shift_right<E::mantissa_bits - 4>(bits(m)), c, value);
         const Vector r = fms(m, c, one);
         Vector y;
         if constexpr (High) {
