@@ -53,7 +53,8 @@ public:
     // Some steps from 1 + (2j + 1)/64, where the table's interval changes.
     T table_border() {
         T x = static_cast<T>(1 + (2 * std::floor(uniform(0, 32)) + 1) / 64);
-        for (int step = static_cast<int>(uniform(0, 4)); step > 0; --step) x = std::nextafter(x, static_cast<T>(sign() * 9));
+        for (int step = static_cast<int>(uniform(0, 4)); step > 0; --step)
+            x = std::nextafter(x, static_cast<T>(sign() * 9));
         return static_cast<T>(std::ldexp(x, static_cast<int>(uniform(-20, 20))));
     }
 
@@ -94,7 +95,8 @@ Point<T> plain_point(Sampler<T>& s, int kind) {
     const double ratio = std::exp2(s.uniform(-60, 60));
     const double b = static_cast<double>(a) * ratio;
     constexpr double largest = static_cast<double>(std::numeric_limits<T>::max());
-    return {a, static_cast<T>(std::fmin(std::fmax(b, static_cast<double>(std::numeric_limits<T>::denorm_min())), largest))};
+    return {
+        a, static_cast<T>(std::fmin(std::fmax(b, static_cast<double>(std::numeric_limits<T>::denorm_min())), largest))};
 }
 
 template <class T>
@@ -107,8 +109,8 @@ void call_all(const Record& record, int slot, const std::vector<Point<T>>& point
     }
     results.resize(n);
     if (record.row->signature == Signature::BINARY) {
-        reinterpret_cast<void (*)(int32_t, const T*, const T*, T*)>(record.ttab[slot])(static_cast<int32_t>(n), a.data(),
-                                                                                       b.data(), results.data());
+        reinterpret_cast<void (*)(int32_t, const T*, const T*, T*)>(record.ttab[slot])(
+            static_cast<int32_t>(n), a.data(), b.data(), results.data());
         return;
     }
     for (size_t i = 0; i < n; ++i)
@@ -122,8 +124,7 @@ void check_function(const Held& held, int count) {
     const bool power = held.exact == mpfr_pow;
     Sampler<T> sampler(17);
     std::vector<Point<T>> points;
-    for (int i = 0; i < count; ++i)
-        points.push_back(power ? power_point(sampler, i) : plain_point(sampler, i));
+    for (int i = 0; i < count; ++i) points.push_back(power ? power_point(sampler, i) : plain_point(sampler, i));
     for (int slot = 0; slot < kSlots; ++slot) {
         std::vector<T> results;
         call_all(record, slot, points, results);

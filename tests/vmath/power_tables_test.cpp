@@ -1,13 +1,13 @@
 // The tables of the power family, recomputed: an accurate table is right if its short value is the function of its
 // argument to far more bits than either holds.
+#include "vmath/power/power_tables.inc"
+
 #include <gtest/gtest.h>
 #include <mpfr.h>
 
 #include <bit>
 #include <cmath>
 #include <cstdint>
-
-#include "vmath/power/power_tables.inc"
 
 namespace nax::vmath {
 namespace {
@@ -63,7 +63,8 @@ TEST(PowerTables, Roots) {
     check_root(inv_cbrt_reciprocal, inv_cbrt_value, inv_cbrt_factor, inv_cbrt_factor_high, inv_cbrt_factor_low, -1);
     check_root(pow2o3_reciprocal, pow2o3_value, pow2o3_factor, pow2o3_factor_high, pow2o3_factor_low, 2);
     check_root(cbrtf_reciprocal, cbrtf_value, cbrtf_factor, cbrtf_factor_high, cbrtf_factor_low, 1);
-    check_root(inv_cbrtf_reciprocal, inv_cbrtf_value, inv_cbrtf_factor, inv_cbrtf_factor_high, inv_cbrtf_factor_low, -1);
+    check_root(inv_cbrtf_reciprocal, inv_cbrtf_value, inv_cbrtf_factor, inv_cbrtf_factor_high, inv_cbrtf_factor_low,
+               -1);
     check_root(pow2o3f_reciprocal, pow2o3f_value, pow2o3f_factor, pow2o3f_factor_high, pow2o3f_factor_low, 2);
 }
 
@@ -103,7 +104,8 @@ TEST(PowerTables, Exponentials) {
         const long double exact = std::exp2(static_cast<long double>(j) / 16);
         EXPECT_EQ(high, static_cast<double>(exact));
         EXPECT_NEAR(pow_exp2_16_low[j], static_cast<double>((exact - high) / high), 0x1p-62);
-        const float single = std::bit_cast<float>(std::bit_cast<int32_t>(pow_exp2_16f[j]) + static_cast<int32_t>(j << 19));
+        const float single =
+            std::bit_cast<float>(std::bit_cast<int32_t>(pow_exp2_16f[j]) + static_cast<int32_t>(j << 19));
         EXPECT_EQ(single, static_cast<float>(exact));
     }
 }

@@ -51,9 +51,10 @@ template <class T>
 std::vector<T> arguments(int count) {
     using Limits = std::numeric_limits<T>;
     std::mt19937_64 random(5);
-    std::uniform_real_distribution<double> exponent(Limits::min_exponent - 8, Limits::max_exponent - 1), ordinary(-3, 3);
-    std::vector<T> x = {0, -T(0), Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), 1, -1, Limits::max(),
-                        Limits::min(), Limits::denorm_min()};
+    std::uniform_real_distribution<double> exponent(Limits::min_exponent - 8, Limits::max_exponent - 1),
+        ordinary(-3, 3);
+    std::vector<T> x = {0, -T(0), Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(),
+                        1, -1,    Limits::max(),      Limits::min(),       Limits::denorm_min()};
     while (static_cast<int>(x.size()) < count) {
         x.push_back(static_cast<T>(std::exp2(exponent(random))));
         x.push_back(static_cast<T>(ordinary(random)));
@@ -69,8 +70,8 @@ std::vector<T> call_powx(int slot, const std::vector<T>& x, T b, int stride) {
     if (stride == 1)
         reinterpret_cast<void (*)(int32_t, const T*, T, T*)>(record.ttab[slot])(n, x.data(), b, y.data());
     else
-        reinterpret_cast<void (*)(int32_t, const T*, int32_t, T, T*, int32_t)>(record.ttab[slot])(n, x.data(), stride, b,
-                                                                                                  y.data(), stride);
+        reinterpret_cast<void (*)(int32_t, const T*, int32_t, T, T*, int32_t)>(record.ttab[slot])(n, x.data(), stride,
+                                                                                                  b, y.data(), stride);
     return y;
 }
 
@@ -117,8 +118,8 @@ void check_handed_over() {
         const char* function;
         bool ep_only;
     };
-    const Row rows[] = {{T(-1), "Inv", false},        {T(0.5), "Sqrt", false},         {T(-0.5), "InvSqrt", false},
-                        {T(1.5), "Pow3o2", false},    {T(1) / 3, "Cbrt", true},        {T(-1) / 3, "InvCbrt", true},
+    const Row rows[] = {{T(-1), "Inv", false},     {T(0.5), "Sqrt", false},  {T(-0.5), "InvSqrt", false},
+                        {T(1.5), "Pow3o2", false}, {T(1) / 3, "Cbrt", true}, {T(-1) / 3, "InvCbrt", true},
                         {T(2) / 3, "Pow2o3", true}};
     const std::vector<T> x = arguments<T>(200);
     for (const Row& row : rows)
@@ -206,7 +207,8 @@ void check_reports() {
     // An exponent beside which the filler of a last partial vector would overflow.
     last = {};
     for (int slot = 0; slot < kSlots; ++slot)
-        for (const T y : call_powx(slot, std::vector<T>(3, T(1)), -std::numeric_limits<T>::max(), 1)) EXPECT_EQ(y, T(1));
+        for (const T y : call_powx(slot, std::vector<T>(3, T(1)), -std::numeric_limits<T>::max(), 1))
+            EXPECT_EQ(y, T(1));
     EXPECT_EQ(last.count, 0);
 }
 TEST_F(Power, ReportsOfPowx) {
@@ -244,8 +246,8 @@ void check_correctly_rounded() {
     EXPECT_TRUE(same_bits(call_unary("Sqrt", 1, x, 1), roots));
     EXPECT_TRUE(same_bits(call_unary("Inv", 1, x, 1), reciprocals));
     const Record& div = *find_record(kLetter<T> + std::string("Div"));
-    reinterpret_cast<void (*)(int32_t, const T*, const T*, T*)>(div.ttab[1])(
-        static_cast<int32_t>(x.size()), x.data(), divisors.data(), quotients.data());
+    reinterpret_cast<void (*)(int32_t, const T*, const T*, T*)>(div.ttab[1])(static_cast<int32_t>(x.size()), x.data(),
+                                                                             divisors.data(), quotients.data());
     EXPECT_TRUE(same_bits(quotients, expected));
 }
 TEST_F(Power, RootsAndQuotientsAreCorrectlyRounded) {

@@ -106,9 +106,8 @@ void write_log(int size, const char* stem) {
 void write_short_log() {
     const auto reciprocal = [](int j) { return (Wide(16.0) / Wide(16.0 + j)).to_float(); };
     write_array(Type::Single, "pow_log2_16f_reciprocal", "c = 1/(1 + j/16), rounded", 16, reciprocal);
-    write_array(Type::Single, "pow_log2_16f_value", "-log2(c), rounded", 16, [=](int j) {
-        return (Wide(0.0) - log(Wide(reciprocal(j))) / log(Wide(2.0))).to_float();
-    });
+    write_array(Type::Single, "pow_log2_16f_value", "-log2(c), rounded", 16,
+                [=](int j) { return (Wide(0.0) - log(Wide(reciprocal(j))) / log(Wide(2.0))).to_float(); });
 }
 
 // Powers 2^(j/16) less j units of their fourth mantissa bit: an integer sum with N in sixteenths, shifted up, makes

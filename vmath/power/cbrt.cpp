@@ -5,10 +5,9 @@ namespace nax::vmath::NAX_ISA {
 namespace {
 
 // least error for abs(r) <= 1/16, 2^-59.6
-constexpr double double_series[10] = {0.3333333333333334,    -0.11111111111111162, 0.06172839506120587,
-                                      -0.041152263373174666, 0.030178327221837806, -0.02347203297228489,
-                                      0.019000732549266777,  -0.015833742709636108, 0.013599669412148277,
-                                      -0.011806930731698976};
+constexpr double double_series[10] = {
+    0.3333333333333334,   -0.11111111111111162, 0.06172839506120587,   -0.041152263373174666, 0.030178327221837806,
+    -0.02347203297228489, 0.019000732549266777, -0.015833742709636108, 0.013599669412148277,  -0.011806930731698976};
 
 template <bool High, int Terms>
 using DoubleCbrt = ThirdPower<Double, Third::Root, High, Terms>;
@@ -21,8 +20,10 @@ alignas(64) constexpr DoubleCbrt<false, 8> double_la = {{cbrt_reciprocal, cbrt_v
 alignas(64) constexpr DoubleCbrt<false, 4> double_ep = {{cbrt_reciprocal, cbrt_value}, {cbrt_factor}, cbrt_double_ep};
 alignas(64) constexpr SingleCbrt<true, 4> single_ha = {
     {cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor_high, cbrtf_factor_low}, cbrt_single_ha};
-alignas(64) constexpr SingleCbrt<false, 3> single_la = {{cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_la};
-alignas(64) constexpr SingleCbrt<false, 1> single_ep = {{cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_ep};
+alignas(64) constexpr SingleCbrt<false, 3> single_la = {
+    {cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_la};
+alignas(64) constexpr SingleCbrt<false, 1> single_ep = {
+    {cbrtf_reciprocal, cbrtf_value}, {cbrtf_factor}, cbrt_single_ep};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

@@ -1,8 +1,8 @@
 // Hypot:  sqrt(a^2 + b^2).
 //
 // HA orders the arguments by size, h >= l, and carries the errors of h^2 and of the sum to the last step of the root:
-// s + low = h^2 + l^2 to twice the format's bits. Sums whose errors could underflow, or that overflow, are computed anew
-// from arguments scaled by a power of two. An infinity beats NaN.
+// s + low = h^2 + l^2 to twice the format's bits. Sums whose errors could underflow, or that overflow, are computed
+// anew from arguments scaled by a power of two. An infinity beats NaN.
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/power/newton.h"
 

@@ -20,7 +20,8 @@ struct InvSqrt {
     static constexpr auto rare = by_precision<E>(vsinvsqrt_cout_rare, vdinvsqrt_cout_rare);
 
     Vector one = E::row(1);
-    Vector leading_bits = E::row_of_bits(typename E::Integer(~((typename E::Integer{1} << (E::mantissa_bits + 2) / 2) - 1)));
+    Vector leading_bits =
+        E::row_of_bits(typename E::Integer(~((typename E::Integer{1} << (E::mantissa_bits + 2) / 2) - 1)));
     Coefficients<E, Terms> series;
     Range<E> ordinary = {two_to<E>(1 - E::exponent_bias), two_to<E>(E::exponent_bias - 3)};
 

@@ -52,8 +52,8 @@ struct Reciprocal {
     }
 };
 
-// Numbers, or their magnitudes, from `low` up to `high`. One signed comparison of integers tells all others, Inf and NaN:
-// those below wrap around.
+// Numbers, or their magnitudes, from `low` up to `high`. One signed comparison of integers tells all others, Inf and
+// NaN: those below wrap around.
 template <class E>
 struct Range {
     using Vector = typename E::Vector;

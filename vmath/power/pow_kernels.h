@@ -4,9 +4,9 @@
 //     t = N + f, N the nearest sixteenth:                   2^t = 2^N 2^f
 //
 // -log2(c) is a multiple of 2^-40 in an accurate table: its sum with e is exact and has no low part. Double HA carries
-// the logarithm in two doubles to some 68 bits, since t times its relative error becomes that of the result; r and r^2/2
-// are exact pairs. LA leaves the smallest terms away. Double EP and the float functions, which work in double lanes in HA
-// and LA, have it in one number.
+// the logarithm in two doubles to some 68 bits, since t times its relative error becomes that of the result; r and
+// r^2/2 are exact pairs. LA leaves the smallest terms away. Double EP and the float functions, which work in double
+// lanes in HA and LA, have it in one number.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"
@@ -200,9 +200,7 @@ struct FloatPow {
     Range<Single> normal = kPositiveNormal<Single>;
 
     // Limits keep 2^t a normal double; NaN becomes one of them.
-    NAX_VEC Wide half(Wide x, Wide y) const {
-        return steps.exp2(min(max(mul(y, steps.log2(x)), least), most));
-    }
+    NAX_VEC Wide half(Wide x, Wide y) const { return steps.exp2(min(max(mul(y, steps.log2(x)), least), most)); }
     // Results outside the normal floats are rare.
     NAX_VEC auto eval(Vector x, Vector y, Vector& r) const {
         r = narrow(half(widen_low(x), widen_low(y)), half(widen_high(x), widen_high(y)));
@@ -244,8 +242,8 @@ struct ShortFloatPow {
 };
 
 // Least error of log2(1 + r)/r on [-1/32, 1/32], 2^-44.
-inline constexpr double pow_log2_seven[7] = {1.4426950408889612,  -0.7213475204630959,  0.48089834702210205,
-                                             -0.3606736083540536, 0.2885387573943004,   -0.24075888383571067,
+inline constexpr double pow_log2_seven[7] = {1.4426950408889612,  -0.7213475204630959, 0.48089834702210205,
+                                             -0.3606736083540536, 0.2885387573943004,  -0.24075888383571067,
                                              0.20645333095336202};
 
 // The logarithm's tail as a series in r and h = -r^2/2 that is multiplied by r h.
@@ -256,24 +254,18 @@ inline constexpr double pow_log_tail_in_h[8] = {-2 * pow_log_tail[0], -2 * pow_l
 // The data blocks of one function, whose scalar paths are the arguments.
 template <RareFunction<double>::TwoInputs DoublePath, RareFunction<float>::TwoInputs SinglePath>
 struct PowData {
-    static constexpr WidePow<DoublePath, true, 8, 6> double_ha = {{pow_log2_32_reciprocal, pow_log2_32_value},
-                                                                  {pow_exp2_16, pow_exp2_16_low},
-                                                                  pow_log_tail_in_h,
-                                                                  pow_exp2_six};
-    static constexpr WidePow<DoublePath, false, 8, 6> double_la = {{pow_log2_32_reciprocal, pow_log2_32_value},
-                                                                   {pow_exp2_16, pow_exp2_16_low},
-                                                                   pow_log_tail_in_h,
-                                                                   pow_exp2_six};
+    static constexpr WidePow<DoublePath, true, 8, 6> double_ha = {
+        {pow_log2_32_reciprocal, pow_log2_32_value}, {pow_exp2_16, pow_exp2_16_low}, pow_log_tail_in_h, pow_exp2_six};
+    static constexpr WidePow<DoublePath, false, 8, 6> double_la = {
+        {pow_log2_32_reciprocal, pow_log2_32_value}, {pow_exp2_16, pow_exp2_16_low}, pow_log_tail_in_h, pow_exp2_six};
     static constexpr ShortPow<DoublePath, 7, 3> double_ep = {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_seven, pow_exp2_three}};
     static constexpr FloatPow<SinglePath, 6, 3> single_ha = {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_six, pow_exp2_three}};
     static constexpr FloatPow<SinglePath, 5, 3> single_la = {
         {{pow_log2_16_reciprocal, pow_log2_16_value}, pow_exp2_16, pow_log2_five, pow_exp2_three}};
-    static constexpr ShortFloatPow<SinglePath, 3, 2> single_ep = {{pow_log2_16f_reciprocal, pow_log2_16f_value},
-                                                                  pow_exp2_16f,
-                                                                  pow_log2_three,
-                                                                  pow_exp2_two};
+    static constexpr ShortFloatPow<SinglePath, 3, 2> single_ep = {
+        {pow_log2_16f_reciprocal, pow_log2_16f_value}, pow_exp2_16f, pow_log2_three, pow_exp2_two};
 };
 
 }  // namespace nax::vmath::NAX_ISA

@@ -156,9 +156,9 @@ int32_t vdpow_cout_rare(const double* x, const double* y, double* r) {
 
 int32_t vdpowr_cout_rare(const double* x, const double* y, double* r) {
     const double a = *x, b = *y;
-    const bool no_limit = a == 0.0      ? b == 0.0 || b != b
-                          : a == 1.0    ? !std::isfinite(b)
-                                        : a != a || (a == kInfinity && b == 0.0);
+    const bool no_limit = a == 0.0   ? b == 0.0 || b != b
+                          : a == 1.0 ? !std::isfinite(b)
+                                     : a != a || (a == kInfinity && b == 0.0);
     if (no_limit) {
         *r = std::numeric_limits<double>::quiet_NaN();
         return kSuccess;

@@ -8,16 +8,17 @@ using KernelEntry = void (*)();
 
 }  // namespace nax::vmath
 
-#define NAX_TABLES(type, function) \
-    extern "C" nax::vmath::KernelEntry nax_arq_kernel_##type##function##_ttab[3], nax_arq_kernel_##type##function##I_ttab[3];
-#define NAX_POWX_TABLES(type)   \
-    NAX_TABLES(type, Powx)      \
-    NAX_TABLES(type, Inv)       \
-    NAX_TABLES(type, Sqrt)      \
-    NAX_TABLES(type, InvSqrt)   \
-    NAX_TABLES(type, Pow3o2)    \
-    NAX_TABLES(type, Cbrt)      \
-    NAX_TABLES(type, InvCbrt)   \
+#define NAX_TABLES(type, function)                                                \
+    extern "C" nax::vmath::KernelEntry nax_arq_kernel_##type##function##_ttab[3], \
+        nax_arq_kernel_##type##function##I_ttab[3];
+#define NAX_POWX_TABLES(type) \
+    NAX_TABLES(type, Powx)    \
+    NAX_TABLES(type, Inv)     \
+    NAX_TABLES(type, Sqrt)    \
+    NAX_TABLES(type, InvSqrt) \
+    NAX_TABLES(type, Pow3o2)  \
+    NAX_TABLES(type, Cbrt)    \
+    NAX_TABLES(type, InvCbrt) \
     NAX_TABLES(type, Pow2o3)
 NAX_POWX_TABLES(s)
 NAX_POWX_TABLES(d)
@@ -38,10 +39,10 @@ template <class E>
 struct Records {
     Record inv, sqrt, inv_sqrt, pow3o2, cbrt, inv_cbrt, pow2o3;
 };
-#define NAX_RECORDS(type)                                                                          \
-    {                                                                                              \
+#define NAX_RECORDS(type)                                                                                   \
+    {                                                                                                       \
         NAX_RECORD(type, Inv), NAX_RECORD(type, Sqrt), NAX_RECORD(type, InvSqrt), NAX_RECORD(type, Pow3o2), \
-            NAX_RECORD(type, Cbrt), NAX_RECORD(type, InvCbrt), NAX_RECORD(type, Pow2o3)            \
+            NAX_RECORD(type, Cbrt), NAX_RECORD(type, InvCbrt), NAX_RECORD(type, Pow2o3)                     \
     }
 constexpr Records<Single> single_records = NAX_RECORDS(s);
 constexpr Records<Double> double_records = NAX_RECORDS(d);
@@ -145,22 +146,35 @@ struct HandOver {
         constexpr int most = L == Level::HA ? 2 : 9, least = L == Level::HA ? 0 : -4;
         if (!(b >= least && b <= most) || b != static_cast<T>(static_cast<int>(b))) return false;
         switch (static_cast<int>(b)) {
-            case 0: return multiply<0>(), true;
-            case 1: return multiply<1>(), true;
-            case 2: return multiply<2>(), true;
+            case 0:
+                return multiply<0>(), true;
+            case 1:
+                return multiply<1>(), true;
+            case 2:
+                return multiply<2>(), true;
         }
         if constexpr (L != Level::HA) {
             switch (static_cast<int>(b)) {
-                case 3: return multiply<3>(), true;
-                case 4: return multiply<4>(), true;
-                case 5: return multiply<5>(), true;
-                case 6: return multiply<6>(), true;
-                case 7: return multiply<7>(), true;
-                case 8: return multiply<8>(), true;
-                case 9: return multiply<9>(), true;
-                case -2: return divide<2>(records.inv), true;
-                case -3: return divide<3>(records.inv), true;
-                case -4: return divide<4>(records.inv), true;
+                case 3:
+                    return multiply<3>(), true;
+                case 4:
+                    return multiply<4>(), true;
+                case 5:
+                    return multiply<5>(), true;
+                case 6:
+                    return multiply<6>(), true;
+                case 7:
+                    return multiply<7>(), true;
+                case 8:
+                    return multiply<8>(), true;
+                case 9:
+                    return multiply<9>(), true;
+                case -2:
+                    return divide<2>(records.inv), true;
+                case -3:
+                    return divide<3>(records.inv), true;
+                case -4:
+                    return divide<4>(records.inv), true;
             }
         }
         return false;
@@ -190,14 +204,14 @@ using Data = PowData<vdpow_cout_rare, vspow_cout_rare>;
 using namespace nax::vmath::NAX_ISA;
 
 // The strided form with unit strides runs the dense kernel in the slot of its level.
-#define NAX_POWX_KERNEL(type, tag, level, data)                                                                         \
-    extern "C" void NAX_DENSE(type, Powx, tag)(int32_t n, const element::type* a, element::type b, element::type* r) {  \
-        powx<data, level, precision::type>(n, a, b, r, NAX_REPORTED(type, Powx));                                       \
-    }                                                                                                                   \
-    extern "C" void NAX_STRIDED(type, Powx, tag)(int32_t n, const element::type* a, int32_t inca, element::type b,      \
-                                                 element::type* r, int32_t incr) {                                      \
-        if (inca == 1 && incr == 1) return NAX_DENSE(type, Powx, tag)(n, a, b, r);                                      \
-        powx<data, level, precision::type>(n, a, inca, b, r, incr, NAX_REPORTED(type, Powx));                           \
+#define NAX_POWX_KERNEL(type, tag, level, data)                                                                        \
+    extern "C" void NAX_DENSE(type, Powx, tag)(int32_t n, const element::type* a, element::type b, element::type* r) { \
+        powx<data, level, precision::type>(n, a, b, r, NAX_REPORTED(type, Powx));                                      \
+    }                                                                                                                  \
+    extern "C" void NAX_STRIDED(type, Powx, tag)(int32_t n, const element::type* a, int32_t inca, element::type b,     \
+                                                 element::type* r, int32_t incr) {                                     \
+        if (inca == 1 && incr == 1) return NAX_DENSE(type, Powx, tag)(n, a, b, r);                                     \
+        powx<data, level, precision::type>(n, a, inca, b, r, incr, NAX_REPORTED(type, Powx));                          \
     }
 
 NAX_POWX_KERNEL(d, Z0HA, Level::HA, Data::double_ha)

@@ -1,5 +1,5 @@
-// Sqrt. HA is the processor's root, correctly rounded. LA and EP refine its estimate by as many Newton steps as the level
-// needs; zeros, infinities and NaN, which the steps don't suit, take the processor's root there too.
+// Sqrt. HA is the processor's root, correctly rounded. LA and EP refine its estimate by as many Newton steps as the
+// level needs; zeros, infinities and NaN, which the steps don't suit, take the processor's root there too.
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/power/newton.h"
 #include "vmath/power/power_rare.h"

@@ -3,8 +3,8 @@
 //     x = 2^(3q + k) m,  k = -1, 0 or 1,  c near 1/m,  r = m c - 1:      x^a = 2^(3a q) 2^(a k) c^-a (1 + r)^a
 //
 // c^-a stands in an accurate table, as a number so short that its product with the leading bits of 2^(a k) is exact. HA
-// adds the rest of 2^(a k); the other levels take one rounded factor and a shorter series. No lane is rare but the zeros
-// of InvCbrt: others that the integer steps below don't suit are settled by eval_wide.
+// adds the rest of 2^(a k); the other levels take one rounded factor and a shorter series. No lane is rare but the
+// zeros of InvCbrt: others that the integer steps below don't suit are settled by eval_wide.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"
@@ -89,7 +89,8 @@ struct ThirdPower {
             return bit_choose(from_bits(magnitude), y, x);
     }
 
-    // The verdict is the exponent where that is infinite for zeros and infinities, NaN for NaN, and right for denormals.
+    // The verdict is the exponent where that is infinite for zeros and infinities, NaN for NaN, and right for
+    // denormals.
     NAX_VEC auto eval(Vector x, Vector& y) const {
         const Vector size = size_of(x);
         Vector e;
