@@ -127,10 +127,11 @@ void check_handed_over() {
             for (const int stride : {1, 3}) {
                 SCOPED_TRACE(std::string(1, kLetter<T>) + row.function + " slot " + std::to_string(slot));
                 const auto y = call_powx(slot, x, row.b, stride);
-                if (!row.ep_only || slot == 2)
+                if (!row.ep_only || slot == 2) {
                     EXPECT_TRUE(same_bits(y, call_unary(row.function, level_of<T>(slot), x, stride)));
-                else if (stride == 1)
+                } else if (stride == 1) {
                     EXPECT_TRUE(same_bits(y, call_pow(level_of<T>(slot), x, row.b)));
+                }
             }
 }
 TEST_F(Power, PowxIsTheFunctionItHandsOverTo) {
