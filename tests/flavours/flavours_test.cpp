@@ -88,7 +88,6 @@ constexpr Difference kDifferences[] = {
     {"Sqrt", "14-bit inverse root in LA and EP", true},
     {"InvSqrt", "14-bit inverse root", true},
     {"Pow3o2", "14-bit inverse root in LA and EP", true},
-    {"Powx", "hands an exponent of 3/2 to Pow3o2", true},
     {"Hypot", "14-bit inverse root", true},
     {"Inv", "14-bit reciprocal in EP", true},
     {"Div", "14-bit reciprocal in EP", true},

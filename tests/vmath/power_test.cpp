@@ -256,6 +256,14 @@ TEST_F(Power, RootsAndQuotientsAreCorrectlyRounded) {
     check_correctly_rounded<double>();
 }
 
+// The largest arguments with finite results.
+TEST_F(Power, Pow3o2NextToOverflow) {
+    EXPECT_TRUE(std::isfinite(call_unary("Pow3o2", 1, std::vector<double>{0x1.965fea53d6e3cp+682}, 1)[0]));
+    EXPECT_TRUE(std::isinf(call_unary("Pow3o2", 1, std::vector<double>{0x1.965fea53d6e3ep+682}, 1)[0]));
+    EXPECT_TRUE(std::isfinite(call_unary("Pow3o2", 1, std::vector<float>{0x1.428a2ep+85f}, 1)[0]));
+    EXPECT_TRUE(std::isinf(call_unary("Pow3o2", 1, std::vector<float>{0x1.428a32p+85f}, 1)[0]));
+}
+
 TEST_F(Power, CubesHaveExactRoots) {
     for (int k = -1000; k <= 1000; ++k) {
         const double cube = static_cast<double>(k) * k * k;

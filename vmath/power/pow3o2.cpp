@@ -2,7 +2,7 @@
 //
 // HA adds what the root lacks, d = x - s^2, and the product's rounding error: x sqrt(x) = x s + s d/2, since x/s is s.
 // Results near the ends of the range, whose errors
-// would be denormal, are computed 2^(3k) times as large. An overflow is an infinity without report.
+// would be denormal, are computed 2^(3k) times as large or small. An overflow is an infinity without report.
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/power/newton.h"
 #include "vmath/power/power_rare.h"
@@ -32,14 +32,16 @@ struct High {
         return ordinary.outside(x);
     }
     NAX_VEC auto eval_wide(Vector x, Vector& y) const {
-        // x 2^(2k), of which the power is 2^(3k) times as large
+        // x 2^(2k), of which the power is 2^(3k) times as large, or the other way
         constexpr int k = by_precision<E>(32, 200);
-        const auto small = less(x, half) & ordinary.outside(x);
+        const auto small = less(x, half) & ordinary.outside(x), large = ~less(x, half) & ordinary.outside(x);
         Vector high;
-        y = product(mul_where(small, x, E::row(two_to<E>(2 * k))), high);
+        y = mul_where(small, x, E::row(two_to<E>(2 * k)));
+        y = product(mul_where(large, y, E::row(two_to<E>(-2 * k))), high);
         // zeros, infinities, NaN; beside an infinite product its error is NaN
         y = choose(is_class<kZero | kInf | kNan>(high), high, y);
         y = mul_where(small, y, E::row(two_to<E>(-3 * k)));
+        y = mul_where(large, y, E::row(two_to<E>(3 * k)));
         return negative(x);
     }
 };

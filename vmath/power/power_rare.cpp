@@ -15,6 +15,13 @@ int32_t outside_domain(T* y) {
     return kDomain;
 }
 
+// 1/x of a zero, which may be a denormal taken for one.
+template <class T>
+int32_t pole(T x, T* y) {
+    *y = 1 / hide(x);
+    return kPole;
+}
+
 template <class T>
 int32_t square_root(T x, T* y) {
     if (x < 0) return outside_domain(y);
@@ -36,9 +43,9 @@ int32_t three_halves(T x, T* y) {
 template <class T>
 int32_t inverse_square_root(T x, T* y) {
     if (x < 0) return outside_domain(y);
-    const T y0 = 1 / hide(std::sqrt(x));
+    if (x == 0) return pole(x, y);
+    const T y0 = 1 / std::sqrt(x);
     *y = y0;
-    if (x == 0) return kPole;
     if (!std::isfinite(x)) return kSuccess;
     const T product = x * y0, rest = std::fma(x, y0, -product);
     const T error = std::fma(-rest, y0, std::fma(-product, y0, T(1)));
@@ -49,9 +56,9 @@ int32_t inverse_square_root(T x, T* y) {
 // Signed infinities for zeros. Elsewhere y0 = 1/cbrt(x) and its correction y0 (1 - x y0^3)/3.
 template <class T>
 int32_t inverse_cube_root(T x, T* y) {
-    const T y0 = 1 / hide(std::cbrt(x));
+    if (x == 0) return pole(x, y);
+    const T y0 = 1 / std::cbrt(x);
     *y = y0;
-    if (x == 0) return kPole;
     if (!std::isfinite(x)) return kSuccess;
     const T product = x * y0, product_rest = std::fma(x, y0, -product);
     const T square = y0 * y0, square_rest = std::fma(y0, y0, -square);
