@@ -58,6 +58,17 @@ constexpr Domain kDomains[] = {
     {"Fmod", " wide", 1, 1e16, 1, 2, true},
     {"Remainder", "", -100, 100, 0.5, 10, false},
     {"Remainder", " wide", 1, 1e16, 1, 2, true},
+    {"Sqrt", "", 1e-3, 1e3, 0, 0, false},
+    {"InvSqrt", "", 1e-3, 1e3, 0, 0, false},
+    {"Inv", "", 1e-3, 1e3, 0, 0, false},
+    {"Cbrt", "", -1e3, 1e3, 0, 0, false},
+    {"InvCbrt", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow2o3", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow3o2", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow", "", 0.1, 10, -5, 5, false},
+    {"Powr", "", 0.1, 10, -5, 5, false},
+    {"Powx", "", 0.1, 10, 0, 0, false},
+    {"Hypot", "", -100, 100, -100, 100, false},
 };
 
 // What the rivals call a function; empty where they have none.
@@ -77,6 +88,10 @@ constexpr RivalNames kRivals[] = {
     {"Erf", "erf", "erf", "_u10"},       {"Erfc", "erfc", "erfc", "_u15"},    {"TGamma", "", "tgamma", "_u10"},
     {"LGamma", "", "lgamma", "_u10"},
 };
+
+// No exponent that a cheaper function serves.
+template <class T>
+constexpr T kPowxExponent = T(2.5);
 
 // One function, type and stub with its arguments.
 template <class T>
@@ -127,6 +142,9 @@ std::function<void()> own_call(Case<T>& c, int64_t elements, bool strided) {
             return strided ? std::function<void()>(bind(n, a, s, b, s, r, s)) : bind(n, a, b, r);
         case Signature::TWO_RESULTS:
             return strided ? std::function<void()>(bind(n, a, s, r, s, r2, s)) : bind(n, a, r, r2);
+        case Signature::POWX:
+            return strided ? std::function<void()>(bind(n, a, s, kPowxExponent<T>, r, s))
+                           : bind(n, a, kPowxExponent<T>, r);
         case Signature::LINEAR_FRAC: {
             const T p = T(1.25), q = T(0.5), u = T(0.75), v = T(3);
             return strided ? std::function<void()>(bind(n, a, s, b, s, p, q, u, v, r, s))
