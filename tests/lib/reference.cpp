@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tests/lib/special_reference.h"
 #include "tests/lib/ulp.h"
 
 namespace nax::testing {
@@ -19,7 +20,12 @@ constexpr Reference kReferences[] = {
     {"Exp10", exp10, exp10l, mpfr_exp10},          {"Expm1", std::expm1, std::expm1, mpfr_expm1},
     {"Ln", std::log, std::log, mpfr_log},          {"Log2", std::log2, std::log2, mpfr_log2},
     {"Log10", std::log10, std::log10, mpfr_log10}, {"Log1p", std::log1p, std::log1p, mpfr_log1p},
-    {"Logb", std::logb, std::logb, exact_logb},
+    {"Logb", std::logb, std::logb, exact_logb},    {"Erf", erf, erfl, mpfr_erf},
+    {"Erfc", erfc, erfcl, mpfr_erfc},
+    {"CdfNorm", reference_cdf_norm, reference_cdf_norm, exact_cdf_norm},
+    {"ErfInv", reference_erfinv, reference_erfinv, exact_erfinv},
+    {"ErfcInv", reference_erfcinv, reference_erfcinv, exact_erfcinv},
+    {"CdfNormInv", reference_cdf_norm_inv, reference_cdf_norm_inv, exact_cdf_norm_inv},
 };
 
 }  // namespace

@@ -2,7 +2,7 @@
 //   special_tables rows   > vmath/special/error_rows.inc
 //   special_tables points > vmath/special/inverse_points.inc
 //
-// Rows of a function F at x0 = j/128: F(x0), its slope, and the rest of F(x0). Those of Erfc and CdfNorm are 2^128 times
+// Rows of a function F at x0 = j/128: F(x0) and its slope, and the rests of both. Those of Erfc and CdfNorm are 2^128 times
 // as large, so that the smallest stay far from the denormals.
 //
 // Points of an inverse function: the value y at a point of a floating grid of 128 points a binade, and the slope. The
@@ -62,9 +62,10 @@ void write_rows(Function f, const char* name, int first, int last) {
     std::printf("\n// %d to %d\nalignas(64) inline constexpr double %s[%d][4] = {\n", first, last, name, last - first + 1);
     const Wide scale(f == Function::Erf ? 1.0 : 0x1p128);
     for (int j = first; j <= last; ++j) {
-        const Wide x(j / 128.0), y = value(f, x) * scale;
-        const double high = y.to_double();
-        std::printf("    {%a, %a, %a},\n", high, (slope(f, x) * scale).to_double(), (y - Wide(high)).to_double());
+        const Wide x(j / 128.0), y = value(f, x) * scale, s = slope(f, x) * scale;
+        const double y_high = y.to_double(), s_high = s.to_double();
+        std::printf("    {%a, %a, %a, %a},\n", y_high, s_high, (y - Wide(y_high)).to_double(),
+                    (s - Wide(s_high)).to_double());
     }
     std::printf("};\n");
 }

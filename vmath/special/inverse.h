@@ -21,55 +21,13 @@
 
 namespace nax::vmath::NAX_ISA {
 
+// A fold is a struct with fold(x) -> Folded and the constants middle_end (half the width of the middle), curvature
+// (series.h), points (the table), single_smallest, single_end and signed_domain: single arguments, or their magnitudes,
+// from the first to below the second are ordinary.
 struct Folded {
     Double::Vector h;
     Double::Mask tail;
     Double::Vector sign;  // the sign bit alone
-};
-
-struct ErfInvFold {
-    static constexpr double middle_end = 0.5, curvature = 2;
-    // Single arguments from the first to below the second are ordinary, of |x| where the domain has both signs.
-    static constexpr float single_smallest = 0x1p-35f, single_end = 1.0f;
-    static constexpr bool signed_domain = true;
-    static constexpr auto& points = erf_inv_points;
-    NAX_VEC static Folded fold(Double::Vector x) {
-        const auto sign = bit_and(x, Double::row_of_bits(Double::sign_bit));
-        const auto a = bit_xor(x, sign);
-        const auto tail = greater_equal(a, Double::row(0.5));
-        return {choose(tail, sub(Double::row(1), a), a), tail, sign};
-    }
-};
-
-// The middle is 1, where the function falls.
-struct ErfcInvFold {
-    static constexpr double middle_end = 0.5, curvature = 2;
-    static constexpr float single_smallest = 0x1p-53f, single_end = 2.0f;
-    static constexpr bool signed_domain = false;
-    static constexpr auto& points = erf_inv_points;
-    NAX_VEC static Folded fold(Double::Vector x) {
-        const auto s = sub(Double::row(1), x);
-        const auto sign = bit_and(s, Double::row_of_bits(Double::sign_bit));
-        const auto a = bit_xor(s, sign);
-        const auto tail = greater_equal(a, Double::row(0.5));
-        const auto end = choose(sign_mask(s), sub(Double::row(2), x), x);
-        return {choose(tail, end, a), tail, sign};
-    }
-};
-
-struct CdfNormInvFold {
-    static constexpr double middle_end = 0.25, curvature = 1;
-    static constexpr float single_smallest = 0x1p-53f, single_end = 1.0f;
-    static constexpr bool signed_domain = false;
-    static constexpr auto& points = cdf_norm_inv_points;
-    NAX_VEC static Folded fold(Double::Vector p) {
-        const auto s = sub(p, Double::row(0.5));
-        const auto sign = bit_and(s, Double::row_of_bits(Double::sign_bit));
-        const auto a = bit_xor(s, sign);
-        const auto tail = greater_equal(a, Double::row(0.25));
-        const auto end = choose(sign_mask(s), p, sub(Double::row(1), p));
-        return {choose(tail, end, a), tail, sign};
-    }
 };
 
 // The point at which the Taylor series stands.
