@@ -25,6 +25,9 @@ constexpr Reference kReferences[] = {
     {"CdfNorm", reference_cdf_norm, reference_cdf_norm, exact_cdf_norm},
     {"ErfInv", reference_erfinv, reference_erfinv, exact_erfinv},
     {"ErfcInv", reference_erfcinv, reference_erfcinv, exact_erfcinv},
+    {"ExpInt1", reference_exp_int1, reference_exp_int1, exact_exp_int1},
+    {"TGamma", tgamma, tgammal, mpfr_gamma},
+    {"LGamma", lgamma, lgammal, exact_lgamma},
     {"CdfNormInv", reference_cdf_norm_inv, reference_cdf_norm_inv, exact_cdf_norm_inv},
 };
 

@@ -8,7 +8,7 @@ A row belongs to a point x0 and holds, with d = x - x0,
     gamma    Gamma(x0), its rest, and g_1, its rest, g_2 ... of   Gamma(x)/Gamma(x0) = 1 + g_1 d + g_2 d^2 + ...
     lgamma   the same of  ln Gamma(x) = ln Gamma(x0) + l_1 d + ...
     exp_int  F(x0), its rest, f_1 ... of  F(x)/F(x0) = 1 + f_1 d + ...,  F(x) = exp(x) E1(x)
-The zeros of ln|Gamma| left of -2, in two parts, come with half the width of the neighbourhood in which |ln|Gamma|| stays
+The zeros of ln|Gamma| left of -2, in three parts, come with half the width of the neighbourhood in which |ln|Gamma|| stays
 below about 2^-8, and with the Taylor coefficients there.
 """
 from mpmath import mp, mpf, psi, loggamma, gamma, e1, exp, log, findroot, factorial, floor
@@ -76,8 +76,9 @@ def write_gamma():
             for _ in range(60):
                 z = z - f(z) / psi(0, z)
             mp.dps = 60
-            c = log_gamma_series(z, 8)
-            zeros.append(with_rest(z) + [abs(mpf(2) ** -8 / c[0])] + c)
+            c = log_gamma_series(z, 12)
+            # The double next to a zero is so near it that two parts leave too few digits of the distance.
+            zeros.append(with_rest(z) + [with_rest(with_rest(z)[1])[1]] + [abs(mpf(2) ** -8 / c[0])] + with_rest(c[0]) + c[1:])
     with open("vmath/special/lgamma_rows.inc", "w") as out:
         header(out)
         write_rows(out, "lgamma_rows", "x0 = 1 to 33 in steps of 1/16", log_rows)

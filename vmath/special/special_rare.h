@@ -16,4 +16,10 @@ int32_t vderfcinv_cout_rare(const double* x, double* y);
 int32_t vserfcinv_cout_rare(const float* x, float* y);
 int32_t vdcdfnorminv_cout_rare(const double* x, double* y);
 int32_t vscdfnorminv_cout_rare(const float* x, float* y);
+int32_t vdlgamma_cout_rare(const double* x, double* y);
+int32_t vslgamma_cout_rare(const float* x, float* y);
+int32_t vdtgamma_cout_rare(const double* x, double* y);
+int32_t vstgamma_cout_rare(const float* x, float* y);
+int32_t vdexpint1_cout_rare(const double* x, double* y);
+int32_t vsexpint1_cout_rare(const float* x, float* y);
 }  // namespace nax::vmath
