@@ -751,6 +751,178 @@ void _arqdLogbI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t 
 void _arqdLogbI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdLogbI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 
+/* Erf: r = the error function of a.
+ * Special values: +-1 for +-Inf; -0 stays. Statuses: none. */
+void _arqsErf(int32_t n, const float* a, float* r);
+void _arqsErf_HA(int32_t n, const float* a, float* r);
+void _arqsErf_21(int32_t n, const float* a, float* r);
+void _arqsErf_11(int32_t n, const float* a, float* r);
+void _arqsErfI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErf(int32_t n, const double* a, double* r);
+void _arqdErf_HA(int32_t n, const double* a, double* r);
+void _arqdErf_50(int32_t n, const double* a, double* r);
+void _arqdErf_26(int32_t n, const double* a, double* r);
+void _arqdErfI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Erfc: r = 1 - erf(a) without cancellation.
+ * Special values: 0 for +Inf, 2 for -Inf. Statuses: 4 on underflow. */
+void _arqsErfc(int32_t n, const float* a, float* r);
+void _arqsErfc_HA(int32_t n, const float* a, float* r);
+void _arqsErfc_21(int32_t n, const float* a, float* r);
+void _arqsErfc_11(int32_t n, const float* a, float* r);
+void _arqsErfcI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfc(int32_t n, const double* a, double* r);
+void _arqdErfc_HA(int32_t n, const double* a, double* r);
+void _arqdErfc_50(int32_t n, const double* a, double* r);
+void _arqdErfc_26(int32_t n, const double* a, double* r);
+void _arqdErfcI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* CdfNorm: r = the distribution function of the standard normal distribution.
+ * Special values: 0 for -Inf, 1 for +Inf. Statuses: 4 on underflow. */
+void _arqsCdfNorm(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_HA(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_21(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_11(int32_t n, const float* a, float* r);
+void _arqsCdfNormI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCdfNorm(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_HA(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_50(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_26(int32_t n, const double* a, double* r);
+void _arqdCdfNormI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ErfInv: r = the inverse of the error function.
+ * Special values: +-Inf for +-1; NaN for |a| > 1. Statuses: 1 for |a| > 1, 2 for |a| = 1. */
+void _arqsErfInv(int32_t n, const float* a, float* r);
+void _arqsErfInv_HA(int32_t n, const float* a, float* r);
+void _arqsErfInv_21(int32_t n, const float* a, float* r);
+void _arqsErfInv_11(int32_t n, const float* a, float* r);
+void _arqsErfInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfInv(int32_t n, const double* a, double* r);
+void _arqdErfInv_HA(int32_t n, const double* a, double* r);
+void _arqdErfInv_50(int32_t n, const double* a, double* r);
+void _arqdErfInv_26(int32_t n, const double* a, double* r);
+void _arqdErfInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ErfcInv: r = the inverse of erfc.
+ * Special values: +Inf for 0, -Inf for 2; NaN outside [0, 2]. Statuses: 1 outside [0, 2], 2 at its ends. */
+void _arqsErfcInv(int32_t n, const float* a, float* r);
+void _arqsErfcInv_HA(int32_t n, const float* a, float* r);
+void _arqsErfcInv_21(int32_t n, const float* a, float* r);
+void _arqsErfcInv_11(int32_t n, const float* a, float* r);
+void _arqsErfcInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfcInv(int32_t n, const double* a, double* r);
+void _arqdErfcInv_HA(int32_t n, const double* a, double* r);
+void _arqdErfcInv_50(int32_t n, const double* a, double* r);
+void _arqdErfcInv_26(int32_t n, const double* a, double* r);
+void _arqdErfcInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* CdfNormInv: r = the inverse of the standard normal distribution function.
+ * Special values: -Inf for 0, +Inf for 1; NaN outside [0, 1]. Statuses: 1 outside [0, 1], 2 at its ends. */
+void _arqsCdfNormInv(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_HA(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_21(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_11(int32_t n, const float* a, float* r);
+void _arqsCdfNormInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCdfNormInv(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_HA(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_50(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_26(int32_t n, const double* a, double* r);
+void _arqdCdfNormInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* LGamma: r = ln |gamma(a)|.
+ * Special values: +Inf for +-Inf and at the poles 0, -1, -2, .... Statuses: 2 at the poles, 3 on overflow. */
+void _arqsLGamma(int32_t n, const float* a, float* r);
+void _arqsLGamma_HA(int32_t n, const float* a, float* r);
+void _arqsLGamma_21(int32_t n, const float* a, float* r);
+void _arqsLGamma_11(int32_t n, const float* a, float* r);
+void _arqsLGammaI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLGamma(int32_t n, const double* a, double* r);
+void _arqdLGamma_HA(int32_t n, const double* a, double* r);
+void _arqdLGamma_50(int32_t n, const double* a, double* r);
+void _arqdLGamma_26(int32_t n, const double* a, double* r);
+void _arqdLGammaI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* TGamma: r = gamma(a).
+ * Special values: +Inf for +Inf; +-Inf for +-0; NaN for negative integers and -Inf. Statuses: 1 for negative
+ *   integers and -Inf, 2 for a = 0, 3 on overflow. */
+void _arqsTGamma(int32_t n, const float* a, float* r);
+void _arqsTGamma_HA(int32_t n, const float* a, float* r);
+void _arqsTGamma_21(int32_t n, const float* a, float* r);
+void _arqsTGamma_11(int32_t n, const float* a, float* r);
+void _arqsTGammaI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTGamma(int32_t n, const double* a, double* r);
+void _arqdTGamma_HA(int32_t n, const double* a, double* r);
+void _arqdTGamma_50(int32_t n, const double* a, double* r);
+void _arqdTGamma_26(int32_t n, const double* a, double* r);
+void _arqdTGammaI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ExpInt1: r = E1(a), the exponential integral from a to infinity.
+ * Special values: 0 for +Inf; +Inf for 0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsExpInt1(int32_t n, const float* a, float* r);
+void _arqsExpInt1_HA(int32_t n, const float* a, float* r);
+void _arqsExpInt1_21(int32_t n, const float* a, float* r);
+void _arqsExpInt1_11(int32_t n, const float* a, float* r);
+void _arqsExpInt1I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExpInt1(int32_t n, const double* a, double* r);
+void _arqdExpInt1_HA(int32_t n, const double* a, double* r);
+void _arqdExpInt1_50(int32_t n, const double* a, double* r);
+void _arqdExpInt1_26(int32_t n, const double* a, double* r);
+void _arqdExpInt1I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
 #ifdef __cplusplus
 }
 #endif

@@ -2,8 +2,8 @@
 //   special_tables rows   > vmath/special/error_rows.inc
 //   special_tables points > vmath/special/inverse_points.inc
 //
-// Rows of a function F at x0 = j/128: F(x0) and its slope, and the rests of both. Those of Erfc and CdfNorm are 2^128 times
-// as large, so that the smallest stay far from the denormals.
+// Rows of a function F at x0 = j/128: F(x0) and its slope, and the rests of both. Those of Erfc and CdfNorm are 2^128
+// times as large, so that the smallest stay far from the denormals.
 //
 // Points of an inverse function: the value y at a point of a floating grid of 128 points a binade, and the slope. The
 // rest of y, in units of 2^-57 y and 16 larger than it is, replaces the last five bits of the slope. The first entry is
@@ -59,7 +59,8 @@ Wide slope(Function f, const Wide& x) {
 }
 
 void write_rows(Function f, const char* name, int first, int last) {
-    std::printf("\n// %d to %d\nalignas(64) inline constexpr double %s[%d][4] = {\n", first, last, name, last - first + 1);
+    std::printf("\n// %d to %d\nalignas(64) inline constexpr double %s[%d][4] = {\n", first, last, name,
+                last - first + 1);
     const Wide scale(f == Function::Erf ? 1.0 : 0x1p128);
     for (int j = first; j <= last; ++j) {
         const Wide x(j / 128.0), y = value(f, x) * scale, s = slope(f, x) * scale;
@@ -119,8 +120,7 @@ void write_points(const char* name, bool norm) {
         const int points = is_tail ? tail : middle;
         static Wide values[1 << 13];
         Wide y(0.47693627620446987);
-        for (int k = 0; k <= points; ++k)
-            values[k] = y = invert(is_tail, outer * Wide(grid_point(top, k)), y);
+        for (int k = 0; k <= points; ++k) values[k] = y = invert(is_tail, outer * Wide(grid_point(top, k)), y);
         for (int k = points; k >= 0; --k) {
             const Wide d = unit_slope * exp(values[k] * values[k]);
             write_point(stretch * values[k], is_tail ? Wide(0.0) - d : d);

@@ -64,9 +64,9 @@ template <int N>
     return p;
 }
 
-// ln(x), x positive and normal:  ln(2^e z) = e ln2 - ln(c) + ln(1 + r),  r = z c - 1,  |r| <= 2^-7 + 2^-13,  c one of 65
-// reciprocals of 14 bits. The series runs to r^10/10; the error is below 2^-66 where the logarithm is large, and below
-// 2^-59 of it next to 1.
+// ln(x), x positive and normal:  ln(2^e z) = e ln2 - ln(c) + ln(1 + r),  r = z c - 1,  |r| <= 2^-7 + 2^-13,  c one of
+// 65 reciprocals of 14 bits. The series runs to r^10/10; the error is below 2^-66 where the logarithm is large, and
+// below 2^-59 of it next to 1.
 inline Word log_word(double x) {
     constexpr double ln2_high = 0.6931471805598903, ln2_low = 5.497923018708371e-14;  // the first in units of 2^-42
     const auto bits = std::bit_cast<int64_t>(x);

@@ -1,8 +1,8 @@
 // Erf:  erf(x) = 2/sqrt(pi) times the integral of exp(-t^2) from 0 to x, odd.
 //
-// Levels and steps: error_function.h, on |x| up to 5.99, where the result is 1. HA expands lanes below 3.5/128 around 0:
-// there F(0) is 0 and the slope times d would be all of the result, rounded twice. It adds d to the slope less 1 times
-// d instead. No lane is rare.
+// Levels and steps: error_function.h, on |x| up to 5.99, where the result is 1. HA expands lanes below 3.5/128 around
+// 0: there F(0) is 0 and the slope times d would be all of the result, rounded twice. It adds d to the slope less 1
+// times d instead. No lane is rare.
 #include "vmath/special/error_function.h"
 
 namespace nax::vmath::NAX_ISA {

@@ -7,9 +7,9 @@
 //
 // with w = 2 x0 d, q = d^2 for the error functions and w = x0 d, q = d^2/2 for the normal distribution. M is a power
 // series in both (series.h); M - 1 is small, and F' d at most 0.22 F. HA keeps F' d in two parts and adds the rests of
-// F(x0) and F' from the table's other columns. Rows of Erfc and CdfNorm are 2^128 times as large as the function; the last product brings the result down,
-// also into the denormals, where it is rounded again. Single precision works in double lanes.
-// HA: 0.5 + 0.22 (sum 0.5 + series 0.1) ulp, in the denormals up to 0.5 more of the last normal ulp.
+// F(x0) and F' from the table's other columns. Rows of Erfc and CdfNorm are 2^128 times as large as the function; the
+// last product brings the result down, also into the denormals, where it is rounded again. Single precision works in
+// double lanes. HA: 0.5 + 0.22 (sum 0.5 + series 0.1) ulp, in the denormals up to 0.5 more of the last normal ulp.
 #pragma once
 
 #include "vmath/frame/kernel_exports.h"

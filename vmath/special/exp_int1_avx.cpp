@@ -75,7 +75,7 @@ int32_t vdexpint1_cout_rare(const double* x, double* y) {
         return kDomain;
     }
     // E1(738.527...) = 2^-1075; infinity gives 0 exactly.
-    if (a >= 738.5272098491088) {
+    if (a >= 738.5272098491089) {
         const bool infinite = a > DBL_MAX;
         *y = infinite ? 0.0 : hide(DBL_MIN) * DBL_MIN;
         return infinite ? kSuccess : kUnderflow;

@@ -42,9 +42,8 @@ inline Word sin_pi_over_pi(double r) {
     constexpr Word c2 = {0x1.9f9cb402bc46cp-1, 0x1.487acd8cd312cp-55};  // pi^4/120
     constexpr double pi2 = 0x1.3bd3cc9be45dep+3;
     constexpr Word c3 = {0x1.86a8e4720db67p-3, -0x1.461b9cb783f4cp-58};  // pi^6/5040
-    constexpr double c4 = c3.high * pi2 / 72, c5 = c4 * pi2 / 110, c6 = c5 * pi2 / 156,
-                     c7 = c6 * pi2 / 210, c8 = c7 * pi2 / 272, c9 = c8 * pi2 / 342, c10 = c9 * pi2 / 420,
-                     c11 = c10 * pi2 / 506;
+    constexpr double c4 = c3.high * pi2 / 72, c5 = c4 * pi2 / 110, c6 = c5 * pi2 / 156, c7 = c6 * pi2 / 210,
+                     c8 = c7 * pi2 / 272, c9 = c8 * pi2 / 342, c10 = c9 * pi2 / 420, c11 = c10 * pi2 / 506;
     constexpr double series[] = {c4, -c5, c6, -c7, c8, -c9, c10, -c11};
     const Word z = product(r, r);
     const Word third = sum(c2, product(z, Word{-c3.high, -c3.low}));

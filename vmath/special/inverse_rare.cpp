@@ -7,8 +7,8 @@
 //     y^2 + ln y + ln(sqrt(pi)) - ln G(1/y^2) = -ln t,   G = sqrt(pi) y exp(y^2) erfc(y)
 //
 // is found by Newton's method, the derivative is 2 y/G, from y^2 = L - ln(pi L)/2, L = -ln t, which is good to 2^-10;
-// two steps in double precision reach 2^-40, the third stays a separate low part. Its residual needs L and y^2 in two parts only: an error
-// of 2^-54 in the other terms is one of 2^-61 in y. All results are within 0.52 ulp.
+// two steps in double precision reach 2^-40, the third stays a separate low part. Its residual needs L and y^2 in two
+// parts only: an error of 2^-54 in the other terms is one of 2^-61 in y. All results are within 0.52 ulp.
 #include <bit>
 #include <cmath>
 #include <limits>

@@ -55,7 +55,8 @@ Word log_gamma_positive(double x) {
     return additive_row(lgamma_rows[s.count - 16], s.d);
 }
 
-// Next to a zero left of -2, with the zero's row (zero and its two rests, half width, c_1, rest, c_2 ... c_12); else NaN.
+// Next to a zero left of -2, with the zero's row (zero and its two rests, half width, c_1, rest, c_2 ... c_12); else
+// NaN.
 double near_zero(double x) {
     const double whole = std::floor(-x);
     if (whole < 2 || whole > 17) return std::numeric_limits<double>::quiet_NaN();
@@ -109,7 +110,7 @@ int32_t vdlgamma_cout_rare(const double* x, double* y) {
         return kSuccess;
     }
     // Too large: +Inf with the overflow flag.
-    if (a > 2.559983327851638e+305) {
+    if (a > 2.5599833278516383e+305) {
         *y = hide(DBL_MAX) * DBL_MAX;
         return kOverflow;
     }
@@ -129,7 +130,8 @@ int32_t vslgamma_cout_rare(const float* x, float* y) {
     const int32_t status = vdlgamma_cout_rare(&wide, &result);
     *y = static_cast<float>(result);
     // Finite in double, too large for single.
-    return status == kSuccess && result <= DBL_MAX && result > static_cast<double>(0x1.ffffffp+127) ? kOverflow : status;
+    return status == kSuccess && result <= DBL_MAX && result > static_cast<double>(0x1.ffffffp+127) ? kOverflow
+                                                                                                    : status;
 }
 
 }  // namespace nax::vmath

@@ -23,12 +23,12 @@ void run_scalar(int32_t n, const T* a, int32_t inca, T* r, int32_t incr, bool st
 }  // namespace nax::vmath::NAX_ISA
 
 // The two exported forms of a kernel; function and name are those of the scalar path and of reports.
-#define NAX_SCALAR_KERNEL(element, type, name, tag, function)                                                        \
-    extern "C" void nax_arq_kernel_##type##name##_##tag(int32_t n, const element* a, element* r) {                   \
-        nax::vmath::NAX_ISA::run_scalar<element>(n, a, 1, r, 1, false, function, "v" #type #name);                   \
-    }                                                                                                                \
-    extern "C" void nax_arq_kernel_##type##name##I_##tag(int32_t n, const element* a, int32_t inca, element* r,      \
-                                                         int32_t incr) {                                             \
-        nax::vmath::NAX_ISA::run_scalar<element>(n, a, inca, r, incr, inca != 1 || incr != 1, function,              \
-                                                 "v" #type #name);                                                   \
+#define NAX_SCALAR_KERNEL(element, type, name, tag, function)                                                   \
+    extern "C" void nax_arq_kernel_##type##name##_##tag(int32_t n, const element* a, element* r) {              \
+        nax::vmath::NAX_ISA::run_scalar<element>(n, a, 1, r, 1, false, function, "v" #type #name);              \
+    }                                                                                                           \
+    extern "C" void nax_arq_kernel_##type##name##I_##tag(int32_t n, const element* a, int32_t inca, element* r, \
+                                                         int32_t incr) {                                        \
+        nax::vmath::NAX_ISA::run_scalar<element>(n, a, inca, r, incr, inca != 1 || incr != 1, function,         \
+                                                 "v" #type #name);                                              \
     }

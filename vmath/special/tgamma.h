@@ -51,8 +51,9 @@ struct GammaCore {
         } else {
             const Vector lead = mul(c1, d), small = fma(c1_rest, d, add(fms(c1, d, lead), rest));
             const Vector step = mul(value, lead), step_rest = fms(value, lead, step);
-            const Vector y = add(value, step), y_rest = add(sub(step, sub(y, value)),
-                                                            fma(value, small, fma(value_rest, lead, add(step_rest, value_rest))));
+            const Vector y = add(value, step),
+                         y_rest = add(sub(step, sub(y, value)),
+                                      fma(value, small, fma(value_rest, lead, add(step_rest, value_rest))));
             const Vector inverse = div(one, divisor), sum = add(y, y_rest), sum_rest = sub(y_rest, sub(sum, y));
             const Vector q = mul(sum, inverse);
             return fma(add(fnma(q, divisor, sum), sum_rest), inverse, q);
