@@ -2,8 +2,10 @@
 //
 // Levels and steps: error_function.h, on |x| up to 5.99, where the result is 1. HA expands lanes below 3.5/128 around
 // 0: there F(0) is 0 and the slope times d would be all of the result, rounded twice. It adds d to the slope less 1
-// times d instead. No lane is rare.
+// times d instead. Single LA and EP have polynomials of their own. No lane is rare.
+#include "vmath/frame/polynomial.h"
 #include "vmath/special/error_function.h"
+#include "vmath/special/special_coefficients.inc"
 
 namespace nax::vmath::NAX_ISA {
 namespace {
@@ -54,6 +56,29 @@ struct HighAccuracy {
     }
 };
 
+// Single precision without a table: x + x P(x^2) up to 1, beyond it 1 - 2^Q(x), Q = log2(erfc), which is 1 from 4 on.
+template <int Near, int Far, int Power>
+struct ErfPolynomial {
+    using Precision = Single;
+    using Vector = Single::Vector;
+    static constexpr int unroll = 2;
+    Vector sign_bit = Single::row_of_bits(Single::sign_bit), one = Single::row(1), four = Single::row(4);
+    Vector shifter = Single::row(0x1.8p23f);  // its ulp is 1
+    Coefficients<Single, Near> near;
+    Coefficients<Single, Far> far;
+    Coefficients<Single, Power> power;
+
+    NAX_VEC void eval(Vector x, Vector& y) const {
+        const Vector sign = bit_and(x, sign_bit), a = bit_xor(x, sign);
+        const Vector a2 = mul(a, a), p = fma(a, near(a2, mul(a2, a2)), a);
+        // min returns its second operand where that is NaN.
+        const Vector t = min(four, a), q = far(t, mul(t, t));
+        const Vector n = sub(add(q, shifter), shifter), f = sub(q, n);
+        const Vector complement = scale(power(f, mul(f, f)), n, Fast{});
+        y = bit_xor(choose(less(a, one), p, sub(one, complement)), sign);
+    }
+};
+
 template <class Core>
 struct ErfDouble {
     using Precision = Double;
@@ -75,8 +100,8 @@ alignas(64) constexpr ErfDouble<HighAccuracy> double_ha = {};
 alignas(64) constexpr ErfDouble<ErrorCore<Erf, Lengths<6, 4, 2, 1>, false>> double_la = {};
 alignas(64) constexpr ErfDouble<ErrorCore<Erf, Lengths<3, 1>, false>> double_ep = {};
 alignas(64) constexpr ErfSingle<ErrorCore<Erf, Lengths<3, 1>, false>> single_ha = {};
-alignas(64) constexpr ErfSingle<ErrorCore<Erf, Lengths<2, 1>, false>> single_la = {};
-alignas(64) constexpr ErfSingle<ErrorCore<Erf, Lengths<1>, false>> single_ep = {};
+alignas(64) constexpr ErfPolynomial<7, 9, 6> single_la = {.near = erf_near_la, .far = erf_far_la, .power = exp2_la};
+alignas(64) constexpr ErfPolynomial<4, 5, 4> single_ep = {.near = erf_near_ep, .far = erf_far_ep, .power = exp2_ep};
 
 }  // namespace
 }  // namespace nax::vmath::NAX_ISA

@@ -22,7 +22,7 @@ namespace {
 using namespace NAX_ISA;
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr Word kHalfLogTwoPiLessHalf = {0x1.acfe390c97d69p-2, 0x1.3494bc9001442p-56};
+constexpr double kHalfLogTwoPi = 0.9189385332046728;  // ln(2 pi)/2
 
 Word negative(Word a) { return {-a.high, -a.low}; }
 
@@ -38,16 +38,17 @@ Word log_gamma_one_plus(double x) {  // |x| <= 1
     return additive_row(lgamma_rows[s.count], s.d);
 }
 
-// (x - 1/2) (ln x - 1) + ln(2 pi)/2 - 1/2 + 1/(12 x) - ...; for the largest x the first term alone, `scale` times.
+// Stirling's series: x ln x - x + (ln(2 pi) - ln x)/2 + 1/(12 x) - ..., x at least 33; the first two terms exactly. For
+// the largest x those alone, `scale` times.
 Word stirling(double x, double scale) {
     const double inverse = 1.0 / x, i2 = inverse * inverse;
     const double series = inverse * (1.0 / 12 - i2 * (1.0 / 360 - i2 * (1.0 / 1260 - i2 * (1.0 / 1680))));
-    const Word ln = sum(Word{-1.0, 0.0}, log_word(x)), lead = product(ln, x * scale);
-    if (scale != 1.0) return lead;
-    const Word s = sum(sum(lead, Word{-0.5 * ln.high, -0.5 * ln.low}), kHalfLogTwoPiLessHalf);
-    return {s.high, s.low + series};
+    const Word ln = log_word(x), lead = product(ln.high, x * scale), s = sum(lead.high, -x * scale);
+    const double low = s.low + (lead.low + ln.low * (x * scale));
+    return {s.high, scale == 1.0 ? low + ((kHalfLogTwoPi - 0.5 * ln.high) + series) : low};
 }
 
+// To about 2^-60 of the largest term.
 Word log_gamma_positive(double x) {
     if (x < 1.0) return sum(log_gamma_one_plus(x), negative(log_any(x)));
     if (x >= 33.0) return stirling(x, 1.0);
@@ -89,6 +90,21 @@ double log_gamma_negative(double x) {
     return -(s.high + s.low);
 }
 
+// Single precision in plain double arithmetic: the rows' values at 1 and 2 are exact, so that the zeros there do no
+// harm.
+double log_gamma_single(double x) {
+    if (x >= 33.0) {
+        const double inverse = 1.0 / x, ln = log_word(x).high;
+        return (x - 0.5) * (ln - 1.0) +
+               ((kHalfLogTwoPi - 0.5) + inverse * (1.0 / 12 - inverse * inverse * (1.0 / 360)));
+    }
+    const Sixteenths s = sixteenths(x);
+    const auto& row = lgamma_rows[x < 1.0 ? s.count : s.count - 16];
+    const double d2 = s.d * s.d;
+    const double value = row[0] + (s.d * (row[2] + s.d * row[4]) + d2 * s.d * ((row[5] + s.d * row[6]) + d2 * (row[7] + s.d * row[8])));
+    return x < 1.0 ? value - log_word(x).high : value;
+}
+
 int32_t pole(double* y) {
     *y = 1.0 / hide(0.0);
     return kPole;
@@ -125,6 +141,10 @@ int32_t vdlgamma_cout_rare(const double* x, double* y) {
 }
 
 int32_t vslgamma_cout_rare(const float* x, float* y) {
+    if (*x >= 0x1p-5f && *x < 0x1p100f) {
+        *y = static_cast<float>(log_gamma_single(static_cast<double>(*x)));
+        return kSuccess;
+    }
     const auto wide = static_cast<double>(*x);
     double result;
     const int32_t status = vdlgamma_cout_rare(&wide, &result);
