@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "tests/lib/turns.h"
+#include "tests/lib/special_reference.h"
 #include "tests/lib/ulp.h"
 
 namespace nax::testing {
@@ -100,6 +101,19 @@ constexpr Reference kReferences[] = {
     {"Inv", inverse, inverse, exact_inverse},      {"Cbrt", std::cbrt, std::cbrt, mpfr_cbrt},
     {"InvCbrt", inverse_cbrt, inverse_cbrt, exact_inverse_cbrt},
     {"Pow2o3", pow2o3, pow2o3, exact_pow2o3},      {"Pow3o2", pow3o2, pow3o2, exact_pow3o2},
+    {"Exp", std::exp, std::exp, mpfr_exp},         {"Exp2", std::exp2, std::exp2, mpfr_exp2},
+    {"Exp10", exp10, exp10l, mpfr_exp10},          {"Expm1", std::expm1, std::expm1, mpfr_expm1},
+    {"Ln", std::log, std::log, mpfr_log},          {"Log2", std::log2, std::log2, mpfr_log2},
+    {"Log10", std::log10, std::log10, mpfr_log10}, {"Log1p", std::log1p, std::log1p, mpfr_log1p},
+    {"Logb", std::logb, std::logb, exact_logb},    {"Erf", erf, erfl, mpfr_erf},
+    {"Erfc", erfc, erfcl, mpfr_erfc},
+    {"CdfNorm", reference_cdf_norm, reference_cdf_norm, exact_cdf_norm},
+    {"ErfInv", reference_erfinv, reference_erfinv, exact_erfinv},
+    {"ErfcInv", reference_erfcinv, reference_erfcinv, exact_erfcinv},
+    {"ExpInt1", reference_exp_int1, reference_exp_int1, exact_exp_int1},
+    {"TGamma", tgamma, tgammal, mpfr_gamma},
+    {"LGamma", lgamma, lgammal, exact_lgamma},
+    {"CdfNormInv", reference_cdf_norm_inv, reference_cdf_norm_inv, exact_cdf_norm_inv},
 };
 
 }  // namespace
