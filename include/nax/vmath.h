@@ -751,6 +751,196 @@ void _arqdLogbI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t 
 void _arqdLogbI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdLogbI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 
+/* Sin: r = sin a, a in radians of any size.
+ * Special values: NaN for +-Inf; -0 stays. Statuses: 1 for +-Inf. */
+void _arqsSin(int32_t n, const float* a, float* r);
+void _arqsSin_HA(int32_t n, const float* a, float* r);
+void _arqsSin_21(int32_t n, const float* a, float* r);
+void _arqsSin_11(int32_t n, const float* a, float* r);
+void _arqsSinI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSin(int32_t n, const double* a, double* r);
+void _arqdSin_HA(int32_t n, const double* a, double* r);
+void _arqdSin_50(int32_t n, const double* a, double* r);
+void _arqdSin_26(int32_t n, const double* a, double* r);
+void _arqdSinI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cos: r = cos a, a in radians of any size.
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsCos(int32_t n, const float* a, float* r);
+void _arqsCos_HA(int32_t n, const float* a, float* r);
+void _arqsCos_21(int32_t n, const float* a, float* r);
+void _arqsCos_11(int32_t n, const float* a, float* r);
+void _arqsCosI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCos(int32_t n, const double* a, double* r);
+void _arqdCos_HA(int32_t n, const double* a, double* r);
+void _arqdCos_50(int32_t n, const double* a, double* r);
+void _arqdCos_26(int32_t n, const double* a, double* r);
+void _arqdCosI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* SinCos: r1 = sin a, r2 = cos a, a in radians of any size.
+ * Special values: two NaN for +-Inf; r1 is -0 for -0. Statuses: 1 for +-Inf. */
+void _arqsSinCos(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_HA(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_21(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_11(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCosI(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_HA(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_21(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_11(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqdSinCos(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_HA(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_50(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_26(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCosI(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_HA(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_50(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_26(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+
+/* Tan: r = tan a, a in radians of any size.
+ * Special values: NaN for +-Inf; -0 stays. Statuses: 1 for +-Inf. */
+void _arqsTan(int32_t n, const float* a, float* r);
+void _arqsTan_HA(int32_t n, const float* a, float* r);
+void _arqsTan_21(int32_t n, const float* a, float* r);
+void _arqsTan_11(int32_t n, const float* a, float* r);
+void _arqsTanI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTan(int32_t n, const double* a, double* r);
+void _arqdTan_HA(int32_t n, const double* a, double* r);
+void _arqdTan_50(int32_t n, const double* a, double* r);
+void _arqdTan_26(int32_t n, const double* a, double* r);
+void _arqdTanI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Sind: r = sin a, a in degrees.
+ * Special values: NaN for +-Inf; exact at multiples of 90. Statuses: 1 for +-Inf. */
+void _arqsSind(int32_t n, const float* a, float* r);
+void _arqsSind_HA(int32_t n, const float* a, float* r);
+void _arqsSind_21(int32_t n, const float* a, float* r);
+void _arqsSind_11(int32_t n, const float* a, float* r);
+void _arqsSindI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSind(int32_t n, const double* a, double* r);
+void _arqdSind_HA(int32_t n, const double* a, double* r);
+void _arqdSind_50(int32_t n, const double* a, double* r);
+void _arqdSind_26(int32_t n, const double* a, double* r);
+void _arqdSindI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cosd: r = cos a, a in degrees.
+ * Special values: NaN for +-Inf; exact at multiples of 90. Statuses: 1 for +-Inf. */
+void _arqsCosd(int32_t n, const float* a, float* r);
+void _arqsCosd_HA(int32_t n, const float* a, float* r);
+void _arqsCosd_21(int32_t n, const float* a, float* r);
+void _arqsCosd_11(int32_t n, const float* a, float* r);
+void _arqsCosdI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCosd(int32_t n, const double* a, double* r);
+void _arqdCosd_HA(int32_t n, const double* a, double* r);
+void _arqdCosd_50(int32_t n, const double* a, double* r);
+void _arqdCosd_26(int32_t n, const double* a, double* r);
+void _arqdCosdI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Tand: r = tan a, a in degrees.
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsTand(int32_t n, const float* a, float* r);
+void _arqsTand_HA(int32_t n, const float* a, float* r);
+void _arqsTand_21(int32_t n, const float* a, float* r);
+void _arqsTand_11(int32_t n, const float* a, float* r);
+void _arqsTandI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTand(int32_t n, const double* a, double* r);
+void _arqdTand_HA(int32_t n, const double* a, double* r);
+void _arqdTand_50(int32_t n, const double* a, double* r);
+void _arqdTand_26(int32_t n, const double* a, double* r);
+void _arqdTandI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Sinpi: r = sin(pi a).
+ * Special values: NaN for +-Inf; exact at multiples of 1/2. Statuses: 1 for +-Inf. */
+void _arqsSinpi(int32_t n, const float* a, float* r);
+void _arqsSinpi_HA(int32_t n, const float* a, float* r);
+void _arqsSinpi_21(int32_t n, const float* a, float* r);
+void _arqsSinpi_11(int32_t n, const float* a, float* r);
+void _arqsSinpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSinpi(int32_t n, const double* a, double* r);
+void _arqdSinpi_HA(int32_t n, const double* a, double* r);
+void _arqdSinpi_50(int32_t n, const double* a, double* r);
+void _arqdSinpi_26(int32_t n, const double* a, double* r);
+void _arqdSinpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cospi: r = cos(pi a).
+ * Special values: NaN for +-Inf; exact at multiples of 1/2. Statuses: 1 for +-Inf. */
+void _arqsCospi(int32_t n, const float* a, float* r);
+void _arqsCospi_HA(int32_t n, const float* a, float* r);
+void _arqsCospi_21(int32_t n, const float* a, float* r);
+void _arqsCospi_11(int32_t n, const float* a, float* r);
+void _arqsCospiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCospi(int32_t n, const double* a, double* r);
+void _arqdCospi_HA(int32_t n, const double* a, double* r);
+void _arqdCospi_50(int32_t n, const double* a, double* r);
+void _arqdCospi_26(int32_t n, const double* a, double* r);
+void _arqdCospiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Tanpi: r = tan(pi a).
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsTanpi(int32_t n, const float* a, float* r);
+void _arqsTanpi_HA(int32_t n, const float* a, float* r);
+void _arqsTanpi_21(int32_t n, const float* a, float* r);
+void _arqsTanpi_11(int32_t n, const float* a, float* r);
+void _arqsTanpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTanpi(int32_t n, const double* a, double* r);
+void _arqdTanpi_HA(int32_t n, const double* a, double* r);
+void _arqdTanpi_50(int32_t n, const double* a, double* r);
+void _arqdTanpi_26(int32_t n, const double* a, double* r);
+void _arqdTanpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
 /* Asin: r = the angle in [-pi/2, pi/2] with sine a.
  * Special values: NaN for |a| > 1; -0 stays. Statuses: 1 for |a| > 1. */
 void _arqsAsin(int32_t n, const float* a, float* r);
