@@ -4,9 +4,11 @@
 // The rivals are compiled for the instruction set of the library's flavour that was loaded.
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <random>
 
 #include "bench/measure.h"
@@ -68,6 +70,19 @@ constexpr Domain kDomains[] = {
     {"Fmod", " wide", 1, 1e16, 1, 2, true},
     {"Remainder", "", -100, 100, 0.5, 10, false},
     {"Remainder", " wide", 1, 1e16, 1, 2, true},
+    {"Sin", "", -4, 4, 0, 0, false},
+    {"Sin", " to 1e7", -1e7, 1e7, 0, 0, false},
+    {"Sin", " to 1e300", 1, 1e300, 0, 0, true},
+    {"Cos", "", -4, 4, 0, 0, false},
+    {"Cos", " to 1e7", -1e7, 1e7, 0, 0, false},
+    {"Cos", " to 1e300", 1, 1e300, 0, 0, true},
+    {"Tan", "", -4, 4, 0, 0, false},
+    {"Tan", " to 1e7", -1e7, 1e7, 0, 0, false},
+    {"Tan", " to 1e300", 1, 1e300, 0, 0, true},
+    {"Sind", "", -200, 200, 0, 0, false},
+    {"Cosd", "", -200, 200, 0, 0, false},
+    {"Tand", "", -200, 200, 0, 0, false},
+    {"Sind", " to 1e300", 1, 1e300, 0, 0, true},
     {"Sqrt", "", 1e-3, 1e3, 0, 0, false},
     {"InvSqrt", "", 1e-3, 1e3, 0, 0, false},
     {"Inv", "", 1e-3, 1e3, 0, 0, false},
@@ -89,14 +104,14 @@ constexpr RivalNames kRivals[] = {
     {"Exp", "exp", "exp", "_u10"},       {"Exp2", "exp2", "exp2", "_u10"},    {"Exp10", "exp10", "exp10", "_u10"},
     {"Expm1", "expm1", "expm1", "_u10"}, {"Ln", "log", "log", "_u10"},        {"Log2", "log2", "log2", "_u10"},
     {"Log10", "log10", "log10", "_u10"}, {"Log1p", "log1p", "log1p", "_u10"}, {"Fmod", "", "fmod", "_"},
-    {"Remainder", "", "remainder", "_"}, {"Sin", "sin", "sin", "_u10"},       {"Cos", "cos", "cos", "_u10"},
-    {"Tan", "tan", "tan", "_u10"},       {"Pow", "pow", "pow", "_u10"},       {"Sqrt", "", "sqrt", "_u05"},
-    {"Cbrt", "cbrt", "cbrt", "_u10"},    {"Hypot", "hypot", "hypot", "_u05"}, {"Atan2", "atan2", "atan2", "_u10"},
-    {"Asin", "asin", "asin", "_u10"},    {"Acos", "acos", "acos", "_u10"},    {"Atan", "atan", "atan", "_u10"},
-    {"Sinh", "sinh", "sinh", "_u10"},    {"Cosh", "cosh", "cosh", "_u10"},    {"Tanh", "tanh", "tanh", "_u10"},
-    {"Asinh", "asinh", "asinh", "_u10"}, {"Acosh", "acosh", "acosh", "_u10"}, {"Atanh", "atanh", "atanh", "_u10"},
-    {"Erf", "erf", "erf", "_u10"},       {"Erfc", "erfc", "erfc", "_u15"},    {"TGamma", "", "tgamma", "_u10"},
-    {"LGamma", "", "lgamma", "_u10"},
+    {"Remainder", "", "remainder", "_"}, {"Sinpi", "", "sinpi", "_u05"},      {"Cospi", "", "cospi", "_u05"},
+    {"Sin", "sin", "sin", "_u10"},       {"Cos", "cos", "cos", "_u10"},       {"Tan", "tan", "tan", "_u10"},
+    {"Pow", "pow", "pow", "_u10"},       {"Sqrt", "", "sqrt", "_u05"},        {"Cbrt", "cbrt", "cbrt", "_u10"},
+    {"Hypot", "hypot", "hypot", "_u05"}, {"Atan2", "atan2", "atan2", "_u10"}, {"Asin", "asin", "asin", "_u10"},
+    {"Acos", "acos", "acos", "_u10"},    {"Atan", "atan", "atan", "_u10"},    {"Sinh", "sinh", "sinh", "_u10"},
+    {"Cosh", "cosh", "cosh", "_u10"},    {"Tanh", "tanh", "tanh", "_u10"},    {"Asinh", "asinh", "asinh", "_u10"},
+    {"Acosh", "acosh", "acosh", "_u10"}, {"Atanh", "atanh", "atanh", "_u10"}, {"Erf", "erf", "erf", "_u10"},
+    {"Erfc", "erfc", "erfc", "_u15"},    {"TGamma", "", "tgamma", "_u10"},    {"LGamma", "", "lgamma", "_u10"},
 };
 
 // No exponent that a cheaper function serves.
@@ -125,6 +140,7 @@ struct Case {
         }
     }
     T value(double low, double high, double u) const {
+        high = std::min(high, static_cast<double>(std::numeric_limits<T>::max()));
         return static_cast<T>(domain.logarithmic ? low * std::pow(high / low, u) : low + (high - low) * u);
     }
     void* stub(bool strided) const {
