@@ -64,7 +64,7 @@ private:
         return u;
     }
 
-    // offset less bias and 2^mantissa bits is what k is lowered by
+    // `offset`: 2^mantissa_bits plus the bias that k is to lose.
     NAX_VEC Vector of_sum(Vector u, Vector u_low, Vector offset) const {
         const Vector k = sub(from_bits(shift_right<E::mantissa_bits>(bits(u)) | bits(E::row(two_to_mantissa))), offset);
         const Bits binade = (bits(u) & exponent_field) - E::bits_row(unit_bits);

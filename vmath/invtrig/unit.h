@@ -32,7 +32,7 @@ constexpr auto second_part(const float (&single)[2], const double (&wide)[2]) {
     return E::row(by_precision<E>(single[1], wide[1]));
 }
 
-// Leading term of an angle and the rest: z and z_low in the unit. `rest` adds the end of a series to z_low.
+// Brings z + z_low into the unit, the product's error going to z_low; `single` does so for a whole series in one part.
 template <class E, Unit U>
 struct Factor {
     using Vector = typename E::Vector;
