@@ -46,11 +46,11 @@ template <class K>
 struct KeyItself {
     using Key = K;
     template <class Lanes>
-    static constexpr Lanes to_key(Lanes key) {
+    [[gnu::always_inline]] static constexpr Lanes to_key(Lanes key) {
         return key;
     }
     template <class Lanes>
-    static constexpr Lanes from_key(Lanes key) {
+    [[gnu::always_inline]] static constexpr Lanes from_key(Lanes key) {
         return key;
     }
 };

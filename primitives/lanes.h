@@ -129,6 +129,22 @@ template <class Choice, class V>
     return pick<Choice>(a, b, std::make_integer_sequence<int, static_cast<int>(sizeof(V) / sizeof(a[0]))>{});
 }
 
+// Bit i tells whether lane i of a is below that of b.
+template <class K>
+[[gnu::always_inline]] inline uint32_t lanes_below(Lanes<K> a, Lanes<K> b) {
+#ifdef __AVX512F__
+    if constexpr (sizeof(K) == 8)
+        return _mm512_cmplt_epi64_mask(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b));
+    else
+        return _mm512_cmplt_epi32_mask(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b));
+#else
+    if constexpr (sizeof(K) == 8)
+        return static_cast<uint32_t>(_mm256_movemask_pd(reinterpret_cast<__m256d>(a < b)));
+    else
+        return static_cast<uint32_t>(_mm256_movemask_ps(reinterpret_cast<__m256>(a < b)));
+#endif
+}
+
 template <class V>
 [[gnu::always_inline]] inline bool any_set(V v) {
 #ifdef __AVX512F__

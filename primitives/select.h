@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "primitives/bucket_sort.h"
 
@@ -37,6 +38,67 @@ K select_in_place(K* keys, int64_t n, int64_t rank) {
     return keys[rank];
 }
 
+// One rank, or a few neighbours, found in one pass over the keys (Floyd and Rivest, CACM 18, 1975): a sorted sample
+// gives two keys that enclose them most probably; the pass counts the keys below and copies those between.
+template <class In, class K>
+class Bracket {
+public:
+    // Chooses the two keys around ranks `first` to `last` of n.
+    void choose(const K* sample, int64_t size, int64_t first, int64_t last, int64_t n) {
+        const double share = static_cast<double>(first) / static_cast<double>(n);
+        // Three standard deviations of the sample's rank.
+        const auto margin =
+            static_cast<int64_t>(3 * __builtin_sqrt(static_cast<double>(size) * share * (1 - share))) + 2;
+        const auto place = [&](int64_t rank) {
+            return static_cast<int64_t>(static_cast<double>(rank) / static_cast<double>(n) * static_cast<double>(size));
+        };
+        const int64_t from = place(first) - margin, to = place(last) + margin;
+        low_ = from < 0 ? std::numeric_limits<K>::min() : sample[from];
+        high_ = to >= size ? std::numeric_limits<K>::max() : sample[to];
+    }
+    void start(K* room, int64_t size) {
+        begin_ = end_ = room;
+        limit_ = room + size;
+        below_ = 0;
+    }
+    // False when there is no room for all keys between.
+    bool take(const K* keys, int64_t n) {
+        if (limit_ - end_ < n) return false;
+        const Lanes<K> low = Lanes<K>{} + low_, high = Lanes<K>{} + high_;
+        constexpr int kWord = 64 / kLanes<K>;  // vectors whose lanes fill a word of bits
+        int64_t i = 0;
+        for (; i + 64 <= n; i += 64) {
+            uint64_t less = 0, more = 0;
+#pragma GCC unroll 16
+            for (int r = 0; r < kWord; ++r) {
+                const Lanes<K> v = In::to_key(load<K>(keys + i + r * kLanes<K>));
+                less |= uint64_t{lanes_below<K>(v, low)} << (r * kLanes<K>);
+                more |= uint64_t{lanes_below<K>(high, v)} << (r * kLanes<K>);
+            }
+            below_ += __builtin_popcountll(less);
+            for (uint64_t between = ~(less | more); between != 0; between &= between - 1)
+                *end_++ = In::to_key(keys[i + __builtin_ctzll(between)]);
+        }
+        for (; i < n; ++i) {
+            const K key = In::to_key(keys[i]);
+            if (key < low_)
+                ++below_;
+            else if (key <= high_)
+                *end_++ = key;
+        }
+        return true;
+    }
+    int64_t below() const { return below_; }
+    int64_t count() const { return end_ - begin_; }
+    K* keys() const { return begin_; }
+    bool holds(int64_t first, int64_t last) const { return below_ <= first && last < below_ + count(); }
+
+private:
+    K low_, high_;
+    K *begin_, *end_, *limit_;
+    int64_t below_;
+};
+
 template <class In, class K>
 class Selection {
 public:
@@ -49,6 +111,56 @@ public:
             for (int64_t r = 0; r < wanted.count; ++r) values[r] = sorted[wanted.rank[r] - wanted.first];
             return;
         }
+        if (level == 0 && n >= kBracketed && by_brackets<Out>(keys, n, work, room, wanted, values)) return;
+        by_counting<Out>(keys, n, work, room, wanted, values, level);
+    }
+
+private:
+    static constexpr int64_t kLongest = int64_t{1} << 31;  // of counts in 32 bits
+    static constexpr int64_t kBracketed = 2048;
+    static constexpr int kMostBrackets = 4;
+
+    // False when the ranks are too many or the sample led astray.
+    template <class Out>
+    static bool by_brackets(const K* keys, int64_t n, K* work, int64_t room, const WantedRanks& wanted, K* values) {
+        // Neighbouring ranks, which a quantile lies between, share a bracket.
+        int64_t group[kMostBrackets + 1];
+        int groups = 0;
+        for (int64_t r = 0; r < wanted.count; ++r) {
+            if (r > 0 && wanted.rank[r] - wanted.rank[r - 1] <= 1) continue;
+            if (groups == kMostBrackets) return false;
+            group[groups++] = r;
+        }
+        group[groups] = wanted.count;
+        int64_t size = 256;
+        while (size < 4096 && size * 24 < n) size *= 2;
+        const int64_t step = n / size;
+        for (int64_t i = 0; i < size; ++i) work[i] = In::to_key(keys[i * step + step / 2]);
+        sort_keys<KeyItself<K>>(work, work + size, size);
+        Bracket<In, K> brackets[kMostBrackets];
+        const int64_t share = (room - size) / groups;
+        for (int g = 0; g < groups; ++g) {
+            brackets[g].choose(work, size, wanted.rank[group[g]], wanted.rank[group[g + 1] - 1], n);
+            brackets[g].start(work + size + g * share, share);
+        }
+        constexpr int64_t kBlock = 8192 / sizeof(K);  // stays in the nearest cache for all brackets
+        for (int64_t i = 0; i < n; i += kBlock)
+            for (int g = 0; g < groups; ++g)
+                if (!brackets[g].take(keys + i, n - i < kBlock ? n - i : kBlock)) return false;
+        for (int g = 0; g < groups; ++g)
+            if (!brackets[g].holds(wanted.rank[group[g]], wanted.rank[group[g + 1] - 1])) return false;
+        for (int g = 0; g < groups; ++g) {
+            const Bracket<In, K>& b = brackets[g];
+            Selection<KeyItself<K>, K>::template run<Out>(b.keys(), b.count(), b.keys() + b.count(), share - b.count(),
+                                                          {wanted.rank + group[g], group[g + 1] - group[g], b.below()},
+                                                          values + group[g], 1);
+        }
+        return true;
+    }
+
+    template <class Out>
+    static void by_counting(const K* keys, int64_t n, K* work, int64_t room, const WantedRanks& wanted, K* values,
+                            int level) {
         Counting counting;
         if (level == kMostLevels || room < n || n >= kLongest) {
             if (room < n) return by_partition<Out>(const_cast<K*>(keys), n, wanted, values);
@@ -81,9 +193,6 @@ public:
             below += size;
         }
     }
-
-private:
-    static constexpr int64_t kLongest = int64_t{1} << 31;  // of counts in 32 bits
 
     struct Counting {
         static constexpr uint32_t kUnwanted = 0xFFFFFFFF;

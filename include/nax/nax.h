@@ -12,6 +12,7 @@
 #include "nax/service.h"
 #include "nax/statistics.h"
 #include "nax/statistics_order.h"
+#include "nax/statistics_robust.h"
 #include "nax/statistics_basic.h"
 #include "nax/statistics.h"
 #include "nax/status.h"

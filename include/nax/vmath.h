@@ -751,6 +751,272 @@ void _arqdLogbI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t 
 void _arqdLogbI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdLogbI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 
+/* Asin: r = the angle in [-pi/2, pi/2] with sine a.
+ * Special values: NaN for |a| > 1; -0 stays. Statuses: 1 for |a| > 1. */
+void _arqsAsin(int32_t n, const float* a, float* r);
+void _arqsAsin_HA(int32_t n, const float* a, float* r);
+void _arqsAsin_21(int32_t n, const float* a, float* r);
+void _arqsAsin_11(int32_t n, const float* a, float* r);
+void _arqsAsinI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAsin(int32_t n, const double* a, double* r);
+void _arqdAsin_HA(int32_t n, const double* a, double* r);
+void _arqdAsin_50(int32_t n, const double* a, double* r);
+void _arqdAsin_26(int32_t n, const double* a, double* r);
+void _arqdAsinI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Acos: r = the angle in [0, pi] with cosine a.
+ * Special values: NaN for |a| > 1. Statuses: 1 for |a| > 1. */
+void _arqsAcos(int32_t n, const float* a, float* r);
+void _arqsAcos_HA(int32_t n, const float* a, float* r);
+void _arqsAcos_21(int32_t n, const float* a, float* r);
+void _arqsAcos_11(int32_t n, const float* a, float* r);
+void _arqsAcosI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcosI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcosI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcosI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAcos(int32_t n, const double* a, double* r);
+void _arqdAcos_HA(int32_t n, const double* a, double* r);
+void _arqdAcos_50(int32_t n, const double* a, double* r);
+void _arqdAcos_26(int32_t n, const double* a, double* r);
+void _arqdAcosI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcosI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcosI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcosI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Atan: r = the angle in [-pi/2, pi/2] with tangent a.
+ * Special values: +-pi/2 for +-Inf; -0 stays. Statuses: none. */
+void _arqsAtan(int32_t n, const float* a, float* r);
+void _arqsAtan_HA(int32_t n, const float* a, float* r);
+void _arqsAtan_21(int32_t n, const float* a, float* r);
+void _arqsAtan_11(int32_t n, const float* a, float* r);
+void _arqsAtanI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAtan(int32_t n, const double* a, double* r);
+void _arqdAtan_HA(int32_t n, const double* a, double* r);
+void _arqdAtan_50(int32_t n, const double* a, double* r);
+void _arqdAtan_26(int32_t n, const double* a, double* r);
+void _arqdAtanI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Atan2: r = the angle in [-pi, pi] of the point (b, a).
+ * Special values: as C's atan2 for zeros and Inf. Statuses: none. */
+void _arqsAtan2(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2I(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2I_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2I_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2I_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdAtan2(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2I(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2I_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2I_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2I_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Asinpi: r = asin(a)/pi.
+ * Special values: NaN for |a| > 1; -0 stays. Statuses: 1 for |a| > 1. */
+void _arqsAsinpi(int32_t n, const float* a, float* r);
+void _arqsAsinpi_HA(int32_t n, const float* a, float* r);
+void _arqsAsinpi_21(int32_t n, const float* a, float* r);
+void _arqsAsinpi_11(int32_t n, const float* a, float* r);
+void _arqsAsinpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAsinpi(int32_t n, const double* a, double* r);
+void _arqdAsinpi_HA(int32_t n, const double* a, double* r);
+void _arqdAsinpi_50(int32_t n, const double* a, double* r);
+void _arqdAsinpi_26(int32_t n, const double* a, double* r);
+void _arqdAsinpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Acospi: r = acos(a)/pi.
+ * Special values: NaN for |a| > 1. Statuses: 1 for |a| > 1. */
+void _arqsAcospi(int32_t n, const float* a, float* r);
+void _arqsAcospi_HA(int32_t n, const float* a, float* r);
+void _arqsAcospi_21(int32_t n, const float* a, float* r);
+void _arqsAcospi_11(int32_t n, const float* a, float* r);
+void _arqsAcospiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcospiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcospiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcospiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAcospi(int32_t n, const double* a, double* r);
+void _arqdAcospi_HA(int32_t n, const double* a, double* r);
+void _arqdAcospi_50(int32_t n, const double* a, double* r);
+void _arqdAcospi_26(int32_t n, const double* a, double* r);
+void _arqdAcospiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcospiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcospiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcospiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Atanpi: r = atan(a)/pi.
+ * Special values: +-1/2 for +-Inf; -0 stays. Statuses: none. */
+void _arqsAtanpi(int32_t n, const float* a, float* r);
+void _arqsAtanpi_HA(int32_t n, const float* a, float* r);
+void _arqsAtanpi_21(int32_t n, const float* a, float* r);
+void _arqsAtanpi_11(int32_t n, const float* a, float* r);
+void _arqsAtanpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAtanpi(int32_t n, const double* a, double* r);
+void _arqdAtanpi_HA(int32_t n, const double* a, double* r);
+void _arqdAtanpi_50(int32_t n, const double* a, double* r);
+void _arqdAtanpi_26(int32_t n, const double* a, double* r);
+void _arqdAtanpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Atan2pi: r = atan2(a, b)/pi.
+ * Special values: as C's atan2 for zeros and Inf. Statuses: none. */
+void _arqsAtan2pi(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2pi_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2pi_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2pi_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsAtan2piI(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2piI_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2piI_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsAtan2piI_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdAtan2pi(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2pi_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2pi_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2pi_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdAtan2piI(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2piI_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2piI_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdAtan2piI_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Sinh: r = the hyperbolic sine of a.
+ * Special values: +-Inf for +-Inf; -0 stays. Statuses: 3 on overflow. */
+void _arqsSinh(int32_t n, const float* a, float* r);
+void _arqsSinh_HA(int32_t n, const float* a, float* r);
+void _arqsSinh_21(int32_t n, const float* a, float* r);
+void _arqsSinh_11(int32_t n, const float* a, float* r);
+void _arqsSinhI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinhI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinhI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinhI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSinh(int32_t n, const double* a, double* r);
+void _arqdSinh_HA(int32_t n, const double* a, double* r);
+void _arqdSinh_50(int32_t n, const double* a, double* r);
+void _arqdSinh_26(int32_t n, const double* a, double* r);
+void _arqdSinhI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinhI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinhI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinhI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cosh: r = the hyperbolic cosine of a.
+ * Special values: +Inf for +-Inf. Statuses: 3 on overflow. */
+void _arqsCosh(int32_t n, const float* a, float* r);
+void _arqsCosh_HA(int32_t n, const float* a, float* r);
+void _arqsCosh_21(int32_t n, const float* a, float* r);
+void _arqsCosh_11(int32_t n, const float* a, float* r);
+void _arqsCoshI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCoshI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCoshI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCoshI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCosh(int32_t n, const double* a, double* r);
+void _arqdCosh_HA(int32_t n, const double* a, double* r);
+void _arqdCosh_50(int32_t n, const double* a, double* r);
+void _arqdCosh_26(int32_t n, const double* a, double* r);
+void _arqdCoshI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCoshI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCoshI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCoshI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Tanh: r = the hyperbolic tangent of a.
+ * Special values: +-1 for +-Inf; -0 stays. Statuses: none. */
+void _arqsTanh(int32_t n, const float* a, float* r);
+void _arqsTanh_HA(int32_t n, const float* a, float* r);
+void _arqsTanh_21(int32_t n, const float* a, float* r);
+void _arqsTanh_11(int32_t n, const float* a, float* r);
+void _arqsTanhI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanhI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanhI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanhI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTanh(int32_t n, const double* a, double* r);
+void _arqdTanh_HA(int32_t n, const double* a, double* r);
+void _arqdTanh_50(int32_t n, const double* a, double* r);
+void _arqdTanh_26(int32_t n, const double* a, double* r);
+void _arqdTanhI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanhI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanhI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanhI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Asinh: r = the inverse hyperbolic sine of a.
+ * Special values: +-Inf for +-Inf; -0 stays. Statuses: none. */
+void _arqsAsinh(int32_t n, const float* a, float* r);
+void _arqsAsinh_HA(int32_t n, const float* a, float* r);
+void _arqsAsinh_21(int32_t n, const float* a, float* r);
+void _arqsAsinh_11(int32_t n, const float* a, float* r);
+void _arqsAsinhI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinhI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinhI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAsinhI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAsinh(int32_t n, const double* a, double* r);
+void _arqdAsinh_HA(int32_t n, const double* a, double* r);
+void _arqdAsinh_50(int32_t n, const double* a, double* r);
+void _arqdAsinh_26(int32_t n, const double* a, double* r);
+void _arqdAsinhI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinhI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinhI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAsinhI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Acosh: r = the inverse hyperbolic cosine of a, not below 0.
+ * Special values: +Inf for +Inf; NaN for a < 1. Statuses: 1 for a < 1. */
+void _arqsAcosh(int32_t n, const float* a, float* r);
+void _arqsAcosh_HA(int32_t n, const float* a, float* r);
+void _arqsAcosh_21(int32_t n, const float* a, float* r);
+void _arqsAcosh_11(int32_t n, const float* a, float* r);
+void _arqsAcoshI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcoshI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcoshI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAcoshI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAcosh(int32_t n, const double* a, double* r);
+void _arqdAcosh_HA(int32_t n, const double* a, double* r);
+void _arqdAcosh_50(int32_t n, const double* a, double* r);
+void _arqdAcosh_26(int32_t n, const double* a, double* r);
+void _arqdAcoshI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcoshI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcoshI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAcoshI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Atanh: r = the inverse hyperbolic tangent of a.
+ * Special values: +-Inf for +-1; NaN for |a| > 1; -0 stays. Statuses: 1 for |a| > 1, 2 for |a| = 1. */
+void _arqsAtanh(int32_t n, const float* a, float* r);
+void _arqsAtanh_HA(int32_t n, const float* a, float* r);
+void _arqsAtanh_21(int32_t n, const float* a, float* r);
+void _arqsAtanh_11(int32_t n, const float* a, float* r);
+void _arqsAtanhI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanhI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanhI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsAtanhI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdAtanh(int32_t n, const double* a, double* r);
+void _arqdAtanh_HA(int32_t n, const double* a, double* r);
+void _arqdAtanh_50(int32_t n, const double* a, double* r);
+void _arqdAtanh_26(int32_t n, const double* a, double* r);
+void _arqdAtanhI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanhI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanhI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdAtanhI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
 /* Erf: r = the error function of a.
  * Special values: +-1 for +-Inf; -0 stays. Statuses: none. */
 void _arqsErf(int32_t n, const float* a, float* r);

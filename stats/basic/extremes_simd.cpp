@@ -79,8 +79,9 @@ void scan(const Slice<T>& slice, bool columns, T* minimum, T* maximum) {
         return;
     }
     alignas(64) T buffer[kChunk * kLanes<T>];
-    for (int64_t i = 0; i < slice.n; i += kChunk) {
-        const int64_t count = std::min<int64_t>(kChunk, slice.n - i);
+    const int64_t depth = cached_rows<T>(slice.p);
+    for (int64_t i = 0; i < slice.n; i += depth) {
+        const int64_t count = std::min(depth, slice.n - i);
         for (int64_t b = 0; b < blocks.count(); ++b)
             scan_columns<T, least, greatest>(strip<T, true>(slice, blocks, b, i, count, buffer), count,
                                              least ? minimum + b * blocks.lanes : nullptr,

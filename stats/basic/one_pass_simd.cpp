@@ -119,8 +119,7 @@ void update_variable(const T* x, int64_t stride, int count, const Factors<T>& f,
 
 template <class T>
 void add_cross_products(int64_t p, int64_t ld, int count, const Factors<T>& f, const Panels<T>& panels, T* cross) {
-    for (int k = 0; k < count; ++k)
-        for (int64_t j = 0; j < ld; ++j) panels.scaled[k * ld + j] = f.h[k] * panels.plain[k * ld + j];
+    scale_rows(ld, count, f.h, panels.plain, panels.scaled);
     rank_update(p, ld, count, panels.scaled, panels.plain, cross);
 }
 
@@ -137,7 +136,9 @@ void run(const Slice<T>& slice, Accumulators<T>& sums, const Panels<T>& panels) 
     if constexpr (weighted)
         while (i < slice.last && slice.weights[i] == 0) ++i;
     while (i < slice.last) {
-        const int64_t limit = cross ? std::min<int64_t>(kChunk, panels.rows) : kChunk;
+        const int64_t limit = cross     ? std::min<int64_t>(kChunk, panels.rows)
+                              : columns ? std::max<int64_t>(cached_rows<T>(slice.p), 32)
+                                        : kChunk;
         const int count = static_cast<int>(std::min(limit, slice.last - i));
         fill_factors<T, weighted, central>(weighted ? slice.weights + i : nullptr, count, sums, factors);
         if (alone) {

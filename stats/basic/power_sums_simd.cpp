@@ -76,8 +76,8 @@ void add_columns(Strip<T> strip, const T* weights, int64_t count, const T* mean,
     const auto row = [&](int64_t k) { return load<V>(strip.x + k * strip.stride); };
     int64_t k = 0;
     for (; k + 1 < count; k += 2) {
-        __builtin_prefetch(ahead + k * kLaneBytes);
-        __builtin_prefetch(ahead + (k + 1) * kLaneBytes);
+        __builtin_prefetch(ahead + k * kLaneBytes, 0, 2);
+        __builtin_prefetch(ahead + (k + 1) * kLaneBytes, 0, 2);
         even.template add<weighted>(row(k), weight(k), m);
         odd.template add<weighted>(row(k + 1), weight(k + 1), m);
     }
@@ -137,18 +137,20 @@ void add_cross_products(const Slice<T>& slice, const Blocks& blocks, int64_t fir
     const int64_t ld = blocks.padded();
     for (int64_t b = 0; b < blocks.count(); ++b) {
         const int64_t base = blocks.base(b);
+        T* const to = panels.plain + base;
+        if constexpr (!columns) {
+            gather_rows(slice.x + base * slice.n + first, slice.n, std::min<int64_t>(kLanes<T>, slice.p), count, to,
+                        ld);
+            continue;
+        }
         alignas(64) T buffer[kChunk * kLanes<T>];
         for (int64_t k = 0; k < count; k += kChunk) {
             const int64_t part = std::min<int64_t>(kChunk, count - k);
             const Strip<T> rows = strip<T, columns>(slice, blocks, b, first + k, part, buffer);
-            for (int64_t i = 0; i < part; ++i) {
-                const Lanes<T> x = load<Lanes<T>>(rows.x + i * rows.stride);
-                store(panels.plain + (k + i) * ld + base, x);
-                if constexpr (weighted)
-                    store(panels.scaled + (k + i) * ld + base, splat<Lanes<T>>(slice.weights[first + k + i]) * x);
-            }
+            for (int64_t i = 0; i < part; ++i) store(to + (k + i) * ld, load<Lanes<T>>(rows.x + i * rows.stride));
         }
     }
+    if constexpr (weighted) scale_rows(ld, count, slice.weights + first, panels.plain, panels.scaled);
     rank_update(slice.p, ld, count, weighted ? panels.scaled : panels.plain, panels.plain, cross);
 }
 
@@ -157,19 +159,20 @@ void run(const Slice<T>& slice, Accumulators<T>& sums, const Panels<T>& panels) 
     const Blocks blocks = basic::blocks<T>(slice.p);
     alignas(64) T buffer[kChunk * kLanes<T>];
     const bool cross = sums.cross != nullptr;
-    const int64_t limit = cross ? panels.rows : columns ? kChunk : slice.last - slice.first;
+    const int64_t limit = cross ? panels.rows : slice.last - slice.first;
+    const int64_t depth = cached_rows<T>(slice.p);
     for (int64_t i = slice.first; i < slice.last; i += limit) {
         const int64_t count = std::min(limit, slice.last - i);
         const T* const weights = weighted ? slice.weights + i : nullptr;
         if constexpr (columns) {
-            const char* ahead = reinterpret_cast<const char*>(slice.x + (i + count) * slice.p);
-            for (int64_t b = 0; b < blocks.count(); ++b, ahead += count * kLaneBytes)
-                for (int64_t k = 0; k < count; k += kChunk) {
-                    const int64_t part = std::min<int64_t>(kChunk, count - k);
+            for (int64_t k = 0; k < count; k += depth) {
+                const int64_t part = std::min(depth, count - k);
+                const char* ahead = reinterpret_cast<const char*>(slice.x + (i + k + part) * slice.p);
+                for (int64_t b = 0; b < blocks.count(); ++b, ahead += part * kLaneBytes)
                     add_columns<T, raw, central, weighted>(strip<T, true>(slice, blocks, b, i + k, part, buffer),
                                                            weights + (weighted ? k : 0), part, sums.mean, sums.power,
                                                            b * blocks.lanes, ahead);
-                }
+            }
         } else {
             for (int64_t j = 0; j < slice.p; ++j)
                 add_row<T, raw, central, weighted>(slice.x + j * slice.n + i, weights, count,

@@ -27,7 +27,7 @@ struct DeviationJob {
     bool rows, of_median, mean_is_given;
     SelectedVariables selected;
     QuantileRanks<T> half;  // ranks of the median
-    service::Block<T> scratch;
+    service::SmallBlock<T, kShortScratch> scratch;
 
     int64_t scratch_size() const { return of_median ? 2 * n + 2 : n; }
 

@@ -17,9 +17,10 @@ struct QuantileJob {
     const Task& task;
     int64_t p, n, m;
     bool rows, with_quantiles, with_order_statistics, rows_out;
+    bool with_sort;  // selecting would take longer
     SelectedVariables selected;
     QuantileRanks<T> ranks;
-    service::Block<T> scratch;
+    service::SmallBlock<T, kShortScratch> scratch;
     int64_t scratch_size;  // of a thread: work for the sort or the selection, a copy of a strided variable, values
 
     void run(int64_t i, int thread) {
@@ -50,6 +51,16 @@ struct QuantileJob {
         if (!x.is_contiguous()) {
             x.copy_to(work + n, n);
             values = work + n;
+        }
+        if (with_sort) {
+            T* const sorted = work + n;
+            if (x.is_contiguous()) x.copy_to(sorted, n);
+            sort_reals(sorted, work, n);
+            for (int64_t r = 0; r < m; ++r) {
+                const QuantilePlace<T> place = quantile_place(reals<T>(task.quantile_orders)[r], n);
+                quantiles[r] = quantile_of_selected(sorted[place.k], sorted[place.upper], place.f);
+            }
+            return;
         }
         T* const wanted = work + 2 * n;
         select_reals(values, n, work, ranks.ranks(), ranks.count(), wanted);
@@ -98,9 +109,11 @@ int32_t quantiles(const Task& task, uint64_t estimates, uint64_t method, const T
     if (p < 1 || n < 1 || (m == 0 && !with_order_statistics)) return SsStatusOk;
     const bool rows = is_rows(integer(task, task.observation_storage), p);
     const bool rows_out = !with_order_statistics || is_rows(integer(task, task.order_statistics_storage), p);
-    QuantileJob<T> job{task, p, n, m, rows, with_quantiles, with_order_statistics, rows_out, {}, {}, {}, 0};
+    const bool with_sort = n <= 64 || m > n / 16;
+    QuantileJob<T> job{task, p, n, m, rows, with_quantiles, with_order_statistics, rows_out, with_sort, {}, {}, {}, 0};
     if (!job.selected.find(task, p)) return SsStatusMemory;
-    if (!with_order_statistics && !job.ranks.plan(reals<T>(task.quantile_orders), m, n)) return SsStatusMemory;
+    if (!with_order_statistics && !with_sort && !job.ranks.plan(reals<T>(task.quantile_orders), m, n))
+        return SsStatusMemory;
     job.scratch_size = with_order_statistics ? (rows_out ? n : 2 * n) : 2 * n + job.ranks.count();
     const int64_t limit = std::min<int64_t>(thread_limit(threaders), p);
     const int64_t threads = threads_within_memory(limit, n * static_cast<int64_t>(sizeof(T)));

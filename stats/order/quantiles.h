@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "service/block.h"
+#include "service/small_block.h"
 #include "stats/order/ranking.h"
 
 namespace nax::stats {
@@ -44,7 +44,7 @@ public:
 private:
     const T* orders_ = nullptr;
     int64_t m_ = 0, n_ = 0, count_ = 0;
-    service::Block<int64_t> ranks_;
+    service::SmallBlock<int64_t, 32> ranks_;
 };
 
 }  // namespace nax::stats

@@ -10,6 +10,10 @@ namespace nax::stats {
 template <class T>
 void sort_reals(T* x, T* scratch, int64_t n);
 
+// Sorts the keys, equal ones in their old order, and moves the payload along; the scratch has 2 n elements.
+template <class T>
+void sort_with_payload(T* keys, T* payload, T* scratch, int64_t n);
+
 // values[r] becomes the element of rank ranks[r], from 0 on; ranks ascend. `work` has n elements.
 template <class T>
 void select_reals(const T* x, int64_t n, T* work, const int64_t* ranks, int64_t count, T* values);

@@ -14,7 +14,7 @@ struct SortJob {
     int64_t p, n;
     bool rows, rows_out;
     SelectedVariables selected;
-    service::Block<T> scratch;
+    service::SmallBlock<T, kShortScratch> scratch;
     int64_t scratch_size;
 
     void run(int64_t i, int thread) {

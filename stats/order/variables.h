@@ -3,11 +3,14 @@
 
 #include <cstdint>
 
-#include "service/block.h"
+#include "service/small_block.h"
 #include "service/threaders.h"
 #include "stats/task.h"
 
 namespace nax::stats {
+
+// Reals that an entry keeps on the stack: short data shouldn't wait for an allocator.
+inline constexpr std::size_t kShortScratch = 512;
 
 // The numbers of the selected variables in ascending order.
 class SelectedVariables {
@@ -25,7 +28,7 @@ public:
     int64_t operator[](int64_t i) const { return list_[static_cast<std::size_t>(i)]; }
 
 private:
-    service::Block<int64_t> list_;
+    service::SmallBlock<int64_t, 32> list_;
     int64_t count_ = 0;
 };
 

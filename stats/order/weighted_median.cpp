@@ -44,8 +44,8 @@ int32_t weighted_median(const Task& task, uint64_t, uint64_t, const Threaders*) 
     if (task.quantiles == nullptr) return SsStatusNoQuantiles;
     const int64_t p = integer(task, task.dimension), n = integer(task, task.observation_count);
     if (p < 1 || n < 1) return SsStatusOk;
-    service::Block<T> scratch(static_cast<std::size_t>(2 * n));
-    if (!scratch) return SsStatusMemory;
+    service::SmallBlock<T, kShortScratch> scratch;
+    if (!scratch.allocate(static_cast<std::size_t>(4 * n))) return SsStatusMemory;
     T *const values = scratch.get(), *const weights = values + n;
     const bool rows = is_rows(integer(task, task.observation_storage), p);
     const T total = sum_of(reals<T>(task.weights), n);
@@ -53,7 +53,7 @@ int32_t weighted_median(const Task& task, uint64_t, uint64_t, const Threaders*) 
     for (int64_t j = 0; j < p; ++j) {
         variable(reals<T>(task.observations), rows, p, n, j).copy_to(values, n);
         for (int64_t i = 0; i < n; ++i) weights[i] = reals<T>(task.weights)[i];
-        quick_map_sort(n, values, weights);
+        sort_with_payload(values, weights, weights + n, n);
         reals<T>(task.quantiles)[j] = weighted_quantile(values, weights, n, q, total);
     }
     return SsStatusOk;

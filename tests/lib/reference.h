@@ -17,6 +17,10 @@ struct Reference {
 // The reference of a function, or null.
 const Reference* find_reference(const char* function);
 
+// |y - value| in ulp of value; `value` holds that distance afterwards. T is float or double, y finite.
+template <class T>
+double ulp_distance(mpfr_ptr value, T y);
+
 // |y - f(x)| in ulp of f(x), as ulp_error() but with 160 bits. T is float or double.
 template <class T>
 double exact_ulp_error(const Reference& reference, T x, T y);

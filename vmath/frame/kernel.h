@@ -19,6 +19,8 @@
 //   is_rare(x...)          mask of the rare lanes; only if eval returns no mask, and asked only for a step with lanes
 //                          that may be rare
 //   rare                   scalar path; only if some lane may be rare
+//   always_settled         true if rare lanes go there also where reports are off: the vector code has no result for them;
+//                          optional
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
 #pragma once
 
@@ -283,7 +285,8 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access, const char* name) {
     constexpr bool looks_twice = Step<Op, Access, 1>::looks_twice;
 
     const uint32_t mode = nax_arq_kernel_GetMode();
-    const bool reports = (mode & kErrorModeField) != kErrorModeNone;
+    constexpr bool always_settled = requires { requires Op::always_settled; };
+    const bool reports = always_settled || (mode & kErrorModeField) != kErrorModeNone;
     MxcsrScope<kSuppressesExceptions> mxcsr(mode);
     X87Scope x87;
     const Op* rows = &kData;

@@ -19,6 +19,14 @@ struct Coefficients {
     // the depth.
     NAX_VEC Vector operator()(Vector x, Vector x2) const { return sum(x, x2); }
 
+    // The same as one chain, Horner's rule: no square is needed, for kernels with work enough beside it.
+    NAX_VEC Vector chain(Vector x) const {
+        Vector sum = c[N - 1];
+#pragma GCC unroll 16
+        for (int k = N - 2; k >= 0; --k) sum = fma(sum, x, c[k]);
+        return sum;
+    }
+
 private:
     template <int... I>
     constexpr Coefficients(const Element (&values)[N], std::integer_sequence<int, I...>) : c{E::row(values[I])...} {}

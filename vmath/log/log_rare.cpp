@@ -139,4 +139,10 @@ int32_t vslog2_cout_rare(const float* x, float* y) { return in_double(vdlog2_cou
 int32_t vslog10_cout_rare(const float* x, float* y) { return in_double(vdlog10_cout_rare, *x, y); }
 int32_t vslog1p_cout_rare(const float* x, float* y) { return in_double(vdlog1p_cout_rare, *x, y); }
 
+double ln1p_of_pair(double high, double low, double doublings) {
+    if (high <= 0.009765625 && doublings == 0.0) return high + (low + ln_rest(high));
+    const DoubleWord sum = high < 1.0 ? fast_two_sum(1.0, high) : fast_two_sum(high, 1.0);
+    return log_reduced(kBaseE, sum.high, sum.low + low, doublings);
+}
+
 }  // namespace nax::vmath

@@ -18,4 +18,7 @@ int32_t vslog1p_cout_rare(const float* x, float* y);
 int32_t vdlogb_cout_rare(const double* x, double* y);
 int32_t vslogb_cout_rare(const float* x, float* y);
 
+// ln(1 + high + low) where high >= 0 and low is within an ulp of it; `doublings` ln2 more. For inverse hyperbolics.
+double ln1p_of_pair(double high, double low, double doublings = 0.0);
+
 }  // namespace nax::vmath
