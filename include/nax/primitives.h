@@ -68,7 +68,7 @@ int nax_dft_avx2_opasSet_64fc(double real, double imag, double* array, int32_t l
  * Order: integers by value. Floating-point numbers by their bits, which is by value with negative zero before zero; NaNs
  * with the sign bit set come before all else and other NaNs after all else, by their bits. Descending is the reverse of it.
  *
- * Memory: the caller's scratch and at most 50 KiB of the stack; nothing is allocated. Time: linear in the length, whatever the keys;
+ * Memory: the caller's scratch and at most 100 KiB of the stack; nothing is allocated. Time: linear in the length, whatever the keys;
  * keys in order or in reverse order already are found so in one pass. What the scratch holds afterwards is of no use.
  *
  * Source: digits from the top over buckets chosen by a sample, Batcher's networks for short ones, and Knuth's Algorithm

@@ -56,7 +56,7 @@ int32_t _stosSSSort(nax_ss_task* task, uint64_t estimates, uint64_t method, cons
  * or the last one, else the mean of x(k) and the next value of positive weight. Estimates, method and threaders are
  * ignored. With unit weights and q = 0.5 it is the median.
  *
- * Statuses: those of a null pointer, NoStorage, NoWeights, NoQuantileOrders, NoQuantiles; Memory. Time n log n. */
+ * Statuses: those of a null pointer, NoStorage, NoWeights, NoQuantileOrders, NoQuantiles; Memory. Time linear in n; scratch 4 n reals. */
 int32_t _stodSSWMedian(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 int32_t _stosSSWMedian(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 
@@ -92,8 +92,8 @@ int32_t _stosSSMahDistance(nax_ss_task* task, uint64_t estimates, uint64_t metho
  * NoStreamQuantiles, NoStreamOrders, BadStreamOrders, NoStreamParamCount, BadStreamParamCount, BadStreamOrders for an
  * order outside [0, 1], NoStreamParams, BadMethod, BadStreamAccuracy; BadVariableMask for a variable that the
  * summaries left out; Memory, with what had been added kept.
- * Source: Greenwald and Khanna (SIGMOD 2001), in the levels of Zhang and Wang (SSDBM 2007). Memory grows with
- * log(epsilon N) / epsilon a variable. */
+ * Source: levels of growing weight after Munro and Paterson (Theor. Comput. Sci. 12, 1980) and Manku, Rajagopalan and
+ * Lindsay (SIGMOD 1998). Memory: up to 16 / epsilon values exactly, then growing with the logarithm of epsilon N. */
 int32_t _stodSSStreamQuantiles(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 int32_t _stosSSStreamQuantiles(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 /* Frees the summaries; deletion of the task does so by itself. */
