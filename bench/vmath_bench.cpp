@@ -37,10 +37,48 @@ constexpr Domain kDomains[] = {
     {"Exp2", "", -20, 20, 0, 0, false},
     {"Exp10", "", -8, 8, 0, 0, false},
     {"Expm1", "", -5, 5, 0, 0, false},
+    {"Asin", "", -1, 1, 0, 0, false},
+    {"Acos", "", -1, 1, 0, 0, false},
+    {"Asinpi", "", -1, 1, 0, 0, false},
+    {"Acospi", "", -1, 1, 0, 0, false},
+    {"Atan", "", -10, 10, 0, 0, false},
+    {"Atan", " wide", 1e-3, 1e7, 0, 0, true},
+    {"Atanpi", "", -10, 10, 0, 0, false},
+    {"Atan2", "", -10, 10, -10, 10, false},
+    {"Atan2pi", "", -10, 10, -10, 10, false},
+    {"Sinh", "", -10, 10, 0, 0, false},
+    {"Cosh", "", -10, 10, 0, 0, false},
+    {"Tanh", "", -4, 4, 0, 0, false},
+    {"Asinh", "", -100, 100, 0, 0, false},
+    {"Asinh", " wide", 1e-7, 1e30, 0, 0, true},
+    {"Acosh", "", 1, 100, 0, 0, false},
+    {"Acosh", " wide", 1, 1e30, 0, 0, true},
+    {"Atanh", "", -0.99, 0.99, 0, 0, false},
+    {"CdfNorm", "", -5, 5, 0, 0, false},
+    {"ErfInv", "", -0.9999, 0.9999, 0, 0, false},
+    {"ErfcInv", "", 1e-4, 1.9999, 0, 0, false},
+    {"CdfNormInv", "", 1e-4, 0.9999, 0, 0, false},
+    {"LGamma", "", 0.1, 20, 0, 0, false},
+    {"LGamma", " negative", -20, -0.1, 0, 0, false},
+    {"LGamma", " large", 40, 1000, 0, 0, false},
+    {"TGamma", "", 0.1, 20, 0, 0, false},
+    {"TGamma", " negative", -20, -0.1, 0, 0, false},
+    {"ExpInt1", "", 0.1, 20, 0, 0, false},
     {"Fmod", "", -100, 100, 0.5, 10, false},
     {"Fmod", " wide", 1, 1e16, 1, 2, true},
     {"Remainder", "", -100, 100, 0.5, 10, false},
     {"Remainder", " wide", 1, 1e16, 1, 2, true},
+    {"Sqrt", "", 1e-3, 1e3, 0, 0, false},
+    {"InvSqrt", "", 1e-3, 1e3, 0, 0, false},
+    {"Inv", "", 1e-3, 1e3, 0, 0, false},
+    {"Cbrt", "", -1e3, 1e3, 0, 0, false},
+    {"InvCbrt", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow2o3", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow3o2", "", 1e-3, 1e3, 0, 0, false},
+    {"Pow", "", 0.1, 10, -5, 5, false},
+    {"Powr", "", 0.1, 10, -5, 5, false},
+    {"Powx", "", 0.1, 10, 0, 0, false},
+    {"Hypot", "", -100, 100, -100, 100, false},
 };
 
 // What the rivals call a function; empty where they have none.
@@ -60,6 +98,10 @@ constexpr RivalNames kRivals[] = {
     {"Erf", "erf", "erf", "_u10"},       {"Erfc", "erfc", "erfc", "_u15"},    {"TGamma", "", "tgamma", "_u10"},
     {"LGamma", "", "lgamma", "_u10"},
 };
+
+// No exponent that a cheaper function serves.
+template <class T>
+constexpr T kPowxExponent = T(2.5);
 
 // One function, type and stub with its arguments.
 template <class T>
@@ -110,6 +152,9 @@ std::function<void()> own_call(Case<T>& c, int64_t elements, bool strided) {
             return strided ? std::function<void()>(bind(n, a, s, b, s, r, s)) : bind(n, a, b, r);
         case Signature::TWO_RESULTS:
             return strided ? std::function<void()>(bind(n, a, s, r, s, r2, s)) : bind(n, a, r, r2);
+        case Signature::POWX:
+            return strided ? std::function<void()>(bind(n, a, s, kPowxExponent<T>, r, s))
+                           : bind(n, a, kPowxExponent<T>, r);
         case Signature::LINEAR_FRAC: {
             const T p = T(1.25), q = T(0.5), u = T(0.75), v = T(3);
             return strided ? std::function<void()>(bind(n, a, s, b, s, p, q, u, v, r, s))

@@ -6,6 +6,10 @@
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#ifdef NAX_HAVE_BOOST
+#include <boost/math/special_functions/erf.hpp>
+#include <boost/math/special_functions/expint.hpp>
+#endif
 #ifdef NAX_HAVE_EIGEN
 #include <Eigen/Core>
 #include <unsupported/Eigen/SpecialFunctions>
@@ -62,6 +66,15 @@ std::vector<PlainLoop<T>> plain_loops() {
             NAX_PLAIN(Inv, 1 / a),
             NAX_PLAIN(Abs, std::fabs(a)),
             NAX_PLAIN(Sqrt, std::sqrt(a)),
+            NAX_PLAIN(InvSqrt, 1 / std::sqrt(a)),
+            NAX_PLAIN(Cbrt, std::cbrt(a)),
+            NAX_PLAIN(InvCbrt, 1 / std::cbrt(a)),
+            NAX_PLAIN(Pow2o3, std::cbrt(a * a)),
+            NAX_PLAIN(Pow3o2, a* std::sqrt(a)),
+            NAX_PLAIN(Pow, std::pow(a, b)),
+            NAX_PLAIN(Powr, std::pow(a, b)),
+            NAX_PLAIN(Powx, std::pow(a, T(2.5))),
+            NAX_PLAIN(Hypot, std::hypot(a, b)),
             NAX_PLAIN(Ceil, std::ceil(a)),
             NAX_PLAIN(Floor, std::floor(a)),
             NAX_PLAIN(Trunc, std::trunc(a)),
@@ -83,7 +96,28 @@ std::vector<PlainLoop<T>> plain_loops() {
             NAX_PLAIN(Log2, std::log2(a)),
             NAX_PLAIN(Log10, std::log10(a)),
             NAX_PLAIN(Log1p, std::log1p(a)),
+            NAX_PLAIN(Asin, std::asin(a)),
+            NAX_PLAIN(Acos, std::acos(a)),
+            NAX_PLAIN(Atan, std::atan(a)),
+            NAX_PLAIN(Sinh, std::sinh(a)),
+            NAX_PLAIN(Cosh, std::cosh(a)),
+            NAX_PLAIN(Tanh, std::tanh(a)),
+            NAX_PLAIN(Asinh, std::asinh(a)),
+            NAX_PLAIN(Acosh, std::acosh(a)),
+            NAX_PLAIN(Atanh, std::atanh(a)),
+            NAX_PLAIN(Atan2, std::atan2(a, b)),
             NAX_PLAIN(Logb, std::logb(a)),
+            NAX_PLAIN(Erf, std::erf(a)),
+            NAX_PLAIN(Erfc, std::erfc(a)),
+            NAX_PLAIN(CdfNorm, T(0.5) * std::erfc(a * T(-0.70710678118654752))),
+            NAX_PLAIN(LGamma, std::lgamma(a)),
+            NAX_PLAIN(TGamma, std::tgamma(a)),
+#ifdef NAX_HAVE_BOOST
+            NAX_PLAIN(ErfInv, boost::math::erf_inv(a)),
+            NAX_PLAIN(ErfcInv, boost::math::erfc_inv(a)),
+            NAX_PLAIN(CdfNormInv, T(-1.4142135623730950) * boost::math::erfc_inv(2 * a)),
+            NAX_PLAIN(ExpInt1, boost::math::expint(1, a)),
+#endif
             NAX_PLAIN(LinearFrac, (a * T(1.25) + T(0.5)) / (b * T(0.75) + T(3)))};
 }
 
@@ -143,6 +177,7 @@ std::vector<ArrayRival<T>> arrays() {
         NAX_ARRAY(Eigen, Floor, x.floor()),
         NAX_ARRAY(Eigen, Ceil, x.ceil()),
         NAX_ARRAY(Eigen, Rint, x.rint()),
+        NAX_ARRAY(Eigen, CdfNormInv, x.ndtri()),
         NAX_ARRAY(Eigen, Abs, x.abs()),
         NAX_ARRAY(Eigen, Sqr, x.square()),
 #endif

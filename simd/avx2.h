@@ -138,6 +138,9 @@ template <int Count> NAX_VEC I32 shift_right(I32 x) { return (I32)_mm256_srli_ep
 template <int Count> NAX_VEC I64 shift_left(I64 x) { return (I64)_mm256_slli_epi64((__m256i)x, Count); }
 template <int Count> NAX_VEC I32 shift_left(I32 x) { return (I32)_mm256_slli_epi32((__m256i)x, Count); }
 
+// Products of the lower halves of each lane, unsigned.
+NAX_VEC I64 multiply_lower_halves(I64 a, I64 b) { return (I64)_mm256_mul_epu32((__m256i)a, (__m256i)b); }
+
 // --- comparisons and choice by lane ---
 // Quiet comparisons; those named not_ are true for NaN.
 template <int Predicate> NAX_VEC Mask4 compare(__m256d a, __m256d b) { return {(I64)_mm256_cmp_pd(a, b, Predicate)}; }
@@ -394,6 +397,33 @@ NAX_VEC void look_up_pair(const double (*table)[2], I64 index, __m256d& first, _
     const __m256d odd = _mm256_set_m128d(_mm_loadu_pd(table[index[3]]), _mm_loadu_pd(table[index[1]]));
     first = _mm256_unpacklo_pd(even, odd);
     second = _mm256_unpackhi_pd(even, odd);
+}
+
+// Rows of four, each one load; `row(lane)` is where the lane's row begins.
+template <class Row>
+NAX_VEC void look_up_rows(Row row, __m256d& a, __m256d& b, __m256d& c, __m256d& d) {
+    const __m256d r0 = row(0), r1 = row(1), r2 = row(2), r3 = row(3);
+    const __m256d ac01 = _mm256_unpacklo_pd(r0, r1), ac23 = _mm256_unpacklo_pd(r2, r3);
+    const __m256d bd01 = _mm256_unpackhi_pd(r0, r1), bd23 = _mm256_unpackhi_pd(r2, r3);
+    a = _mm256_permute2f128_pd(ac01, ac23, 0x20);
+    b = _mm256_permute2f128_pd(bd01, bd23, 0x20);
+    c = _mm256_permute2f128_pd(ac01, ac23, 0x31);
+    d = _mm256_permute2f128_pd(bd01, bd23, 0x31);
+}
+NAX_VEC void look_up_row(const double (*table)[4], I64 index, __m256d& a, __m256d& b, __m256d& c, __m256d& d) {
+    look_up_rows(
+        [&](int lane) __attribute__((always_inline)) { return _mm256_loadu_pd(table[index[lane]]); }, a, b, c, d);
+}
+// Rows of three words. The last row is out of reach: its load would leave the table.
+NAX_VEC void look_up_row(const unsigned long (*table)[3], I64 index, I64& a, I64& b, I64& c) {
+    const auto row = [&](int lane) __attribute__((always_inline)) {
+        return (__m256d)_mm256_loadu_si256(reinterpret_cast<const __m256i*>(table[index[lane]]));
+    };
+    __m256d x, y, z, next;
+    look_up_rows(row, x, y, z, next);
+    a = bits(x);
+    b = bits(y);
+    c = bits(z);
 }
 
 // N entries in a data block; the low bits of each index lane choose one. Doubles by single loads, floats by permutes.

@@ -70,6 +70,12 @@ struct Single {
 };
 
 // Every lane is right in the fast forms too, exceptions are suppressed by the instructions.
+// The precision of a vector.
+NAX_VEC Double precision_of(__m512d) { return {}; }
+NAX_VEC Single precision_of(__m512) { return {}; }
+template <class Vector>
+using PrecisionOf = decltype(precision_of(std::declval<Vector>()));
+
 inline constexpr bool kFastIsCareful = true, kSuppressesExceptions = true;
 
 inline constexpr int kNearest = _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC;
@@ -212,6 +218,9 @@ template <int Count> NAX_VEC I64 shift_right(I64 x) { return _mm512_srli_epi64(x
 template <int Count> NAX_VEC I32 shift_right(I32 x) { return (I32)_mm512_srli_epi32((__m512i)x, Count); }
 template <int Count> NAX_VEC I64 shift_left(I64 x) { return _mm512_slli_epi64(x, Count); }
 template <int Count> NAX_VEC I32 shift_left(I32 x) { return (I32)_mm512_slli_epi32((__m512i)x, Count); }
+
+// Products of the lower halves of each lane, unsigned.
+NAX_VEC I64 multiply_lower_halves(I64 a, I64 b) { return (I64)_mm512_mul_epu32((__m512i)a, (__m512i)b); }
 
 // --- comparisons and choice by lane ---
 // Quiet comparisons; those named not_ are true for NaN.
@@ -361,6 +370,38 @@ NAX_VEC void look_up_pair(const double (*table)[2], I64 index, __m512d& first, _
     const __m512d even = pairs(0, 2, 4, 6), odd = pairs(1, 3, 5, 7);
     first = _mm512_unpacklo_pd(even, odd);
     second = _mm512_unpackhi_pd(even, odd);
+}
+
+// Rows of four, each one 256-bit load; `row(lane)` is where the lane's row begins.
+template <class Row>
+NAX_VEC void look_up_rows(Row row, __m512d& a, __m512d& b, __m512d& c, __m512d& d) {
+    const auto two = [&](int lane) __attribute__((always_inline)) {
+        return _mm512_insertf64x4(_mm512_castpd256_pd512(row(lane)), row(lane + 4), 1);
+    };
+    // Rows of lanes 0 and 4, 2 and 6 ...: first and third elements beside each other, then second and fourth.
+    const __m512d r0 = two(0), r1 = two(1), r2 = two(2), r3 = two(3);
+    const __m512d ac01 = _mm512_unpacklo_pd(r0, r1), ac23 = _mm512_unpacklo_pd(r2, r3);
+    const __m512d bd01 = _mm512_unpackhi_pd(r0, r1), bd23 = _mm512_unpackhi_pd(r2, r3);
+    const I64 low = {0, 1, 8, 9, 4, 5, 12, 13}, high = {2, 3, 10, 11, 6, 7, 14, 15};
+    a = _mm512_permutex2var_pd(ac01, (__m512i)low, ac23);
+    b = _mm512_permutex2var_pd(bd01, (__m512i)low, bd23);
+    c = _mm512_permutex2var_pd(ac01, (__m512i)high, ac23);
+    d = _mm512_permutex2var_pd(bd01, (__m512i)high, bd23);
+}
+NAX_VEC void look_up_row(const double (*table)[4], I64 index, __m512d& a, __m512d& b, __m512d& c, __m512d& d) {
+    look_up_rows(
+        [&](int lane) __attribute__((always_inline)) { return _mm256_loadu_pd(table[index[lane]]); }, a, b, c, d);
+}
+// Rows of three words. The last row is out of reach: its load would leave the table.
+NAX_VEC void look_up_row(const unsigned long (*table)[3], I64 index, I64& a, I64& b, I64& c) {
+    const auto row = [&](int lane) __attribute__((always_inline)) {
+        return (__m256d)_mm256_loadu_si256(reinterpret_cast<const __m256i*>(table[index[lane]]));
+    };
+    __m512d x, y, z, next;
+    look_up_rows(row, x, y, z, next);
+    a = bits(x);
+    b = bits(y);
+    c = bits(z);
 }
 
 // --- conversions ---

@@ -751,6 +751,196 @@ void _arqdLogbI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t 
 void _arqdLogbI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdLogbI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 
+/* Sin: r = sin a, a in radians of any size.
+ * Special values: NaN for +-Inf; -0 stays. Statuses: 1 for +-Inf. */
+void _arqsSin(int32_t n, const float* a, float* r);
+void _arqsSin_HA(int32_t n, const float* a, float* r);
+void _arqsSin_21(int32_t n, const float* a, float* r);
+void _arqsSin_11(int32_t n, const float* a, float* r);
+void _arqsSinI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSin(int32_t n, const double* a, double* r);
+void _arqdSin_HA(int32_t n, const double* a, double* r);
+void _arqdSin_50(int32_t n, const double* a, double* r);
+void _arqdSin_26(int32_t n, const double* a, double* r);
+void _arqdSinI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cos: r = cos a, a in radians of any size.
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsCos(int32_t n, const float* a, float* r);
+void _arqsCos_HA(int32_t n, const float* a, float* r);
+void _arqsCos_21(int32_t n, const float* a, float* r);
+void _arqsCos_11(int32_t n, const float* a, float* r);
+void _arqsCosI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCos(int32_t n, const double* a, double* r);
+void _arqdCos_HA(int32_t n, const double* a, double* r);
+void _arqdCos_50(int32_t n, const double* a, double* r);
+void _arqdCos_26(int32_t n, const double* a, double* r);
+void _arqdCosI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* SinCos: r1 = sin a, r2 = cos a, a in radians of any size.
+ * Special values: two NaN for +-Inf; r1 is -0 for -0. Statuses: 1 for +-Inf. */
+void _arqsSinCos(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_HA(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_21(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCos_11(int32_t n, const float* a, float* r1, float* r2);
+void _arqsSinCosI(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_HA(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_21(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqsSinCosI_11(int32_t n, const float* a, int32_t inca, float* r1, int32_t incr1, float* r2, int32_t incr2);
+void _arqdSinCos(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_HA(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_50(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCos_26(int32_t n, const double* a, double* r1, double* r2);
+void _arqdSinCosI(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_HA(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_50(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+void _arqdSinCosI_26(int32_t n, const double* a, int32_t inca, double* r1, int32_t incr1, double* r2, int32_t incr2);
+
+/* Tan: r = tan a, a in radians of any size.
+ * Special values: NaN for +-Inf; -0 stays. Statuses: 1 for +-Inf. */
+void _arqsTan(int32_t n, const float* a, float* r);
+void _arqsTan_HA(int32_t n, const float* a, float* r);
+void _arqsTan_21(int32_t n, const float* a, float* r);
+void _arqsTan_11(int32_t n, const float* a, float* r);
+void _arqsTanI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTan(int32_t n, const double* a, double* r);
+void _arqdTan_HA(int32_t n, const double* a, double* r);
+void _arqdTan_50(int32_t n, const double* a, double* r);
+void _arqdTan_26(int32_t n, const double* a, double* r);
+void _arqdTanI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Sind: r = sin a, a in degrees.
+ * Special values: NaN for +-Inf; exact at multiples of 90. Statuses: 1 for +-Inf. */
+void _arqsSind(int32_t n, const float* a, float* r);
+void _arqsSind_HA(int32_t n, const float* a, float* r);
+void _arqsSind_21(int32_t n, const float* a, float* r);
+void _arqsSind_11(int32_t n, const float* a, float* r);
+void _arqsSindI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSindI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSind(int32_t n, const double* a, double* r);
+void _arqdSind_HA(int32_t n, const double* a, double* r);
+void _arqdSind_50(int32_t n, const double* a, double* r);
+void _arqdSind_26(int32_t n, const double* a, double* r);
+void _arqdSindI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSindI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cosd: r = cos a, a in degrees.
+ * Special values: NaN for +-Inf; exact at multiples of 90. Statuses: 1 for +-Inf. */
+void _arqsCosd(int32_t n, const float* a, float* r);
+void _arqsCosd_HA(int32_t n, const float* a, float* r);
+void _arqsCosd_21(int32_t n, const float* a, float* r);
+void _arqsCosd_11(int32_t n, const float* a, float* r);
+void _arqsCosdI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCosdI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCosd(int32_t n, const double* a, double* r);
+void _arqdCosd_HA(int32_t n, const double* a, double* r);
+void _arqdCosd_50(int32_t n, const double* a, double* r);
+void _arqdCosd_26(int32_t n, const double* a, double* r);
+void _arqdCosdI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCosdI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Tand: r = tan a, a in degrees.
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsTand(int32_t n, const float* a, float* r);
+void _arqsTand_HA(int32_t n, const float* a, float* r);
+void _arqsTand_21(int32_t n, const float* a, float* r);
+void _arqsTand_11(int32_t n, const float* a, float* r);
+void _arqsTandI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTandI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTand(int32_t n, const double* a, double* r);
+void _arqdTand_HA(int32_t n, const double* a, double* r);
+void _arqdTand_50(int32_t n, const double* a, double* r);
+void _arqdTand_26(int32_t n, const double* a, double* r);
+void _arqdTandI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTandI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Sinpi: r = sin(pi a).
+ * Special values: NaN for +-Inf; exact at multiples of 1/2. Statuses: 1 for +-Inf. */
+void _arqsSinpi(int32_t n, const float* a, float* r);
+void _arqsSinpi_HA(int32_t n, const float* a, float* r);
+void _arqsSinpi_21(int32_t n, const float* a, float* r);
+void _arqsSinpi_11(int32_t n, const float* a, float* r);
+void _arqsSinpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSinpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSinpi(int32_t n, const double* a, double* r);
+void _arqdSinpi_HA(int32_t n, const double* a, double* r);
+void _arqdSinpi_50(int32_t n, const double* a, double* r);
+void _arqdSinpi_26(int32_t n, const double* a, double* r);
+void _arqdSinpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSinpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cospi: r = cos(pi a).
+ * Special values: NaN for +-Inf; exact at multiples of 1/2. Statuses: 1 for +-Inf. */
+void _arqsCospi(int32_t n, const float* a, float* r);
+void _arqsCospi_HA(int32_t n, const float* a, float* r);
+void _arqsCospi_21(int32_t n, const float* a, float* r);
+void _arqsCospi_11(int32_t n, const float* a, float* r);
+void _arqsCospiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCospiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCospi(int32_t n, const double* a, double* r);
+void _arqdCospi_HA(int32_t n, const double* a, double* r);
+void _arqdCospi_50(int32_t n, const double* a, double* r);
+void _arqdCospi_26(int32_t n, const double* a, double* r);
+void _arqdCospiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCospiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Tanpi: r = tan(pi a).
+ * Special values: NaN for +-Inf. Statuses: 1 for +-Inf. */
+void _arqsTanpi(int32_t n, const float* a, float* r);
+void _arqsTanpi_HA(int32_t n, const float* a, float* r);
+void _arqsTanpi_21(int32_t n, const float* a, float* r);
+void _arqsTanpi_11(int32_t n, const float* a, float* r);
+void _arqsTanpiI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTanpiI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTanpi(int32_t n, const double* a, double* r);
+void _arqdTanpi_HA(int32_t n, const double* a, double* r);
+void _arqdTanpi_50(int32_t n, const double* a, double* r);
+void _arqdTanpi_26(int32_t n, const double* a, double* r);
+void _arqdTanpiI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTanpiI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
 /* Asin: r = the angle in [-pi/2, pi/2] with sine a.
  * Special values: NaN for |a| > 1; -0 stays. Statuses: 1 for |a| > 1. */
 void _arqsAsin(int32_t n, const float* a, float* r);
@@ -1016,6 +1206,409 @@ void _arqdAtanhI(int32_t n, const double* a, int32_t inca, double* r, int32_t in
 void _arqdAtanhI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdAtanhI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 void _arqdAtanhI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Div: r = a/b.
+ * Special values: as IEEE 754 division. Statuses: 2 for b = 0. */
+void _arqsDiv(int32_t n, const float* a, const float* b, float* r);
+void _arqsDiv_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsDiv_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsDiv_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsDivI(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsDivI_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsDivI_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsDivI_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdDiv(int32_t n, const double* a, const double* b, double* r);
+void _arqdDiv_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdDiv_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdDiv_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdDivI(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdDivI_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdDivI_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdDivI_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Inv: r = 1/a.
+ * Special values: +-0 for +-Inf; +-Inf for +-0. Statuses: 2 for a = 0. */
+void _arqsInv(int32_t n, const float* a, float* r);
+void _arqsInv_HA(int32_t n, const float* a, float* r);
+void _arqsInv_21(int32_t n, const float* a, float* r);
+void _arqsInv_11(int32_t n, const float* a, float* r);
+void _arqsInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdInv(int32_t n, const double* a, double* r);
+void _arqdInv_HA(int32_t n, const double* a, double* r);
+void _arqdInv_50(int32_t n, const double* a, double* r);
+void _arqdInv_26(int32_t n, const double* a, double* r);
+void _arqdInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Sqrt: r = the square root of a.
+ * Special values: +Inf for +Inf; -0 stays; NaN for a < 0. Statuses: 1 for a < 0. */
+void _arqsSqrt(int32_t n, const float* a, float* r);
+void _arqsSqrt_HA(int32_t n, const float* a, float* r);
+void _arqsSqrt_21(int32_t n, const float* a, float* r);
+void _arqsSqrt_11(int32_t n, const float* a, float* r);
+void _arqsSqrtI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSqrtI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSqrtI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsSqrtI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdSqrt(int32_t n, const double* a, double* r);
+void _arqdSqrt_HA(int32_t n, const double* a, double* r);
+void _arqdSqrt_50(int32_t n, const double* a, double* r);
+void _arqdSqrt_26(int32_t n, const double* a, double* r);
+void _arqdSqrtI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSqrtI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSqrtI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdSqrtI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* InvSqrt: r = 1/sqrt(a).
+ * Special values: +0 for +Inf; +-Inf for +-0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsInvSqrt(int32_t n, const float* a, float* r);
+void _arqsInvSqrt_HA(int32_t n, const float* a, float* r);
+void _arqsInvSqrt_21(int32_t n, const float* a, float* r);
+void _arqsInvSqrt_11(int32_t n, const float* a, float* r);
+void _arqsInvSqrtI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvSqrtI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvSqrtI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvSqrtI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdInvSqrt(int32_t n, const double* a, double* r);
+void _arqdInvSqrt_HA(int32_t n, const double* a, double* r);
+void _arqdInvSqrt_50(int32_t n, const double* a, double* r);
+void _arqdInvSqrt_26(int32_t n, const double* a, double* r);
+void _arqdInvSqrtI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvSqrtI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvSqrtI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvSqrtI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Cbrt: r = the cube root of a.
+ * Special values: +-Inf for +-Inf; -0 stays. Statuses: none. */
+void _arqsCbrt(int32_t n, const float* a, float* r);
+void _arqsCbrt_HA(int32_t n, const float* a, float* r);
+void _arqsCbrt_21(int32_t n, const float* a, float* r);
+void _arqsCbrt_11(int32_t n, const float* a, float* r);
+void _arqsCbrtI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCbrtI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCbrtI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCbrtI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCbrt(int32_t n, const double* a, double* r);
+void _arqdCbrt_HA(int32_t n, const double* a, double* r);
+void _arqdCbrt_50(int32_t n, const double* a, double* r);
+void _arqdCbrt_26(int32_t n, const double* a, double* r);
+void _arqdCbrtI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCbrtI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCbrtI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCbrtI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* InvCbrt: r = 1/cbrt(a).
+ * Special values: +-0 for +-Inf; +-Inf for +-0. Statuses: 2 for a = 0. */
+void _arqsInvCbrt(int32_t n, const float* a, float* r);
+void _arqsInvCbrt_HA(int32_t n, const float* a, float* r);
+void _arqsInvCbrt_21(int32_t n, const float* a, float* r);
+void _arqsInvCbrt_11(int32_t n, const float* a, float* r);
+void _arqsInvCbrtI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvCbrtI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvCbrtI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsInvCbrtI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdInvCbrt(int32_t n, const double* a, double* r);
+void _arqdInvCbrt_HA(int32_t n, const double* a, double* r);
+void _arqdInvCbrt_50(int32_t n, const double* a, double* r);
+void _arqdInvCbrt_26(int32_t n, const double* a, double* r);
+void _arqdInvCbrtI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvCbrtI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvCbrtI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdInvCbrtI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Pow2o3: r = a^(2/3) = cbrt(a)^2.
+ * Special values: +Inf for +-Inf. Statuses: none. */
+void _arqsPow2o3(int32_t n, const float* a, float* r);
+void _arqsPow2o3_HA(int32_t n, const float* a, float* r);
+void _arqsPow2o3_21(int32_t n, const float* a, float* r);
+void _arqsPow2o3_11(int32_t n, const float* a, float* r);
+void _arqsPow2o3I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow2o3I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow2o3I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow2o3I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdPow2o3(int32_t n, const double* a, double* r);
+void _arqdPow2o3_HA(int32_t n, const double* a, double* r);
+void _arqdPow2o3_50(int32_t n, const double* a, double* r);
+void _arqdPow2o3_26(int32_t n, const double* a, double* r);
+void _arqdPow2o3I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow2o3I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow2o3I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow2o3I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Pow3o2: r = a^(3/2).
+ * Special values: +Inf for +Inf; NaN for a < 0. Statuses: 1 for a < 0. */
+void _arqsPow3o2(int32_t n, const float* a, float* r);
+void _arqsPow3o2_HA(int32_t n, const float* a, float* r);
+void _arqsPow3o2_21(int32_t n, const float* a, float* r);
+void _arqsPow3o2_11(int32_t n, const float* a, float* r);
+void _arqsPow3o2I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow3o2I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow3o2I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsPow3o2I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdPow3o2(int32_t n, const double* a, double* r);
+void _arqdPow3o2_HA(int32_t n, const double* a, double* r);
+void _arqdPow3o2_50(int32_t n, const double* a, double* r);
+void _arqdPow3o2_26(int32_t n, const double* a, double* r);
+void _arqdPow3o2I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow3o2I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow3o2I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdPow3o2I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Pow: r = a^b.
+ * Special values: as C's pow. Statuses: 1 for a = 0 with negative b and for a < 0 with finite b that is no
+ *   integer; 3 on overflow, 4 where r is denormal or zero. */
+void _arqsPow(int32_t n, const float* a, const float* b, float* r);
+void _arqsPow_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsPow_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsPow_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsPowI(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowI_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowI_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowI_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdPow(int32_t n, const double* a, const double* b, double* r);
+void _arqdPow_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdPow_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdPow_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdPowI(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowI_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowI_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowI_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Powx: r = a^b with one exponent b for all elements.
+ * Special values: as Pow; an exponent that a cheaper function serves is handed to that function, which then
+ *   reports under its own name. Statuses: as Pow, or those of the function that serves b. */
+void _arqsPowx(int32_t n, const float* a, float b, float* r);
+void _arqsPowx_HA(int32_t n, const float* a, float b, float* r);
+void _arqsPowx_21(int32_t n, const float* a, float b, float* r);
+void _arqsPowx_11(int32_t n, const float* a, float b, float* r);
+void _arqsPowxI(int32_t n, const float* a, int32_t inca, float b, float* r, int32_t incr);
+void _arqsPowxI_HA(int32_t n, const float* a, int32_t inca, float b, float* r, int32_t incr);
+void _arqsPowxI_21(int32_t n, const float* a, int32_t inca, float b, float* r, int32_t incr);
+void _arqsPowxI_11(int32_t n, const float* a, int32_t inca, float b, float* r, int32_t incr);
+void _arqdPowx(int32_t n, const double* a, double b, double* r);
+void _arqdPowx_HA(int32_t n, const double* a, double b, double* r);
+void _arqdPowx_50(int32_t n, const double* a, double b, double* r);
+void _arqdPowx_26(int32_t n, const double* a, double b, double* r);
+void _arqdPowxI(int32_t n, const double* a, int32_t inca, double b, double* r, int32_t incr);
+void _arqdPowxI_HA(int32_t n, const double* a, int32_t inca, double b, double* r, int32_t incr);
+void _arqdPowxI_50(int32_t n, const double* a, int32_t inca, double b, double* r, int32_t incr);
+void _arqdPowxI_26(int32_t n, const double* a, int32_t inca, double b, double* r, int32_t incr);
+
+/* Powr: r = a^b = e^(b ln a) for a >= 0.
+ * Special values: NaN for 0^0, Inf^0, 1^Inf and a < 0; +Inf for 0^b with b < 0. Statuses: 1 for a < 0; 3 on
+ *   overflow, 4 where r is denormal or zero. */
+void _arqsPowr(int32_t n, const float* a, const float* b, float* r);
+void _arqsPowr_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsPowr_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsPowr_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsPowrI(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowrI_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowrI_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsPowrI_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdPowr(int32_t n, const double* a, const double* b, double* r);
+void _arqdPowr_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdPowr_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdPowr_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdPowrI(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowrI_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowrI_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdPowrI_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Hypot: r = sqrt(a^2 + b^2) without undue overflow or underflow.
+ * Special values: +Inf if either is Inf, even beside NaN. Statuses: none. */
+void _arqsHypot(int32_t n, const float* a, const float* b, float* r);
+void _arqsHypot_HA(int32_t n, const float* a, const float* b, float* r);
+void _arqsHypot_21(int32_t n, const float* a, const float* b, float* r);
+void _arqsHypot_11(int32_t n, const float* a, const float* b, float* r);
+void _arqsHypotI(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsHypotI_HA(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsHypotI_21(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqsHypotI_11(int32_t n, const float* a, int32_t inca, const float* b, int32_t incb, float* r, int32_t incr);
+void _arqdHypot(int32_t n, const double* a, const double* b, double* r);
+void _arqdHypot_HA(int32_t n, const double* a, const double* b, double* r);
+void _arqdHypot_50(int32_t n, const double* a, const double* b, double* r);
+void _arqdHypot_26(int32_t n, const double* a, const double* b, double* r);
+void _arqdHypotI(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdHypotI_HA(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdHypotI_50(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+void _arqdHypotI_26(int32_t n, const double* a, int32_t inca, const double* b, int32_t incb, double* r, int32_t incr);
+
+/* Erf: r = the error function of a.
+ * Special values: +-1 for +-Inf; -0 stays. Statuses: none. */
+void _arqsErf(int32_t n, const float* a, float* r);
+void _arqsErf_HA(int32_t n, const float* a, float* r);
+void _arqsErf_21(int32_t n, const float* a, float* r);
+void _arqsErf_11(int32_t n, const float* a, float* r);
+void _arqsErfI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErf(int32_t n, const double* a, double* r);
+void _arqdErf_HA(int32_t n, const double* a, double* r);
+void _arqdErf_50(int32_t n, const double* a, double* r);
+void _arqdErf_26(int32_t n, const double* a, double* r);
+void _arqdErfI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* Erfc: r = 1 - erf(a) without cancellation.
+ * Special values: 0 for +Inf, 2 for -Inf. Statuses: 4 on underflow. */
+void _arqsErfc(int32_t n, const float* a, float* r);
+void _arqsErfc_HA(int32_t n, const float* a, float* r);
+void _arqsErfc_21(int32_t n, const float* a, float* r);
+void _arqsErfc_11(int32_t n, const float* a, float* r);
+void _arqsErfcI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfc(int32_t n, const double* a, double* r);
+void _arqdErfc_HA(int32_t n, const double* a, double* r);
+void _arqdErfc_50(int32_t n, const double* a, double* r);
+void _arqdErfc_26(int32_t n, const double* a, double* r);
+void _arqdErfcI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* CdfNorm: r = the distribution function of the standard normal distribution.
+ * Special values: 0 for -Inf, 1 for +Inf. Statuses: 4 on underflow. */
+void _arqsCdfNorm(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_HA(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_21(int32_t n, const float* a, float* r);
+void _arqsCdfNorm_11(int32_t n, const float* a, float* r);
+void _arqsCdfNormI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCdfNorm(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_HA(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_50(int32_t n, const double* a, double* r);
+void _arqdCdfNorm_26(int32_t n, const double* a, double* r);
+void _arqdCdfNormI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ErfInv: r = the inverse of the error function.
+ * Special values: +-Inf for +-1; NaN for |a| > 1. Statuses: 1 for |a| > 1, 2 for |a| = 1. */
+void _arqsErfInv(int32_t n, const float* a, float* r);
+void _arqsErfInv_HA(int32_t n, const float* a, float* r);
+void _arqsErfInv_21(int32_t n, const float* a, float* r);
+void _arqsErfInv_11(int32_t n, const float* a, float* r);
+void _arqsErfInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfInv(int32_t n, const double* a, double* r);
+void _arqdErfInv_HA(int32_t n, const double* a, double* r);
+void _arqdErfInv_50(int32_t n, const double* a, double* r);
+void _arqdErfInv_26(int32_t n, const double* a, double* r);
+void _arqdErfInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ErfcInv: r = the inverse of erfc.
+ * Special values: +Inf for 0, -Inf for 2; NaN outside [0, 2]. Statuses: 1 outside [0, 2], 2 at its ends. */
+void _arqsErfcInv(int32_t n, const float* a, float* r);
+void _arqsErfcInv_HA(int32_t n, const float* a, float* r);
+void _arqsErfcInv_21(int32_t n, const float* a, float* r);
+void _arqsErfcInv_11(int32_t n, const float* a, float* r);
+void _arqsErfcInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsErfcInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdErfcInv(int32_t n, const double* a, double* r);
+void _arqdErfcInv_HA(int32_t n, const double* a, double* r);
+void _arqdErfcInv_50(int32_t n, const double* a, double* r);
+void _arqdErfcInv_26(int32_t n, const double* a, double* r);
+void _arqdErfcInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdErfcInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* CdfNormInv: r = the inverse of the standard normal distribution function.
+ * Special values: -Inf for 0, +Inf for 1; NaN outside [0, 1]. Statuses: 1 outside [0, 1], 2 at its ends. */
+void _arqsCdfNormInv(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_HA(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_21(int32_t n, const float* a, float* r);
+void _arqsCdfNormInv_11(int32_t n, const float* a, float* r);
+void _arqsCdfNormInvI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsCdfNormInvI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdCdfNormInv(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_HA(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_50(int32_t n, const double* a, double* r);
+void _arqdCdfNormInv_26(int32_t n, const double* a, double* r);
+void _arqdCdfNormInvI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdCdfNormInvI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* LGamma: r = ln |gamma(a)|.
+ * Special values: +Inf for +-Inf and at the poles 0, -1, -2, .... Statuses: 2 at the poles, 3 on overflow. */
+void _arqsLGamma(int32_t n, const float* a, float* r);
+void _arqsLGamma_HA(int32_t n, const float* a, float* r);
+void _arqsLGamma_21(int32_t n, const float* a, float* r);
+void _arqsLGamma_11(int32_t n, const float* a, float* r);
+void _arqsLGammaI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsLGammaI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdLGamma(int32_t n, const double* a, double* r);
+void _arqdLGamma_HA(int32_t n, const double* a, double* r);
+void _arqdLGamma_50(int32_t n, const double* a, double* r);
+void _arqdLGamma_26(int32_t n, const double* a, double* r);
+void _arqdLGammaI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdLGammaI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* TGamma: r = gamma(a).
+ * Special values: +Inf for +Inf; +-Inf for +-0; NaN for negative integers and -Inf. Statuses: 1 for negative
+ *   integers and -Inf, 2 for a = 0, 3 on overflow. */
+void _arqsTGamma(int32_t n, const float* a, float* r);
+void _arqsTGamma_HA(int32_t n, const float* a, float* r);
+void _arqsTGamma_21(int32_t n, const float* a, float* r);
+void _arqsTGamma_11(int32_t n, const float* a, float* r);
+void _arqsTGammaI(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsTGammaI_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdTGamma(int32_t n, const double* a, double* r);
+void _arqdTGamma_HA(int32_t n, const double* a, double* r);
+void _arqdTGamma_50(int32_t n, const double* a, double* r);
+void _arqdTGamma_26(int32_t n, const double* a, double* r);
+void _arqdTGammaI(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdTGammaI_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+
+/* ExpInt1: r = E1(a), the exponential integral from a to infinity.
+ * Special values: 0 for +Inf; +Inf for 0; NaN for a < 0. Statuses: 1 for a < 0, 2 for a = 0. */
+void _arqsExpInt1(int32_t n, const float* a, float* r);
+void _arqsExpInt1_HA(int32_t n, const float* a, float* r);
+void _arqsExpInt1_21(int32_t n, const float* a, float* r);
+void _arqsExpInt1_11(int32_t n, const float* a, float* r);
+void _arqsExpInt1I(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_HA(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_21(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqsExpInt1I_11(int32_t n, const float* a, int32_t inca, float* r, int32_t incr);
+void _arqdExpInt1(int32_t n, const double* a, double* r);
+void _arqdExpInt1_HA(int32_t n, const double* a, double* r);
+void _arqdExpInt1_50(int32_t n, const double* a, double* r);
+void _arqdExpInt1_26(int32_t n, const double* a, double* r);
+void _arqdExpInt1I(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_HA(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_50(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
+void _arqdExpInt1I_26(int32_t n, const double* a, int32_t inca, double* r, int32_t incr);
 
 #ifdef __cplusplus
 }

@@ -10,8 +10,11 @@ namespace {
 std::vector<AccuracyRow> make_rows() {
     std::vector<AccuracyRow> rows;
     const auto bound = [&](char type, const char* function, double la, double ha, double ep) {
-        const bool one = std::isnan(la);
-        rows.push_back({type, function, {one ? ha : la, ha, one ? ha : ep}, {one, false, one}, {}});
+        const bool shares_la = std::isnan(la), shares_ep = std::isnan(ep);
+        rows.push_back(
+            {type, function, {shares_la ? ha : la, ha, shares_ep ? ha : ep}, {shares_la, false, shares_ep}, {}});
+        const bool one_la = std::isnan(la), one_ep = std::isnan(ep);
+        rows.push_back({type, function, {one_la ? ha : la, ha, one_ep ? ha : ep}, {one_la, false, one_ep}, {}});
     };
     const auto interval = [&](double low, double high) { rows.back().intervals.push_back({low, high}); };
 #define BOUND(type, function, la, ha, ep) bound(#type[0], #function, la, ha, ep);

@@ -25,4 +25,9 @@ double ulp_distance(mpfr_ptr value, T y);
 template <class T>
 double exact_ulp_error(const Reference& reference, T x, T y);
 
+// The same for a function of two arguments; an infinite y is right where the value rounds to it.
+using ExactBinary = int (*)(mpfr_ptr, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+template <class T>
+double exact_ulp_error(ExactBinary exact, T a, T b, T y);
+
 }  // namespace nax::testing

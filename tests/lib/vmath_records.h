@@ -50,7 +50,7 @@ struct Arguments {
     void* out[2] = {nullptr, nullptr};
     int32_t in_stride[2] = {1, 1};
     int32_t out_stride[2] = {1, 1};
-    double scalar_b[2] = {1.5, 0.25};          // Powx: real and imaginary part
+    double scalar_b[2] = {2.5, 0.25};          // Powx: real and imaginary part, no other function's exponent
     double linear[4] = {1.25, 0.5, 0.75, 3.0};  // LinearFrac: scalea, shifta, scaleb, shiftb
 };
 void call(const Record& record, Entry entry, const Arguments& arguments);

@@ -87,7 +87,7 @@ TEST(Cache, LargestDataOrUnifiedCacheIsFound) {
 
 Registers with_extended_leaves(uint32_t leaf, uint32_t sub_leaf) {
     if (leaf == 0) return {1, 1, 2, 3};
-    if (leaf == 0x80000000) return {0x8000001D};
+    if (leaf == 0x80000000) return {0x8000001D, 0, 0, 0};
     return leaf == 0x8000001D ? with_leaf4(4, sub_leaf) : Registers{};
 }
 

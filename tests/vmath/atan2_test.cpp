@@ -78,7 +78,7 @@ Plane<T> everywhere() {
     std::uniform_real_distribution<double> mantissa(1, 2);
     std::uniform_int_distribution<int> exponent(L::min_exponent - 1, L::max_exponent - 1), near(-4, 4);
     const auto number = [&](int e) { return std::ldexp(static_cast<T>(mantissa(random)), e); };
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < 500; ++i) {
         const int e = exponent(random);
         plane.add(number(e), number(exponent(random)));
         plane.add(number(e), number(std::min(e + near(random), L::max_exponent - 1)));
@@ -117,6 +117,7 @@ constexpr Bounds<float> kSingle[] = {{"Atan2", false, {3.5, 0.70, 1500}}, {"Atan
 template <class T, size_t N>
 void check(const Bounds<T> (&all)[N], const Plane<T>& plane) {
     _arqSetMode(ARQ_ERRMODE_IGNORE | ARQ_DENORMALS_KEEP);
+    _arqClearErrStatus();
     std::vector<T> result(plane.y.size());
     for (const Bounds<T>& bounds : all)
         for (int slot = 0; slot < kSlots; ++slot) {

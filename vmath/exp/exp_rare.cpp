@@ -58,18 +58,6 @@ double expm1_rest(double r) {
     return r * r * p;
 }
 
-// 2^k (high + rest) where the result may lie below the normal range, in one rounding. The sum is built 60 binades up;
-// where many of its bits survive, it comes down in a head that fits the denormal grid and a tail that is rounded to it.
-double scale_below_normal(double high, double rest, int64_t k) {
-    const double up = power_of_two(k + 60);
-    const double wide = (high + rest) * up;
-    if (k + 60 + 1023 <= 50) return wide * 0x1p-60;
-    const double shifted = wide * 6442450944.0;
-    const double head = (wide + shifted) - shifted;
-    const double tail = (high * up - head) + rest * up;
-    return head * 0x1p-60 + tail * 0x1p-60;
-}
-
 // One base: results overflow above `largest`, vanish below `smallest`, are denormal below `normal`; b^x = 1 + slope x +
 // ...
 struct Base {

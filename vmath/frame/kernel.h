@@ -18,7 +18,7 @@
 //                          results of the vector, and the mask of lanes that are rare even so; optional
 //   is_rare(x...)          mask of the rare lanes; only if eval returns no mask, and asked only for a step with lanes
 //                          that may be rare
-//   rare                   scalar path; only if some lane may be rare
+//   rare                   scalar path; only if some lane may be rare. nullptr: eval_wide settles all that eval finds
 //   always_settled         true if rare lanes go there also where reports are off: the vector code has no result for them;
 //                          optional
 // A result depends on the element's own arguments alone, so block, tail, dense and strided forms agree bit for bit.
@@ -236,7 +236,7 @@ NAX_VEC RareCall<typename Op::Precision::Element> rare_call(const char* name, co
             {access.out_stride(0), access.out_stride(last_out)},
             Access::inputs,
             Access::outputs,
-            !Access::dense};
+            !Access::dense || access.in_stride(last_in) == 0};
 }
 
 // Operations whose vector code settles every lane.
@@ -332,7 +332,9 @@ NAX_VEC void run_with_rare(int32_t n, const Access& access, const char* name) {
             rare = look_again(*rows, access, i, count, results, block);
             if (!reports) rare = 0;
         }
-        if (rare != 0) {
+        if constexpr (std::is_same_v<decltype(Op::rare), const std::nullptr_t>) {
+            write_results(access, i, count, results, block);
+        } else if (rare != 0) {
             mxcsr.enter_scalar();
             settle_rare_lanes<T>(rare_call<Op>(name, access), x87, results, block, rare, i, count);
             mxcsr.leave_scalar();

@@ -32,7 +32,7 @@ DoubleWord first_octant(DoubleWord small, DoubleWord large) {
     const DoubleWord t = (small - b * large) / (large + b * small);
     const double w = t.high * t.high;
     double p = 0.0;
-    for (int k = 7; k >= 0; --k) p = atan_double_ha[k] + w * p;
+    for (int k = 6; k >= 0; --k) p = atan_double_rare[k] + w * p;
     return DoubleWord{atan_16_high[j], atan_16_low[j]} + (t + DoubleWord{t.high * w * p, 0.0});
 }
 

@@ -84,6 +84,7 @@ double rounded(DoubleWord a) { return a.high + a.low; }
 
 // a + sqrt(a^2 -+ 1) for the logarithm: large arguments are doubled instead.
 constexpr double kLargeForRoot = 0x1p30;
+double ln_of_double(double a) { return ln1p_of_pair(a - 1.0, 0.0, 1.0); }
 
 int32_t in_double(int32_t (*function)(const double*, double*), float x, float* r) {
     const double wide = static_cast<double>(x);
@@ -139,7 +140,7 @@ int32_t vdasinh_cout_rare(const double* x, double* r) {
     if (a < 0x1p-28) {
         result = a;
     } else if (a >= kLargeForRoot) {
-        result = ln1p_of_pair(a, 0.0, 1.0);
+        result = ln_of_double(a);
     } else {
         // a + sqrt(a^2 + 1) = 1 + a + a^2/(1 + sqrt(a^2 + 1))
         const DoubleWord square = two_product(a, a), one = {1.0, 0.0};
@@ -152,14 +153,17 @@ int32_t vdasinh_cout_rare(const double* x, double* r) {
 
 int32_t vdacosh_cout_rare(const double* x, double* r) {
     const double a = *x;
+    // NaN is quieted and +Inf stays; -Inf is outside the domain as all below 1 are.
+    if (biased_exponent(a) == 2047 && a != -HUGE_VAL) {
+        *r = a * a;
+        return kSuccess;
+    }
     if (a < 1.0) {
         *r = hide(0.0) / 0.0;
         return kDomain;
     }
-    if (biased_exponent(a) == 2047) {
-        *r = a * a;
-    } else if (a >= kLargeForRoot) {
-        *r = ln1p_of_pair(a, 0.0, 1.0);
+    if (a >= kLargeForRoot) {
+        *r = ln_of_double(a);
     } else {
         // With v = a - 1: a + sqrt(a^2 - 1) = 1 + v + sqrt(v^2 + 2 v).
         const double v = a - 1.0;
