@@ -158,7 +158,9 @@ template <class T>
 inline T fold(Lanes<T> v) {
     T lane[kLanes<T>];
     store(lane, v);
+#pragma GCC unroll 4
     for (int half = kLanes<T> / 2; half > 0; half /= 2)
+#pragma GCC unroll 8
         for (int i = 0; i < half; ++i) lane[i] = lane[i] + lane[i + half];
     return lane[0];
 }

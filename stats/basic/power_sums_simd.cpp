@@ -91,23 +91,26 @@ template <class T, int raw, int central, bool weighted>
 void add_row(const T* x, const T* weights, int64_t count, T mean, T* const* power, int64_t offset) {
     using V = Lanes<T>;
     constexpr int64_t lanes = kLanes<T>;
-    Sums<V, raw, central> even, odd;
-    const V m = splat<V>(mean);
-    const auto weight = [&](int64_t k) { return weighted ? load<V>(weights + k) : V{}; };
-    int64_t k = 0;
-    for (; k + 2 * lanes <= count; k += 2 * lanes) {
-        even.template add<weighted>(load<V>(x + k), weight(k), m);
-        odd.template add<weighted>(load<V>(x + k + lanes), weight(k + lanes), m);
-    }
-    if (k + lanes <= count) {
-        even.template add<weighted>(load<V>(x + k), weight(k), m);
-        k += lanes;
-    }
-    even.add(odd);
     Sums<T, raw, central> rest;
+    int64_t k = 0;
+    // A few observations are done sooner than lanes are folded.
+    if (count >= lanes) {
+        Sums<V, raw, central> even, odd;
+        const V m = splat<V>(mean);
+        const auto weight = [&](int64_t at) { return weighted ? load<V>(weights + at) : V{}; };
+        for (; k + 2 * lanes <= count; k += 2 * lanes) {
+            even.template add<weighted>(load<V>(x + k), weight(k), m);
+            odd.template add<weighted>(load<V>(x + k + lanes), weight(k + lanes), m);
+        }
+        if (k + lanes <= count) {
+            even.template add<weighted>(load<V>(x + k), weight(k), m);
+            k += lanes;
+        }
+        even.add(odd);
+        for (int i = 0; i < raw; ++i) rest.raw[i] = fold(even.raw[i]);
+        for (int i = 0; i + 2 <= central; ++i) rest.central[i] = fold(even.central[i]);
+    }
     for (; k < count; ++k) rest.template add<weighted>(x[k], weighted ? weights[k] : T(1), mean);
-    for (int i = 0; i < raw; ++i) rest.raw[i] = fold(even.raw[i]) + rest.raw[i];
-    for (int i = 0; i + 2 <= central; ++i) rest.central[i] = fold(even.central[i]) + rest.central[i];
     accumulate(rest, power, offset);
 }
 

@@ -1,5 +1,7 @@
 #include "stats/basic/request.h"
 
+#include <bit>
+
 namespace nax::stats::basic {
 namespace {
 
@@ -38,8 +40,10 @@ Results closure(uint64_t estimates, Method method) {
 }
 
 int32_t check_arrays(const Task& task, Results results) {
-    for (int bit = 0; bit < kResultCount; ++bit)
-        if ((results >> bit & 1) != 0 && task.*kRows[bit].field == nullptr) return kRows[bit].missing;
+    for (Results left = results & (kRefused - 1); left != 0; left &= left - 1) {
+        const Row& row = kRows[std::countr_zero(left)];
+        if (task.*row.field == nullptr) return row.missing;
+    }
     return (results & kRefused) != 0 ? SsStatusBadMethod : SsStatusOk;
 }
 
