@@ -46,12 +46,21 @@ struct Spline {
     bool uniform;
 
     Spline(Data& data, bool is_uniform, int64_t order, int64_t type) : d(data), uniform(is_uniform) {
-        nax_df_kernel_dNewTask1D(&task, d.nx, uniform ? d.ends.data() : d.x.data(), uniform ? 4 : 0, d.ny, d.y.data(), 16, 1);
+        nax_df_kernel_dNewTask1D(&task, d.nx, uniform ? d.ends.data() : d.x.data(), uniform ? 4 : 0, d.ny, d.y.data(),
+                                 16, 1);
         const bool subbotin = order == 3 && type == 1, standard = order == 3 && type == 0;
-        const int64_t bc = standard ? NAX_DF_BC_QUADRATIC_VALUE : subbotin ? NAX_DF_BC_1ST_1ST : order == 4 ? NAX_DF_BC_FREE_END : 0;
+        const int64_t bc = standard     ? NAX_DF_BC_QUADRATIC_VALUE
+                           : subbotin   ? NAX_DF_BC_1ST_1ST
+                           : order == 4 ? NAX_DF_BC_FREE_END
+                                        : 0;
         const bool second = order == 4 && type == 0;
-        nax_df_kernel_dEditPPSpline1D(task, order, type, bc, d.ends.data(), subbotin ? 8 : second ? 2 : 0,
-                                      subbotin ? d.knots.data() : second ? d.y.data() : nullptr,
+        nax_df_kernel_dEditPPSpline1D(task, order, type, bc, d.ends.data(),
+                                      subbotin ? 8
+                                      : second ? 2
+                                               : 0,
+                                      subbotin ? d.knots.data()
+                                      : second ? d.y.data()
+                                               : nullptr,
                                       order > 0 ? d.coefficients.data() : nullptr, 16);
         if (construct() != 0) std::abort();
     }
@@ -71,15 +80,15 @@ struct Spline {
     }
     void evaluate(const double* site, int64_t n, int64_t hint, int64_t orders, int64_t rhint, double* r,
                   const nax_threaders* threads = nullptr) const {
-        nax_df_kernel_dDFInterpolate1D(task, 1, 0, n, site, hint, orders, kFlags, nullptr, r, rhint, nullptr, nullptr, nullptr,
-                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, threads);
+        nax_df_kernel_dDFInterpolate1D(task, 1, 0, n, site, hint, orders, kFlags, nullptr, r, rhint, nullptr, nullptr,
+                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, threads);
     }
     void search(const double* site, int64_t n, int64_t hint, int64_t* cells) const {
         nax_df_kernel_dDFSearch1D(task, 0, n, site, hint, nullptr, cells, nullptr, nullptr, nullptr, nullptr);
     }
     void integrate(const double* a, const double* b, int64_t n, double* r) const {
-        nax_df_kernel_dDFIntegrate1D(task, 0, n, a, 0, b, 0, nullptr, nullptr, r, 16, nullptr, nullptr, nullptr, nullptr,
-                                     nullptr, nullptr, nullptr, nullptr, nullptr);
+        nax_df_kernel_dDFIntegrate1D(task, 0, n, a, 0, b, 0, nullptr, nullptr, r, 16, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     }
 };
 
@@ -110,15 +119,22 @@ void time_short(Report& report, int64_t nx) {
         const std::string which = same ? ", near ones" : ", random ones";
         for (const int64_t n : {1, 4, 16, 64})
             report.time("value, " + std::to_string(n) + " sites" + which, layout, kTurns,
-                        {{"ours", [&] { for (size_t i = 0; i < kTurns; ++i) s.evaluate(at(i), n, 0, 1, 16, d.r.data()); }},
+                        {{"ours",
+                          [&] {
+                              for (size_t i = 0; i < kTurns; ++i) s.evaluate(at(i), n, 0, 1, 16, d.r.data());
+                          }},
                          {"GSL", [&] {
                               for (size_t i = 0; i < kTurns; ++i)
                                   for (int64_t k = 0; k < n; ++k)
                                       d.r[size_t(k)] = gsl_spline_eval(gsl.spline, at(i)[k], gsl.accel);
                           }}});
         report.time("search, 1 site" + which, layout, kTurns,
-                    {{"ours", [&] { for (size_t i = 0; i < kTurns; ++i) s.search(at(i), 1, 0, d.cells.data()); }},
-                     {"GSL", [&] {
+                    {{"ours",
+                      [&] {
+                          for (size_t i = 0; i < kTurns; ++i) s.search(at(i), 1, 0, d.cells.data());
+                      }},
+                     {"GSL",
+                      [&] {
                           for (size_t i = 0; i < kTurns; ++i)
                               d.cells[0] = int64_t(gsl_interp_accel_find(gsl.accel, d.x.data(), d.x.size(), *at(i)));
                       }},
@@ -128,7 +144,8 @@ void time_short(Report& report, int64_t nx) {
                       }}});
         for (const int64_t span : {1, 20})
             report.time("integral over " + std::to_string(span) + " cells" + which, layout, kTurns,
-                        {{"ours", [&] {
+                        {{"ours",
+                          [&] {
                               for (size_t i = 0; i < kTurns; ++i) {
                                   const double a = *at(i), b = std::min(a + double(span) / double(nx), d.x.back());
                                   s.integrate(&a, &b, 1, d.r.data());
@@ -153,19 +170,27 @@ void time_construction(Report& report, int64_t nx) {
     Data d(nx, 1, 16);
     const std::string layout = "nx " + std::to_string(nx);
     std::vector<double> scratch(size_t(8 * nx + 8)), c(d.coefficients.size());
-    Spline standard(d, false, 3, 0), equal(d, true, 3, 0), subbotin(d, false, 3, 1), second(d, false, 4, 0), line(d, false, 2, 0);
+    Spline standard(d, false, 3, 0), equal(d, true, 3, 0), subbotin(d, false, 3, 1), second(d, false, 4, 0),
+        line(d, false, 2, 0);
     report.time("construction, default cubic", layout, nx,
                 {{"ours", [&] { second.construct(); }},
                  {"plain loop", [&] { plain::default_cubic(nx, d.x.data(), d.y.data(), d.y.data(), c.data()); }}});
     report.time("construction, standard quadratic", layout, nx,
-                {{"ours", [&] { standard.construct(); }},
-                 {"plain loop", [&] { plain::standard_quadratic(nx, d.x.data(), d.y.data(), 0.3, scratch.data(), c.data()); }}});
+                {{"ours", [&] { standard.construct(); }}, {"plain loop", [&] {
+                                                               plain::standard_quadratic(nx, d.x.data(), d.y.data(),
+                                                                                         0.3, scratch.data(), c.data());
+                                                           }}});
     report.time("construction, standard, uniform", layout, nx,
                 {{"ours", [&] { equal.construct(); }},
-                 {"plain loop", [&] { plain::standard_quadratic_uniform(nx, d.ends.data(), d.y.data(), 0.3, scratch.data(), c.data()); }}});
+                 {"plain loop", [&] {
+                      plain::standard_quadratic_uniform(nx, d.ends.data(), d.y.data(), 0.3, scratch.data(), c.data());
+                  }}});
     report.time("construction, Subbotin", layout, nx,
-                {{"ours", [&] { subbotin.construct(); }},
-                 {"plain loop", [&] { plain::subbotin(nx, d.x.data(), d.y.data(), d.knots.data(), d.ends.data(), scratch.data(), c.data()); }}});
+                {{"ours", [&] { subbotin.construct(); }}, {"plain loop", [&] {
+                                                               plain::subbotin(nx, d.x.data(), d.y.data(),
+                                                                               d.knots.data(), d.ends.data(),
+                                                                               scratch.data(), c.data());
+                                                           }}});
     report.time("construction, linear", layout, nx,
                 {{"ours", [&] { line.construct(); }},
                  {"plain loop", [&] { plain::linear(nx, d.x.data(), d.y.data(), c.data()); }}});
@@ -179,40 +204,56 @@ void time_evaluation(Report& report, int64_t nx, int64_t n) {
         Spline s(d, false, 4, NAX_DF_TYPE_NATURAL);
         report.time("cubic, uniform sites", layout, n,
                     {{"ours", [&] { s.evaluate(d.ends.data(), n, NAX_DF_SITES_UNIFORM, 1, 16, d.r.data()); }},
-                     {"walking loop", [&] { plain::cubic_uniform_sites(nx, d.x.data(), d.coefficients.data(), n, d.ends.data(), peer.data()); }}});
-        report.time("search, uniform sites", layout, n,
-                    {{"ours", [&] { s.search(d.ends.data(), n, NAX_DF_SITES_UNIFORM, d.cells.data()); }},
-                     {"walking loop", [&] { plain::search_uniform_sites(nx, d.x.data(), n, d.ends.data(), d.cells.data()); }}});
+                     {"walking loop", [&] {
+                          plain::cubic_uniform_sites(nx, d.x.data(), d.coefficients.data(), n, d.ends.data(),
+                                                     peer.data());
+                      }}});
+        report.time(
+            "search, uniform sites", layout, n,
+            {{"ours", [&] { s.search(d.ends.data(), n, NAX_DF_SITES_UNIFORM, d.cells.data()); }},
+             {"walking loop", [&] { plain::search_uniform_sites(nx, d.x.data(), n, d.ends.data(), d.cells.data()); }}});
         report.time("cubic, sorted sites", layout, n,
                     {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, 1, 16, d.r.data()); }},
-                     {"walking loop", [&] { plain::cubic_sorted(nx, d.x.data(), d.coefficients.data(), n, d.sorted.data(), peer.data()); }}});
+                     {"walking loop", [&] {
+                          plain::cubic_sorted(nx, d.x.data(), d.coefficients.data(), n, d.sorted.data(), peer.data());
+                      }}});
     }
     {
         Spline s(d, false, 3, 1);
         report.time("Subbotin, sorted sites", layout, n,
                     {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, 1, 16, d.r.data()); }},
-                     {"walking loop", [&] { plain::subbotin_sorted(nx, d.x.data(), d.knots.data(), d.coefficients.data(), n, d.sorted.data(), peer.data()); }}});
+                     {"walking loop", [&] {
+                          plain::subbotin_sorted(nx, d.x.data(), d.knots.data(), d.coefficients.data(), n,
+                                                 d.sorted.data(), peer.data());
+                      }}});
     }
     for (const int64_t type : {NAX_DF_TYPE_STEP_LEFT, NAX_DF_TYPE_STEP_RIGHT}) {
         Spline s(d, false, 0, type);
         report.time(type == NAX_DF_TYPE_STEP_LEFT ? "left step, sorted sites" : "right step, sorted sites", layout, n,
                     {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, 1, 16, d.r.data()); }},
-                     {"walking loop", [&] { plain::step_sorted(nx, d.x.data(), d.y.data(), n, d.sorted.data(), peer.data(), type == NAX_DF_TYPE_STEP_LEFT); }}});
+                     {"walking loop", [&] {
+                          plain::step_sorted(nx, d.x.data(), d.y.data(), n, d.sorted.data(), peer.data(),
+                                             type == NAX_DF_TYPE_STEP_LEFT);
+                      }}});
     }
     for (const bool uniform : {false, true}) {
         Spline s(d, uniform, 2, 0);
-        report.time(uniform ? "linear, uniform partition" : "linear, random sites", layout, n,
-                    {{"ours", [&] { s.evaluate(d.random.data(), n, 0, 1, 16, d.r.data()); }},
-                     {"plain loop", [&] {
-                          if (uniform)
-                              plain::linear_uniform(nx, d.ends.data(), d.coefficients.data(), n, d.random.data(), peer.data());
-                          else
-                              plain::linear_random(nx, d.x.data(), d.coefficients.data(), n, d.random.data(), peer.data());
-                      }}});
+        report.time(
+            uniform ? "linear, uniform partition" : "linear, random sites", layout, n,
+            {{"ours", [&] { s.evaluate(d.random.data(), n, 0, 1, 16, d.r.data()); }},
+             {"plain loop", [&] {
+                  if (uniform)
+                      plain::linear_uniform(nx, d.ends.data(), d.coefficients.data(), n, d.random.data(), peer.data());
+                  else
+                      plain::linear_random(nx, d.x.data(), d.coefficients.data(), n, d.random.data(), peer.data());
+              }}});
         if (!uniform)
             report.time("linear, sorted sites", layout, n,
                         {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, 1, 16, d.r.data()); }},
-                         {"walking loop", [&] { plain::linear_sorted(nx, d.x.data(), d.coefficients.data(), n, d.sorted.data(), peer.data()); }}});
+                         {"walking loop", [&] {
+                              plain::linear_sorted(nx, d.x.data(), d.coefficients.data(), n, d.sorted.data(),
+                                                   peer.data());
+                          }}});
     }
 }
 
@@ -222,12 +263,14 @@ void time_layouts(Report& report, int64_t nx, int64_t ny, int64_t orders, int64_
     std::vector<double> peer(size_t(n * ny * orders));
     const std::string layout = "nx " + std::to_string(nx);
     for (const int64_t rhint : {16, 32, 256, 512})
-        report.time(std::to_string(ny) + " functions, " + std::to_string(orders) + " orders, layout " + std::to_string(rhint), layout,
-                    n * ny * orders,
-                    {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, orders, rhint, d.r.data()); }},
-                     {"walking loop", [&] {
-                          plain::cubic_layout(nx, d.x.data(), d.coefficients.data(), ny, orders, n, d.sorted.data(), rhint, peer.data());
-                      }}});
+        report.time(
+            std::to_string(ny) + " functions, " + std::to_string(orders) + " orders, layout " + std::to_string(rhint),
+            layout, n * ny * orders,
+            {{"ours", [&] { s.evaluate(d.sorted.data(), n, NAX_DF_SITES_SORTED, orders, rhint, d.r.data()); }},
+             {"walking loop", [&] {
+                  plain::cubic_layout(nx, d.x.data(), d.coefficients.data(), ny, orders, n, d.sorted.data(), rhint,
+                                      peer.data());
+              }}});
 }
 
 void time_threads(Report& report, int64_t nx) {
@@ -238,7 +281,8 @@ void time_threads(Report& report, int64_t nx) {
     table.max_threads = [] { return 2; };
     report.time("cubic, two threads", "nx " + std::to_string(nx), 1000000,
                 {{"ours", [&] { s.evaluate(d.random.data(), 1000000, 0, 1, 16, d.r.data(), &table); }},
-                 {"one thread", [&] { s.evaluate(d.random.data(), 1000000, 0, 1, 16, d.r.data()); }}}, {5, 4e-4});
+                 {"one thread", [&] { s.evaluate(d.random.data(), 1000000, 0, 1, 16, d.r.data()); }}},
+                {5, 4e-4});
 }
 
 }  // namespace

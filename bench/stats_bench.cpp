@@ -18,6 +18,7 @@
 #include "bench/measure.h"
 #include "nax/service.h"
 #include "nax/statistics_basic.h"
+#include "nax/statistics_robust.h"
 #include "stats/linear_algebra.h"
 
 extern "C" void openblas_set_num_threads(int);
@@ -224,6 +225,51 @@ void time_threads(Report& report, int64_t n, int64_t p, int64_t storage) {
                     slow);
 }
 
+// Outliers, robust covariance and imputation of a sample of which one in twenty observations lies far off.
+void time_robust(Report& report, int64_t n, int64_t p, int64_t storage) {
+    const auto data = std::make_shared<Data<double>>(n, p, storage);
+    const bool rows = storage == NAX_SS_STORAGE_ROWS;
+    std::mt19937_64 engine(2);
+    std::normal_distribution<double> normal;
+    for (int64_t i = 0; i < n; ++i)
+        for (int64_t j = 0; j < p; ++j)
+            data->x[static_cast<std::size_t>(rows ? j * n + i : i * p + j)] = normal(engine) + (i % 20 == 0 ? 20 : 0);
+    struct Extra {
+        int64_t three = 3, four = 4, five = 5, full = 0, count = 0;
+        double outliers[3] = {2, 0.05, 0.005}, start[4] = {0.5, 0.001, 0.001, 0}, missing[5] = {1, 1, 1e300, 1, 0};
+        std::vector<double> weights, mean, covariance, estimates;
+    };
+    const auto extra = std::make_shared<Extra>();
+    const auto size = static_cast<std::size_t>(p);
+    extra->weights.resize(static_cast<std::size_t>(n));
+    extra->mean.resize(size);
+    extra->covariance.resize(size * size);
+    nax_ss_task* const task = data->task;
+    __stodSSEditOutDetect(task, &extra->three, extra->outliers, extra->weights.data());
+    __stodSSEditRCov(task, &extra->full, nullptr, nullptr, extra->covariance.data(), extra->mean.data());
+    const std::string shape = ", p=" + std::to_string(p), layout = rows ? "rows" : "columns";
+    const Options once{3, 1e-3};
+    report.time("outliers by BACON" + shape, layout, n * p,
+                {{"ours", [data, extra] { _stodSSOutliersDetection(data->task, 0, NAX_SS_METHOD_BACON, nullptr); }}},
+                once);
+    report.time("S-estimate, translated biweight" + shape, layout, n * p,
+                {{"ours", [data, extra] { _stodSSRobustCovariance(data->task, 0, NAX_SS_METHOD_TBS, nullptr); }}},
+                once);
+    __stodSSEditRCov(task, nullptr, &extra->four, extra->start, nullptr, nullptr);
+    report.time("OGK" + shape, layout, n * p,
+                {{"ours", [data, extra] { _stodSSRobustCovariance(data->task, 0, NAX_SS_METHOD_TBS, nullptr); }}},
+                once);
+    // One entry in ten missing; an EM step and a step of augmentation.
+    for (std::size_t e = 0; e < data->x.size(); e += 10) data->x[e] = -std::nan(""), extra->missing[4] += 1;
+    extra->count = p * (p + 3) / 2;
+    extra->estimates.resize(static_cast<std::size_t>(extra->count));
+    __stodSSEditMissingVals(task, &extra->five, extra->missing, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                            &extra->count, extra->estimates.data());
+    report.time("EM and augmentation, a step" + shape, layout, n * p,
+                {{"ours", [data, extra] { _stodSSMissingValues(data->task, 0, NAX_SS_METHOD_IMPUTATION, nullptr); }}},
+                once);
+}
+
 }  // namespace
 }  // namespace nax::bench
 
@@ -252,6 +298,8 @@ int main(int argc, char** argv) {
         }
         for (const auto& [n, p] : {std::pair<int64_t, int64_t>{1000, 10}, {1000000, 10}, {100000, 100}, {20000, 500}})
             time_covariance(report, n, p, storage);
+        for (const auto& [n, p] : {std::pair<int64_t, int64_t>{10000, 10}, {10000, 50}, {100000, 10}})
+            time_robust(report, n, p, storage);
     }
     return report.finish();
 }

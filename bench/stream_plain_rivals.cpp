@@ -124,11 +124,12 @@ void PlainSfmt::doubles(double* r, int n, double a, double b) {
          [middle, s](uint32_t y) { return __builtin_fma(static_cast<double>(static_cast<int32_t>(y)), s, middle); });
 }
 
+// A block to an instruction.
 void PlainArs5::words(uint32_t* r, int n) {
     const __m128i step =
         _mm_set_epi64x(static_cast<int64_t>(0xBB67AE8584CAA73B), static_cast<int64_t>(0x9E3779B97F4A7C15));
     for (; n >= 4; n -= 4, r += 4) {
-        __m128i key = _mm_set_epi32(0, 0, 0, 7);
+        __m128i key = _mm_loadu_si128(reinterpret_cast<const __m128i*>(key_));
         __m128i s = _mm_xor_si128(_mm_set_epi64x(0, static_cast<int64_t>(counter_++)), key);
         for (int i = 0; i < 4; ++i) s = _mm_aesenc_si128(s, key = _mm_add_epi64(key, step));
         s = _mm_aesenclast_si128(s, _mm_add_epi64(key, step));

@@ -43,6 +43,7 @@ public:
 
 private:
     uint64_t counter_ = 0;
+    uint64_t key_[2] = {7, 0};
 };
 
 // Points of a digital sequence with given direction numbers, one coordinate after the other.

@@ -58,8 +58,9 @@ bool build(Task& task) {
     const int64_t fine_bins = fine_bins_for(task);
     const std::size_t pairs = static_cast<std::size_t>(table_length(nbins));
     const std::size_t counts = fine_bins == 0 ? 0 : static_cast<std::size_t>(fine_bins + 2);
-    void* const block =
-        nax_serv_allocate(sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t), kAlignment);
+    const std::size_t bytes = sizeof(IndexHead) + pairs * sizeof(int64_t) + counts * sizeof(int32_t);
+    void* const small = reinterpret_cast<TaskBlock&>(task).small_index;
+    void* const block = bytes <= sizeof(TaskBlock::small_index) ? small : nax_serv_allocate(bytes, kAlignment);
     if (block == nullptr) return false;
 
     const T range = x[task.nx - 1] - x[0];
@@ -92,7 +93,7 @@ void free_partition_index(Task& task) {
     if (task.bin_table == nullptr) return;
     IndexHead* const head = reinterpret_cast<IndexHead*>(task.bin_table) - 1;
     mark_head(task.bin_table, head->nbins, false);  // the memory may become a caller's table
-    nax_serv_deallocate(head);
+    if (static_cast<void*>(head) != reinterpret_cast<TaskBlock&>(task).small_index) nax_serv_deallocate(head);
     task.bin_table = nullptr;
 }
 

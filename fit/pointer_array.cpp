@@ -8,24 +8,34 @@
 namespace nax::fit {
 namespace {
 
-// `entries` null pointers and one more, so that the index ny, which a query accepts, reads a null.
-void** new_array(int64_t entries) {
+constexpr int64_t kFewEntries = 4;
+static_assert(sizeof(Task::few_functions) == (kFewEntries + 1) * sizeof(void*));
+
+// `entries` null pointers and one more, so that the index ny, which a query accepts, reads a null. Few stand in `few`.
+void** new_array(int64_t entries, void** few) {
     // Functions are counted by a 32-bit number.
     if (entries < 0 || entries > INT32_MAX) return nullptr;
-    const std::size_t count = static_cast<std::size_t>(entries) + 1;
-    void* const block = nax_serv_allocate(count * sizeof(void*), 128);
-    if (block != nullptr) std::memset(block, 0, count * sizeof(void*));
+    const std::size_t bytes = (static_cast<std::size_t>(entries) + 1) * sizeof(void*);
+    void* const block = entries <= kFewEntries ? few : nax_serv_allocate(bytes, 128);
+    if (block != nullptr) std::memset(block, 0, bytes);
     return static_cast<void**>(block);
+}
+void free_array(void** array, const void* const* few) {
+    if (array != nullptr && array != few) nax_serv_deallocate(array);
 }
 
 // Moves an array of `old_entries` to one of `entries`.
-bool grow(void**& array, int64_t& old_entries, int64_t entries) {
+bool grow(void**& array, int64_t& old_entries, int64_t entries, void** few) {
     if (entries <= old_entries) return true;
-    void** const larger = new_array(entries);
-    if (larger == nullptr) return false;
-    std::memcpy(larger, array, static_cast<std::size_t>(old_entries) * sizeof(void*));
-    nax_serv_deallocate(array);
-    array = larger;
+    if (array == few && entries <= kFewEntries) {
+        std::memset(few + old_entries, 0, static_cast<std::size_t>(entries + 1 - old_entries) * sizeof(void*));
+    } else {
+        void** const larger = new_array(entries, few);
+        if (larger == nullptr) return false;
+        std::memcpy(larger, array, static_cast<std::size_t>(old_entries) * sizeof(void*));
+        free_array(array, few);
+        array = larger;
+    }
     old_entries = entries;
     return true;
 }
@@ -34,10 +44,10 @@ bool grow(void**& array, int64_t& old_entries, int64_t entries) {
 
 template <class T>
 bool set_functions(Task& task, const T* base) {
-    if (task.y != nullptr) nax_serv_deallocate(task.y);
+    free_array(const_cast<void**>(task.y), task.few_functions);
     task.y_entries = 0;
     const int64_t entries = task.yhint == kColumns ? 1 : task.ny;
-    task.y = const_cast<const void**>(new_array(entries));
+    task.y = const_cast<const void**>(new_array(entries, task.few_functions));
     if (task.y == nullptr) return false;
     task.y_entries = entries;
     const bool derive_all = task.yhint == kDefaultStorage || task.yhint == kRows;
@@ -50,9 +60,9 @@ bool set_functions(Task& task, const T* base) {
 
 template <class T>
 bool set_coefficients(Task& task, T* base, int64_t hint) {
-    if (task.scoeff != nullptr) nax_serv_deallocate(task.scoeff);
+    free_array(task.scoeff, task.few_coefficients);
     task.scoeff_entries = 0;
-    task.scoeff = new_array(task.ny);
+    task.scoeff = new_array(task.ny, task.few_coefficients);
     if (task.scoeff == nullptr) return false;
     task.scoeff_entries = task.ny;
     // A Subbotin spline has a piece around every point, the others one between two points.
@@ -65,8 +75,14 @@ bool set_coefficients(Task& task, T* base, int64_t hint) {
     return true;
 }
 
-bool grow_functions(Task& task) { return grow(const_cast<void**&>(task.y), task.y_entries, task.ny); }
-bool grow_coefficients(Task& task) { return grow(task.scoeff, task.scoeff_entries, task.ny); }
+bool grow_functions(Task& task) {
+    return grow(const_cast<void**&>(task.y), task.y_entries, task.ny, task.few_functions);
+}
+bool grow_coefficients(Task& task) { return grow(task.scoeff, task.scoeff_entries, task.ny, task.few_coefficients); }
+void free_pointers(Task& task) {
+    free_array(const_cast<void**>(task.y), task.few_functions);
+    free_array(task.scoeff, task.few_coefficients);
+}
 
 template bool set_functions(Task&, const double*);
 template bool set_functions(Task&, const float*);

@@ -14,6 +14,9 @@ bool set_functions(Task& task, const T* base);
 template <class T>
 bool set_coefficients(Task& task, T* base, int64_t hint);
 
+// Frees both arrays.
+void free_pointers(Task& task);
+
 // Room for `ny` entries in an array that was made for fewer; new entries are null.
 bool grow_functions(Task& task);
 bool grow_coefficients(Task& task);

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "fit/task.h"
+#include "simd/isa.h"
 
 namespace nax::fit {
+
+inline namespace NAX_ISA {
 
 inline double fused(double a, double b, double c) { return __builtin_fma(a, b, c); }
 inline float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); }
@@ -49,4 +52,5 @@ constexpr Subgrid<T> subgrid_of(const Task& task) {
             uniform_knots};
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -24,9 +24,9 @@ int32_t new_task(Task** result, int64_t nx, const T* x, int64_t xhint, int64_t n
                  int64_t int_width) {
     if (result == nullptr) return DfStatusNullTask;
     if (const int32_t status = check_new(nx, x, xhint, ny, y, yhint)) return status;
-    void* const block = nax_serv_allocate(sizeof(Task), 128);
+    void* const block = nax_serv_allocate(sizeof(TaskBlock), 128);
     if (block == nullptr) return DfStatusMemory;
-    Task& task = *static_cast<Task*>(block);
+    Task& task = static_cast<TaskBlock*>(block)->task;
     task = Task{};
     *result = &task;
     task.nx = nx;
@@ -62,8 +62,7 @@ extern "C" int32_t nax_df_kernel_sNewTask1D(Task** task, int64_t nx, const float
 extern "C" int32_t nax_df_kernel_DeleteTask(Task** task) {
     if (task == nullptr || *task == nullptr) return DfStatusNullTask;
     Task& record = **task;
-    if (record.y != nullptr) nax_serv_deallocate(record.y);
-    if (record.scoeff != nullptr) nax_serv_deallocate(record.scoeff);
+    nax::fit::free_pointers(record);
     nax::fit::free_partition_index(record);
     nax_serv_deallocate(&record);
     *task = nullptr;

@@ -37,6 +37,9 @@ struct nax_df_task {
     };
     int64_t y_entries;       // usable entries of `y`: ny may be edited without them
     int64_t scoeff_entries;  // and of `scoeff`
+    // Room for what tasks of few functions and points own, which then needs no memory of its own.
+    void* few_functions[5];
+    void* few_coefficients[5];
 };
 
 namespace nax::fit {
@@ -44,6 +47,12 @@ namespace nax::fit {
 using Task = ::nax_df_task;
 
 inline constexpr int8_t kComponentTag = 4;
+
+// What a creator allocates: the record and room for the partition index of a few points.
+struct TaskBlock {
+    Task task;
+    alignas(128) unsigned char small_index[1024];
+};
 
 enum PartitionHint : int64_t { kNoHint = 0, kNonUniform = 1, kQuasiUniform = 2, kUniform = 4 };
 enum StorageHint : int64_t { kDefaultStorage = 0, kRows = 16, kColumns = 32, kFirstOnly = 128 };

@@ -7,21 +7,18 @@
 #include <cstdint>
 #include <cstring>
 
-#include "nax/processor.h"
 #include "primitives/member.h"
+#include "runtime/processor_cache.h"
 
 namespace nax::primitives::avx2 {
 
 // Fills of more bytes than this may bypass the caches.
 inline constexpr int64_t kCachedFillLimit = 0x200000;
-// From this size on, fills run backward in narrow stores.
+// From this size on, fills run backward.
 inline constexpr int64_t kBackwardFill = 32768;
 
 inline void store32(uint8_t* p, __m256i row) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), row); }
 inline void stream32(uint8_t* p, __m256i row) { _mm256_stream_si256(reinterpret_cast<__m256i*>(p), row); }
-inline void store16_aligned(uint8_t* p, __m256i row) {
-    _mm_store_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(row));
-}
 // Rows of 32 bytes one behind the other, written out: a loop of a fixed few turns would stay a loop.
 template <ptrdiff_t Rows>
 inline void store_rows(uint8_t* p, __m256i row) {
@@ -101,8 +98,7 @@ inline int fill_unaligned(uint8_t* p, int64_t bytes, __m256i row) {
     return fill_below_32<Width>(p, bytes, _mm256_castsi256_si128(row), 0);
 }
 
-// From the first 32-byte boundary on backward from the end, in rows of 64 bytes by 16-byte stores: the start of the
-// array, where its reader begins, is what the caches saw last. At least kBackwardFill bytes.
+// From the first 32-byte boundary on backward from the end, in rows of 64 bytes by aligned stores: the start of the array, where its reader begins, is what the caches saw last. At least kBackwardFill bytes.
 inline int fill_backward(uint8_t* p, int64_t bytes, __m256i row) {
     store32(p, row);
     const int64_t head = bytes_to_boundary(p, 32);
@@ -112,10 +108,8 @@ inline int fill_backward(uint8_t* p, int64_t bytes, __m256i row) {
     store32(p + bytes - 64, row);
     for (uint8_t* q = p + (bytes & ~int64_t{63}); q != p;) {
         q -= 64;
-        store16_aligned(q, row);
-        store16_aligned(q + 16, row);
-        store16_aligned(q + 32, row);
-        store16_aligned(q + 48, row);
+        store32(q + 32, row);
+        store32(q, row);
     }
     return 0;
 }
@@ -165,8 +159,8 @@ inline int fill_streaming(uint8_t* p, int64_t bytes, __m256i row) {
 
 // True for a fill that would drive everything else out of the largest cache, as far as that is known.
 inline bool exceeds_caches(int64_t bytes) {
-    int32_t cache = 0;
-    return bytes > kCachedFillLimit && nax_dft_opaGetMaxCacheSizeB(&cache) == 0 && cache > 0 && bytes > cache;
+    const int64_t cache = runtime::last_level_cache();
+    return bytes > kCachedFillLimit && cache > 0 && bytes > cache;
 }
 
 // Apart, so that smaller fills don't pay for what the call in here makes it save. More than kCachedFillLimit bytes. It

@@ -1,6 +1,6 @@
 #include "rng/stream_image.h"
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "rng/registry.h"
 #include "rng/shared_data.h"
 #include "service/block.h"

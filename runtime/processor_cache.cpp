@@ -51,12 +51,13 @@ bool has_descriptor(uint32_t word, uint32_t descriptor) {
     return false;
 }
 
-// Leaf 4, one sub-leaf a cache. Type 0 ends the list; instruction caches (type 2) don't hold data.
-LargestCache largest_enumerated_cache(CpuidSource source) {
+// Leaf 4 and its twin of another maker, one sub-leaf a cache. Type 0 ends the list; instruction caches (type 2) don't
+// hold data.
+LargestCache largest_enumerated_cache(CpuidSource source, uint32_t leaf) {
     constexpr uint32_t kSubLeaves = 32, kEnd = 0, kInstruction = 2;
     LargestCache largest = {kCacheNoInformation, 0, 0};
     for (uint32_t sub_leaf = 0; sub_leaf < kSubLeaves; ++sub_leaf) {
-        const Registers cache = source(4, sub_leaf);
+        const Registers cache = source(leaf, sub_leaf);
         const uint32_t type = cache.eax & 0x1F;
         if (type == kEnd) break;
         if (type == kInstruction) continue;
@@ -84,7 +85,7 @@ LargestCache find_largest_cache(CpuidSource source) {
     const Registers leaf0 = source(0, 0);
     if (leaf0.eax < 2 || !made_by_vendor(leaf0)) return {kCacheNoIdentification, 0, 0};
     if (leaf0.eax >= 4) {
-        const LargestCache found = largest_enumerated_cache(source);
+        const LargestCache found = largest_enumerated_cache(source, 4);
         if (found.status == 0) return found;
     }
     const int32_t size = largest_described_cache(source);
@@ -108,6 +109,24 @@ LargestCache largest_cache() {
 }
 
 }  // namespace
+
+int64_t find_last_level_cache(CpuidSource source) {
+    constexpr uint32_t kExtended = 0x80000000, kExtendedCaches = 0x8000001D;
+    if (const LargestCache found = find_largest_cache(source); found.status == 0) return found.size;
+    if (source(0, 0).eax >= 4)
+        if (const LargestCache found = largest_enumerated_cache(source, 4); found.status == 0) return found.size;
+    if (source(kExtended, 0).eax < kExtendedCaches) return 0;
+    return largest_enumerated_cache(source, kExtendedCaches).size;
+}
+
+int64_t last_level_cache() {
+    if (const LargestCache found = largest_cache(); found.status == 0) return found.size;
+    static int64_t kept = -1;
+    int64_t size = __atomic_load_n(&kept, __ATOMIC_RELAXED);
+    if (size < 0) __atomic_store_n(&kept, size = find_last_level_cache(cpuid), __ATOMIC_RELAXED);
+    return size;
+}
+
 }  // namespace nax::runtime
 
 using namespace nax::runtime;

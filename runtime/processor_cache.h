@@ -26,6 +26,10 @@ inline constexpr int32_t kCacheNoInformation = 37;
 
 [[gnu::visibility("hidden")]] LargestCache find_largest_cache(CpuidSource source);
 
+// Size of the largest cache on processors of any maker, 0 where nothing tells it; and the same asked once.
+[[gnu::visibility("hidden")]] int64_t find_last_level_cache(CpuidSource source);
+[[gnu::visibility("hidden")]] int64_t last_level_cache();
+
 // Size of the largest cache among the descriptors of leaf 2, or -1.
 [[gnu::visibility("hidden")]] int32_t largest_described_cache(CpuidSource source);
 

@@ -351,10 +351,15 @@ NAX_VEC Vector min_magnitude(Vector x, Vector bound) {
     const Vector sign = PrecisionOf<Vector>::row_of_bits(PrecisionOf<Vector>::sign_bit);
     return bit_or(min(and_not(sign, x), bound), bit_and(sign, x));
 }
-// Relative error below 2 to the -14; the low bits differ between makers of processors. Here the quotients proper.
+// Relative error below 2 to the -14; the low bits differ between makers of processors. Here the quotients proper, unless
+// a tool asks what the kernels make of another error.
+#ifndef NAX_RECIPROCAL_ERROR
+#define NAX_RECIPROCAL_ERROR 0
+#endif
 template <class Vector>
 NAX_VEC Vector reciprocal14(Vector x) {
-    return div(PrecisionOf<Vector>::row(1), x);
+    using T = typename PrecisionOf<Vector>::Element;
+    return div(PrecisionOf<Vector>::row(static_cast<T>(1 + NAX_RECIPROCAL_ERROR)), x);
 }
 template <class Vector>
 NAX_VEC Vector reciprocal_sqrt14(Vector x) {

@@ -3,6 +3,7 @@
 
 #pragma GCC diagnostic push
 #ifndef __clang__
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // the undefined pass-through operands of unmasked forms
 #endif
 #include <immintrin.h>

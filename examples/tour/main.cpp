@@ -17,6 +17,10 @@ int main(int argc, char** argv) {
     show_streams(output);
     std::puts("\n== Splines");
     show_splines(data, output);
+#ifdef NAX_HAVE_STATISTICS
+    std::puts("\n== Summary statistics");
+    show_statistics(data, output);
+#endif
     std::printf("\nPictures are in %s\n", output);
     return 0;
 }

@@ -17,3 +17,6 @@ void show_streams(const char* output_directory);
 
 // Splines through the monthly carbon dioxide record.
 void show_splines(const char* data_directory, const char* output_directory);
+
+// Earthquakes described, and the outliers of a star cluster by robust estimates.
+void show_statistics(const char* data_directory, const char* output_directory);

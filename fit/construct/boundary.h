@@ -4,7 +4,11 @@
 
 #include <cstdint>
 
+#include "simd/isa.h"
+
 namespace nax::fit {
+
+inline namespace NAX_ISA {
 
 // One end of a function; index 0 is the interval or point at the end, 1 and 2 the next ones inwards.
 template <class T>
@@ -95,4 +99,5 @@ struct BoundaryTables {
         _vCubicSpline1DBCPeriodicRight, _vCubicSpline1DBCNotSetRight};
 };
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -10,6 +10,8 @@ extern const Kernel _Dispatch[4], _Dispatch_Std[4], _Dispatch_Subb[56];
 extern const Kernel _DispatchDefault[28], _DispatchNatural[28];
 extern const BoundaryKernel _DispatchAkima[4], _DispatchBessel[4], _DispatchHyman[4], _DispatchHermite[4];
 
+inline namespace NAX_ISA {
+
 // What a cubic entry checks before it calls its kernel.
 struct CubicRules {
     int64_t minimum_points;
@@ -41,4 +43,5 @@ inline int32_t local_entry(Task* task, int64_t method, const CubicRules& rules, 
     return status != DfStatusOk ? status : kernels[layout_grid_index(*task)](task, boundary, threaders);
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

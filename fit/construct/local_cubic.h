@@ -15,6 +15,8 @@
 
 namespace nax::fit {
 
+inline namespace NAX_ISA {
+
 inline constexpr int64_t kLocalTilePoints = 2048, kTileFunctions = 4, kLocalSerialLimit = 512;
 inline constexpr int64_t kBlockCells = 256, kOverlap = 2, kWindow = kBlockCells + 2 * kOverlap + 1;
 
@@ -145,4 +147,5 @@ int32_t local_cubic(const Task& task, int64_t boundary, const Threaders* threade
     });
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -2,10 +2,13 @@
 // Included by *_simd.cpp files only.
 #pragma once
 
-#include "fit/construct/lanes.h"
+#include "simd/element.h"
 #include "fit/construct/spline_data.h"
 
 namespace nax::fit {
+
+inline namespace NAX_ISA {
+using namespace simd;
 
 // body.operator()<E>(i) handles the elements from i on that E holds. Inlined always: as a function of its own it would load
 // the body's captures anew in every round, for fear that a store has changed them.
@@ -46,16 +49,6 @@ inline void fill_slopes(const Intervals<T, G>& intervals, const T* y, const T* l
     });
 }
 
-// Exchanges rows and columns of four quads.
-template <class V>
-inline void transpose(V& a, V& b, V& c, V& d) {
-    const V ab0 = __builtin_shufflevector(a, b, 0, 4, 2, 6), ab1 = __builtin_shufflevector(a, b, 1, 5, 3, 7);
-    const V cd0 = __builtin_shufflevector(c, d, 0, 4, 2, 6), cd1 = __builtin_shufflevector(c, d, 1, 5, 3, 7);
-    a = __builtin_shufflevector(ab0, cd0, 0, 1, 4, 5);
-    b = __builtin_shufflevector(ab1, cd1, 0, 1, 4, 5);
-    c = __builtin_shufflevector(ab0, cd0, 2, 3, 6, 7);
-    d = __builtin_shufflevector(ab1, cd1, 2, 3, 6, 7);
-}
 // rows[k][i] = from[i * stride + k] for four functions k.
 template <class T, int64_t kPitch>
 inline void split_rows(const T* from, int64_t stride, int64_t count, T (*rows)[kPitch]) {
@@ -64,7 +57,7 @@ inline void split_rows(const T* from, int64_t stride, int64_t count, T (*rows)[k
     for (; i + 4 <= count; i += 4) {
         const T* const at = from + i * stride;
         V a = load<V>(at), b = load<V>(at + stride), c = load<V>(at + 2 * stride), d = load<V>(at + 3 * stride);
-        transpose(a, b, c, d);
+        simd::transpose(a, b, c, d);
         store(rows[0] + i, a), store(rows[1] + i, b), store(rows[2] + i, c), store(rows[3] + i, d);
     }
     for (; i < count; ++i)
@@ -103,4 +96,5 @@ inline void store_hermite_cells(const T* y, const T* slope, const T* derivative,
     });
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -14,7 +14,7 @@
 namespace nax::fit {
 namespace {
 
-constexpr int64_t kGroup = 4, kChunk = 256;
+constexpr int64_t kGroup = 4, kChunk = 256, kStackScratch = 512;
 
 // The factored matrix, and for periodic functions the solution for unit slopes at the seam.
 template <class T>
@@ -243,9 +243,12 @@ struct Natural {
         const int64_t groups = ceil_divide(function_count(task), kGroup), threads = thread_count(groups, threaders);
         const bool shared = function_count(task) > 1;
         const int64_t per_thread = shared ? kGroup * n : n, arrays = shared ? 6 : 4;
-        service::Block<T> scratch(static_cast<size_t>(arrays * padded(n) + threads * padded(per_thread)));
-        if (!scratch) return DfStatusMemory;
-        const auto array = [&](int64_t k) { return scratch.get() + k * padded(n); };
+        const int64_t elements = arrays * padded(n) + threads * padded(per_thread);
+        alignas(64) T stack[kStackScratch];
+        service::Block<T> heap;
+        if (elements > kStackScratch && !heap.allocate(static_cast<size_t>(elements))) return DfStatusMemory;
+        T* const scratch = heap ? heap.get() : stack;
+        const auto array = [&](int64_t k) { return scratch + k * padded(n); };
         SplineMatrix<T> matrix{array(0), array(1), array(2), array(3), nullptr, nullptr, T(0)};
         T* const rhs = array(arrays);
         if (shared) {

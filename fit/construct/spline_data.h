@@ -5,6 +5,7 @@
 
 #include "fit/task.h"
 #include "service/threaders.h"
+#include "simd/isa.h"
 
 namespace nax::fit {
 
@@ -38,6 +39,12 @@ constexpr int64_t larger(int64_t a, int64_t b) { return a > b ? a : b; }
 constexpr bool is_small(const Task& task, int64_t limit) {
     return task.nx < limit && function_count(task) < ceil_divide(limit, task.nx);
 }
+
+// Kernels of the families with one kernel for each layout and grid, and one that also takes the boundary index.
+using Kernel = int32_t (*)(Task* task, const Threaders* threaders);
+using BoundaryKernel = int32_t (*)(Task* task, int64_t boundary, const Threaders* threaders);
+
+inline namespace NAX_ISA {
 
 // Interval lengths. E is an element, or a vector of the lengths from i on.
 template <class T, Grid G>
@@ -109,10 +116,6 @@ inline int32_t check_arrays(const Task& task) {
     return DfStatusOk;
 }
 
-// Kernels of the families with one kernel for each layout and grid, and one that also takes the boundary index.
-using Kernel = int32_t (*)(Task* task, const Threaders* threaders);
-using BoundaryKernel = int32_t (*)(Task* task, int64_t boundary, const Threaders* threaders);
-
 // Calls body(i, ...) for every i below count, through the caller's loop where more than one thread may run.
 inline void run_items(int64_t count, int64_t threads, const Threaders* threaders, void* context, nax_loop_body body) {
     if (threads > 1) {
@@ -122,4 +125,5 @@ inline void run_items(int64_t count, int64_t threads, const Threaders* threaders
     for (int64_t i = 0; i < count; ++i) body(i, 0, 1, context);
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -6,6 +6,8 @@
 
 namespace nax::fit {
 
+inline namespace NAX_ISA {
+
 struct ThreePoint {
     static constexpr int64_t kMargin = 1;
 
@@ -25,4 +27,5 @@ struct ThreePoint {
     }
 };
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

@@ -11,9 +11,12 @@
 
 #include <cstdint>
 
-#include "fit/construct/lanes.h"
+#include "simd/element.h"
 
 namespace nax::fit {
+
+inline namespace NAX_ISA {
+using namespace simd;
 
 // Factors in place and, where a right-hand side is given, carries it along. Returns 0, or the row (from 1) of a zero pivot.
 template <class T, bool kWithRhs>
@@ -92,4 +95,5 @@ void solve_factored(int64_t n, const T* sub, const T* inverse, const T* super, E
     backward(n, sub, inverse, super, rhs);
 }
 
+}  // namespace NAX_ISA
 }  // namespace nax::fit

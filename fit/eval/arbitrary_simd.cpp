@@ -4,7 +4,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 // m (m - 1) ... (m - k + 1), the factor of power m in derivative k.
 template <class T>

@@ -14,7 +14,14 @@ template <class T>
 int32_t find_cells(const Evaluation<T>& evaluation, int64_t n, const T* site, int64_t& position, void* cell,
                    int64_t flags) {
     const BlockSearch<T>& search = evaluation.search;
-    if (search.algorithm == kSearchSorted && position > 0 && site[0] < search.x[position - 1]) position = 0;
+    if (search.algorithm == kSearchSorted && position > 0) {
+        if (site[0] < search.x[position - 1]) position = 0;
+        // A whole block of ascending sites in the cell where the last one ended.
+        if (position > 0 && position < search.nx && site[n - 1] < search.x[position] && cell_width(flags, search.nx) != kWidth32) {
+            for (int64_t i = 0; i < n; ++i) static_cast<int64_t*>(cell)[i] = position;
+            return DfStatusOk;
+        }
+    }
     return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, n, site, &position,
                                                                 search.callback, search.parameters, search.bin_table,
                                                                 cell, flags, search.scale);

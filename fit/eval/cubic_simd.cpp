@@ -7,7 +7,7 @@ namespace {
 template <class T, bool kWideCells>
 int32_t evaluate(EvalBlock<T>& block, int64_t function) {
     locate(block, kWideCells);
-    return NAX_FIT_SIMD::evaluate_polynomials<4>(block, function);
+    return evaluate_polynomials<4>(block, function);
 }
 
 }  // namespace

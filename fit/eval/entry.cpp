@@ -68,6 +68,8 @@ Evaluation<T> plan_evaluation(const Arguments<T>& a, int32_t evaluator, int32_t 
     evaluation.task = a.task;
     evaluation.evaluator = evaluator;
     evaluation.search = plan_block_search(task, algorithm, a.data_hint, a.search, a.search_parameters);
+    evaluation.search.algorithm = kernel_of_call(task, algorithm, uniform_sites, a.site, a.nsite);
+    if (evaluation.search.algorithm == kSearchHybrid) evaluation.search.scale = bin_scale<T>(task);
     evaluation.flags = (task.int_width != 0 ? int64_t{kCells64} : 0) | (caller_cells ? int64_t{kCallerCells} : 0);
     evaluation.orders = read_orders(a.dorder, a.ndorder, task.int_width != 0);
     evaluation.nsite = a.nsite;

@@ -6,7 +6,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 // Distances between results, and the slots of the orders 0 to 3: negative for one that isn't requested.
 struct FewResults {
@@ -26,7 +25,9 @@ struct FewResults {
         }
         if (nder == 0) slot[0] = nder++;
         switch (rhint) {
-            case 0: case kResultFunctions: case 128:
+            case 0:
+            case kResultFunctions:
+            case 128:
                 site_stride = nder, function_stride = nsite * nder, order_stride = 1;
                 return true;
             case kResultPlanes:
@@ -76,22 +77,26 @@ void evaluate_orders(const Task& task, int64_t nsite, const T* site, const FewRe
 }
 
 template <int kOrder, class T>
-[[gnu::noinline]] bool evaluate_order(const Task& task, int64_t nsite, const T* site, int64_t ndorder, const void* dorder,
-                                      T* r, int64_t rhint) {
+[[gnu::noinline]] bool evaluate_order(const Task& task, int64_t nsite, const T* site, int64_t ndorder,
+                                      const void* dorder, T* r, int64_t rhint) {
     const bool wide = task.int_width != 0;
-    const auto flag = [&] { return wide ? *static_cast<const int64_t*>(dorder) : *static_cast<const int32_t*>(dorder); };
+    const auto flag = [&] {
+        return wide ? *static_cast<const int64_t*>(dorder) : *static_cast<const int32_t*>(dorder);
+    };
     const bool only_value = ndorder <= 0 || dorder == nullptr || (ndorder == 1 && (flag() == 0 || flag() == 1));
     const bool by_function = rhint == kResultFunctions || rhint == kResultPlanes || rhint == 0 || rhint == 128;
     if (only_value && (by_function || rhint == kResultSites || rhint == kResultSiteOrders)) [[likely]] {
         const int64_t ny = task.ny, site_stride = by_function ? 1 : ny, function_stride = by_function ? nsite : 1;
         void* const* const rows = task.scoeff;
-        with_cell_finder<T>(task, [&](const auto& cells) __attribute__((always_inline)) {
-            for_each_piece<kOrder>(task, cells, nsite, site, [&](int64_t i, int64_t at, T t) __attribute__((always_inline)) {
-                T* to = r + i * site_stride;
-                for (int64_t j = 0; j < ny; ++j, to += function_stride)
-                    *to = derivative<Lane<T>, kOrder, 0>(static_cast<const T*>(rows[j]) + at, t);
+        with_cell_finder<T>(
+            task, [&](const auto& cells) __attribute__((always_inline)) {
+                for_each_piece<kOrder>(
+                    task, cells, nsite, site, [&](int64_t i, int64_t at, T t) __attribute__((always_inline)) {
+                        T* to = r + i * site_stride;
+                        for (int64_t j = 0; j < ny; ++j, to += function_stride)
+                            *to = derivative<Lane<T>, kOrder, 0>(static_cast<const T*>(rows[j]) + at, t);
+                    });
             });
-        });
         return true;
     }
     FewResults results;

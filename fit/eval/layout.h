@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "fit/eval/evaluator.h"
+#include "simd/quads.h"
 
 namespace nax::fit {
 
@@ -48,14 +49,16 @@ template <class T>
 void interleave(const T* buffer, int64_t planes, int64_t n, T* out) {
     if (planes == 2) return interleave_few<2>(buffer, n, out);
     if (planes == 3) return interleave_few<3>(buffer, n, out);
-    if (planes == 4) return interleave_few<4>(buffer, n, out);
-    // A tile of sites reads whole cache lines of the planes.
-    constexpr int64_t kTile = 8;
-    for (int64_t i0 = 0; i0 < n; i0 += kTile) {
-        const int64_t count = n - i0 < kTile ? n - i0 : kTile;
-        for (int64_t k = 0; k < planes; ++k)
-            for (int64_t i = i0; i < i0 + count; ++i) out[i * planes + k] = buffer[k * kBlockSites + i];
+    // Tiles of four sites by four planes, and what they leave over.
+    const int64_t sites = n & ~int64_t{3}, tiled = planes & ~int64_t{3};
+    for (int64_t i = 0; i < sites; i += 4) {
+        for (int64_t k = 0; k < tiled; k += 4)
+            simd::transpose_tile(buffer + k * kBlockSites + i, kBlockSites, out + i * planes + k, planes);
+        for (int64_t k = tiled; k < planes; ++k)
+            for (int64_t s = i; s < i + 4; ++s) out[s * planes + k] = buffer[k * kBlockSites + s];
     }
+    for (int64_t i = sites; i < n; ++i)
+        for (int64_t k = 0; k < planes; ++k) out[i * planes + k] = buffer[k * kBlockSites + i];
 }
 
 }  // namespace nax::fit

@@ -1,10 +1,9 @@
 // Polynomial index and local coordinate t = site - x[p] of the sites of a block.
 #include "fit/eval/evaluator.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class P, class T, class Cell>
 [[gnu::always_inline]] inline void locate_at(EvalBlock<T>& block, const Cell* cell, int64_t i) {
@@ -17,22 +16,15 @@ template <class P, class T, class Cell>
     P::store(block.local + i, P::sub(P::load(block.site + i), left));
 }
 
-// Whether all cells are equal.
-template <class T, class Cell>
-bool same_cell(const Cell* cell, int64_t n) {
-    using P = Pack<T>;
-    if (cell[0] != cell[n - 1]) return false;
-    const auto first = P::iset(cell[0]);
-    auto different = P::ilt(first, first);
-    int64_t i = 0;
-    for (; i + P::kLanes <= n; i += P::kLanes) {
-        const auto c = P::load_cells(cell + i);
-        different = P::either(different, P::either(P::ilt(first, c), P::ilt(c, first)));
-    }
-    if (P::any(different)) return false;
-    for (; i < n; ++i)
-        if (cell[i] != cell[0]) return false;
-    return true;
+// The same for a vector of ascending sites in one cell.
+template <class P, class T>
+[[gnu::always_inline]] inline void locate_run(EvalBlock<T>& block, int64_t cell, int64_t i) {
+    const Task& task = *block.task;
+    const T* const x = partition<T>(task);
+    const int64_t p = polynomial_index(cell < 0 ? 0 : cell, task.nx);
+    const T left = has_uniform_grid(task) ? Lane<T>::fma(static_cast<T>(p), block.step, x[0]) : x[p];
+    P::store_cells(block.index + i, P::iset(p));
+    P::store(block.local + i, P::sub(P::load(block.site + i), P::set(left)));
 }
 
 // Local coordinates of sites that share one cell. Every index is set, for the evaluators that read one for each site.
@@ -59,10 +51,18 @@ template <class T, class Cell>
 void locate_all(EvalBlock<T>& block, const Cell* cell) {
     using P = Pack<T>;
     const bool task_fits = block.task->nx < INT32_MAX;
-    block.one_cell = block.try_one_cell && task_fits && same_cell<T>(cell, block.n);
+    // A walk never steps back: what its first and last site share, all do.
+    block.one_cell = block.try_one_cell && task_fits && cell[0] == cell[block.n - 1];
     if (block.one_cell) return locate_one_cell(block, cell);
     int64_t i = 0;
-    if (task_fits)
+    if (task_fits && block.try_one_cell)
+        for (; i + P::kLanes <= block.n; i += P::kLanes) {
+            if (cell[i] == cell[i + P::kLanes - 1])
+                locate_run<P>(block, cell[i], i);
+            else
+                locate_at<P>(block, cell, i);
+        }
+    else if (task_fits)
         for (; i + P::kLanes <= block.n; i += P::kLanes) locate_at<P>(block, cell, i);
     for (; i < block.n; ++i) locate_at<Lane<T>>(block, cell, i);
 }

@@ -3,9 +3,10 @@
 #pragma once
 
 #include "fit/eval/evaluator.h"
-#include "fit/simd/rows.h"
+#include "fit/packs.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // Derivative kD of c0 + t (c1 + t (c2 + ...)), by nested fused multiply-add of the differentiated coefficients.
 template <class P, int kOrder, int kD>
@@ -44,6 +45,20 @@ struct OwnRows {
     const int64_t* index;
     [[gnu::always_inline]] const typename P::F* get(int64_t i, typename P::F* scratch) const {
         Rows<P, kOrder>::load(coeff, index + i, scratch);
+        return scratch;
+    }
+};
+// The rows of ascending sites: one for a vector whose first and last site share a cell.
+template <class P, int kOrder>
+struct AscendingRows {
+    const typename P::Element* coeff;
+    const int64_t* index;
+    [[gnu::always_inline]] const typename P::F* get(int64_t i, typename P::F* scratch) const {
+        const int64_t p = index[i];
+        if (p == index[i + P::kLanes - 1])
+            for (int m = 0; m < kOrder; ++m) scratch[m] = P::set(coeff[p * kOrder + m]);
+        else
+            Rows<P, kOrder>::load(coeff, index + i, scratch);
         return scratch;
     }
 };
@@ -92,10 +107,13 @@ static inline int32_t evaluate_polynomials(EvalBlock<T>& block, int64_t function
     int64_t i = 0;
     if (packed && block.one_cell)
         i = evaluate_from<P, kOrder>(i, block.n, SharedRow<P, kOrder>(coeff, block.index), block.local, planes);
+    else if (packed && block.try_one_cell)
+        i = evaluate_from<P, kOrder>(i, block.n, AscendingRows<P, kOrder>{coeff, block.index}, block.local, planes);
     else if (packed)
         i = evaluate_from<P, kOrder>(i, block.n, OwnRows<P, kOrder>{coeff, block.index}, block.local, planes);
     evaluate_from<Lane<T>, kOrder>(i, block.n, OwnRows<Lane<T>, kOrder>{coeff, block.index}, block.local, planes);
     return DfStatusOk;
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

@@ -36,7 +36,7 @@ struct Cutter {
             block.covered[i] = true;
             return;
         }
-        const bool starts_left = a < start, ends_right = b > end;
+        const bool starts_left = a<start, ends_right = b> end;
         const T inner_a = starts_left ? start : a, inner_b = ends_right ? end : b;
         if (starts_left && has(kLeftPart)) {
             parts[kLeftPart].push(a, b < start ? b : start, 0, 0, i);
@@ -61,7 +61,8 @@ struct Cutter {
 }  // namespace
 
 template <class T>
-int32_t run_callbacks(const Integration<T>& call, LimitBlock<T>& block, const int64_t* a_cell, const int64_t* b_cell, T* work) {
+int32_t run_callbacks(const Integration<T>& call, LimitBlock<T>& block, const int64_t* a_cell, const int64_t* b_cell,
+                      T* work) {
     Cutter<T> cutter(call, block);
     T *const added = work, *const output = work + call.ny * kBlockLimits;
     for (int64_t i = 0; i < block.count; ++i) {
@@ -77,12 +78,14 @@ int32_t run_callbacks(const Integration<T>& call, LimitBlock<T>& block, const in
                                                     call.parameters[part], nullptr);
         if (status < 0) return status;
         for (int64_t j = 0; j < call.ny; ++j)
-            for (int64_t k = 0; k < batch.count; ++k) added[j * block.count + batch.target[k]] += output[j * batch.count + k];
+            for (int64_t k = 0; k < batch.count; ++k)
+                added[j * block.count + batch.target[k]] += output[j * batch.count + k];
     }
     block.added = added;
     return DfStatusOk;
 }
-template int32_t run_callbacks(const Integration<double>&, LimitBlock<double>&, const int64_t*, const int64_t*, double*);
+template int32_t run_callbacks(const Integration<double>&, LimitBlock<double>&, const int64_t*, const int64_t*,
+                               double*);
 template int32_t run_callbacks(const Integration<float>&, LimitBlock<float>&, const int64_t*, const int64_t*, float*);
 
 }  // namespace nax::fit

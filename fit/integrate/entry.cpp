@@ -1,4 +1,5 @@
 // The entries of integration: checks and the plan of a call.
+#include "fit/integrate/block.h"
 #include "fit/integrate/integral.h"
 #include "nax/fitting_integration.h"
 
@@ -53,10 +54,12 @@ Limits<T> plan_side(const Task& task, const Side<T>& side, int64_t nlim, int32_t
 }
 
 template <class T>
-int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, const Side<T>& right, T* r, int64_t rhint,
-                        Integration<T>& call, SearchCallback<T> search, void* search_parameters, const Threaders* threaders) {
+[[gnu::noinline]] int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, const Side<T>& right,
+                                          T* r, int64_t rhint, Integration<T>& call, SearchCallback<T> search,
+                                          void* search_parameters, const Threaders* threaders) {
     if (task == nullptr) return DfStatusNullTask;
-    const bool all_callbacks = call.callbacks[0] != nullptr && call.callbacks[1] != nullptr && call.callbacks[2] != nullptr;
+    const bool all_callbacks =
+        call.callbacks[0] != nullptr && call.callbacks[1] != nullptr && call.callbacks[2] != nullptr;
     const int32_t evaluator = integral_evaluator(task->s_order, task->s_type, all_callbacks);
     if (evaluator < 0) return evaluator;
     const int32_t left_search = choose_search(*task, left.hint, left.data_hint, search != nullptr);
@@ -75,12 +78,35 @@ int32_t integrate_entry(const Task* task, int64_t nlim, const Side<T>& left, con
     call.evaluator = evaluator;
     call.nlim = nlim;
     call.ny = task->ny;
-    call.left = plan_side(*task, left, nlim, left_search, search, search_parameters);
-    call.right = plan_side(*task, right, nlim, right_search, search, search_parameters);
     call.r = r;
     call.limit_stride = by_function ? 1 : task->ny;
     call.function_stride = by_function ? nlim : 1;
+    call.left = plan_side(*task, left, nlim, left_search, search, search_parameters);
+    call.right = plan_side(*task, right, nlim, right_search, search, search_parameters);
     return _Integr1DKernel(call, threaders);
+}
+
+// A plain call of a few listed pairs: true when it was done. Whatever is amiss is left to the general way to tell.
+template <class T>
+bool integrate_short(const Task* task, int64_t nlim, const T* llim, const T* rlim, T* r, int64_t rhint) {
+    if (task == nullptr || task->x == nullptr || llim == nullptr || rlim == nullptr || r == nullptr || task->ny < 1)
+        return false;
+    const int32_t evaluator = integral_evaluator(task->s_order, task->s_type, false);
+    const bool by_function = rhint == kRows || rhint == kFirstOnly;
+    if (evaluator < 0 || (!by_function && rhint != kColumns && rhint != kDefaultStorage)) return false;
+    if (check_data(*task, evaluator) != DfStatusOk) return false;
+    Integration<T> call;
+    call.task = task;
+    call.evaluator = evaluator;
+    call.nlim = nlim;
+    call.ny = task->ny;
+    call.left.values = llim, call.right.values = rlim;
+    call.r = r;
+    call.limit_stride = by_function ? 1 : task->ny;
+    call.function_stride = by_function ? nlim : 1;
+    call.sums = nullptr;
+    integrate_few(call);
+    return true;
 }
 
 template <class T, class Callback>
@@ -103,6 +129,12 @@ Integration<T> call_of(Callback left, void* left_parameters, Callback right, voi
         nax_df_integration_callback_##prefix left, void* left_parameters, nax_df_integration_callback_##prefix right, \
         void* right_parameters, nax_df_integration_callback_##prefix interior, void* interior_parameters,             \
         nax_df_search_callback_##prefix search, void* search_parameters, const nax_threaders* threaders) {            \
+        const bool plain = left == nullptr && right == nullptr && interior == nullptr && search == nullptr &&         \
+                           left_hint == nullptr && right_hint == nullptr && llimhint != nax::fit::kUniformSites &&    \
+                           rlimhint != nax::fit::kUniformSites;                                                       \
+        if (plain && nlim > 0 && nlim <= nax::fit::kFewPairs &&                                                       \
+            nax::fit::integrate_short(task, nlim, llim, rlim, r, rhint))                                              \
+            return DfStatusOk;                                                                                        \
         auto call =                                                                                                   \
             nax::fit::call_of<T>(left, left_parameters, right, right_parameters, interior, interior_parameters);      \
         return nax::fit::integrate_entry<T>(task, nlim, {llim, llimhint, left_hint}, {rlim, rlimhint, right_hint}, r, \

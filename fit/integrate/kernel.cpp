@@ -113,7 +113,8 @@ int32_t _Integr1DKernel(Integration<T>& call, const Threaders* threaders) {
         sums.allocate(static_cast<size_t>(length * call.ny)) && limits.allocate(static_cast<size_t>(call.ny))) {
         SumsContext context{&call, sums.get(), limits.get(), length};
         if (threads > 1 && call.ny > 1)
-            threaders->parallel_for(call.ny, static_cast<int>(std::min<int64_t>(call.ny, threads)), &context, fill_function<T>);
+            threaders->parallel_for(call.ny, static_cast<int>(std::min<int64_t>(call.ny, threads)), &context,
+                                    fill_function<T>);
         else
             for (int64_t j = 0; j < call.ny; ++j) fill_function<T>(j, 0, 1, &context);
         call.sums = sums.get();

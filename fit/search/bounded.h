@@ -4,20 +4,21 @@
 
 #include <limits>
 
+#include "fit/packs.h"
 #include "fit/partition_index.h"
 #include "fit/search/search.h"
-#include "fit/simd/pack.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // --- uniform partitions
 
 // Vectors truncate numbers below this; larger partitions, which only two stored ends make possible, go site by site.
 inline constexpr int64_t kMostPackedPoints = int64_t{1} << 51;
 
-// The cell is truncated (scale * (site - x[0])) + 1. No correction follows, so a site on an interior breakpoint gets the
-// cell that the rounded product gives. With more points than the significand counts the product can't tell the last cell
-// from what lies right of it; then a comparison does.
+// The cell is truncated (scale * (site - x[0])) + 1. No correction follows, so a site on an interior breakpoint gets
+// the cell that the rounded product gives. With more points than the significand counts the product can't tell the last
+// cell from what lies right of it; then a comparison does.
 template <class T>
 struct UniformCells {
     T left, right, scale, limit, beyond;
@@ -28,7 +29,8 @@ struct UniformCells {
         const bool countable = nx <= int64_t{1} << std::numeric_limits<T>::digits;
         if (countable) beyond = std::numeric_limits<T>::infinity();
     }
-    // What the products are limited to, so that they become integers: not below nx, which T may not hold, and below 2^63.
+    // What the products are limited to, so that they become integers: not below nx, which T may not hold, and below
+    // 2^63.
     static constexpr T step_limit(int64_t nx) {
         const T above = static_cast<T>(nx) * (1 + std::numeric_limits<T>::epsilon());
         return above < T(0x1p63) ? above : T(0x1.fffffep62);
@@ -159,4 +161,5 @@ template <class T, class Body>
     with_bounds<T>(task.nx, x, table, bin_scale<T>(task), body);
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

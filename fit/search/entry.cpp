@@ -20,10 +20,10 @@ int32_t search_in_place(const SearchRequest<T>& request) {
 // Few sites, one by one: the way to a vector kernel would take longer than the search.
 template <class T, class Cell>
 void search_few(const Task& task, int64_t count, const T* site, Cell* cell) {
-    using namespace NAX_FIT_SIMD;
-    with_cell_finder<T>(task, [=](const auto& cells) __attribute__((always_inline)) {
-        for (int64_t i = 0; i < count; ++i) cell[i] = static_cast<Cell>(cells.template find<Lane<T>>(site[i]));
-    });
+    with_cell_finder<T>(
+        task, [=](const auto& cells) __attribute__((always_inline)) {
+            for (int64_t i = 0; i < count; ++i) cell[i] = static_cast<Cell>(cells.template find<Lane<T>>(site[i]));
+        });
 }
 
 template <class T>
@@ -37,7 +37,8 @@ int32_t search_entry(const Task* task, int64_t nsite, const T* site, int64_t sit
     const int64_t count = nsite > 0 ? nsite : 0;
     if (count > 0 && site == nullptr) return DfStatusBadSite;
     if (count > 0 && cell == nullptr) return DfStatusNullOutput;
-    if (count < kInPlaceSites && sitehint != kUniformSites && algorithm != kSearchUserDef && algorithm != kSearchUniUserDef) {
+    if (count < kInPlaceSites && sitehint != kUniformSites && algorithm != kSearchUserDef &&
+        algorithm != kSearchUniUserDef) {
         if (task->int_width != 0)
             search_few(*task, count, site, static_cast<int64_t*>(cell));
         else

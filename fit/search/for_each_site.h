@@ -2,9 +2,10 @@
 #pragma once
 
 #include "fit/search/member.h"
-#include "fit/simd/pack.h"
+#include "fit/packs.h"
 
-namespace nax::fit::NAX_FIT_SIMD {
+namespace nax::fit {
+inline namespace NAX_ISA {
 
 // formula(P{}, sites) gives the cells of P::kLanes sites.
 template <class P, class T, class Cell, class Formula>
@@ -17,4 +18,5 @@ template <class P, class T, class Cell, class Formula>
         for (; i < block.nsite; ++i) cell[i] = static_cast<Cell>(formula(Lane<T>{}, block.site[i]));
 }
 
-}  // namespace nax::fit::NAX_FIT_SIMD
+}  // namespace NAX_ISA
+}  // namespace nax::fit

@@ -6,12 +6,12 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class P, class T, class Cell>
 void search_hybrid(const SearchBlock<T>& block, Cell* cell) {
     with_bounds(block.nx, block.x, block.bin_table, block.scale, [&](const auto& cells) {
-        for_each_site<P>(block, cell, [=](auto lanes, auto site) { return cells.template find<decltype(lanes)>(site); });
+        for_each_site<P>(block, cell,
+                         [=](auto lanes, auto site) { return cells.template find<decltype(lanes)>(site); });
     });
 }
 

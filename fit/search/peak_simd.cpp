@@ -5,7 +5,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class T>
 int64_t cell_from_peak(const T* x, int64_t nx, int64_t peak, T site) {

@@ -5,7 +5,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 // Steps taken without asking whether a site still moves, and with asking.
 constexpr int kSureSteps = 1;

@@ -117,6 +117,16 @@ BlockSearch<T> plan_block_search(const Task& task, int32_t algorithm, const T* d
 // Equally spaced sites given by their ends a and b: element i is a + i * step.
 constexpr int64_t kUniformSites = 4;
 constexpr int64_t kSortedSites = 64;
+// The kernel that serves a call best: ascending sites, listed ones or equally spaced ones, are walked where several fall
+// into a cell and an index knows no shorter way. The cells are the same.
+inline constexpr int64_t kSitesToWalk = 4;
+template <class T>
+int32_t kernel_of_call(const Task& task, int32_t algorithm, bool uniform_sites, const T* site, int64_t nsite) {
+    const bool ascending = uniform_sites && site[0] <= site[1] && __builtin_isfinite(site[1] - site[0]);
+    if (algorithm != kSearchSorted && !(algorithm == kSearchHybrid && ascending)) return algorithm;
+    const bool walk = nsite / kSitesToWalk >= task.nx || current_index(task) == nullptr;
+    return walk ? kSearchSorted : kSearchHybrid;
+}
 template <class T>
 constexpr T site_step(const T* ends, int64_t nsite) {
     return nsite <= 1 ? T(0) : (ends[1] - ends[0]) / static_cast<T>(nsite - 1);

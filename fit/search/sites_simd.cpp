@@ -1,10 +1,9 @@
 // Equally spaced sites: element i is the fused a + i * step, whatever block it is computed in.
+#include "fit/packs.h"
 #include "fit/search/search.h"
-#include "fit/simd/pack.h"
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class T>
 void expand(T origin, T step, int64_t first, int64_t count, T* site) {

@@ -5,7 +5,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 constexpr int64_t kPointsAhead = 4;
 
@@ -26,14 +25,14 @@ struct Walk {
     // The cells of one vector when its sites, all below the right end, ascend over at most kPointsAhead points.
     template <class P, class Cell>
     [[gnu::always_inline]] bool vector(const T* site, Cell* cell) {
-        const T top = site[P::kLanes - 1];
         const auto sites = P::load(site);
-        if (!(top < right) || !P::all(P::le(P::load(site - 1), sites))) return false;
         auto cells = P::iset(position);
-        if (x[position] > top) {
+        if (P::all(P::lt(sites, P::set(x[position])))) {  // none reaches the next point
             P::store_cells(cell, cells);
             return true;
         }
+        const T top = site[P::kLanes - 1];
+        if (!(top < right) || !P::all(P::le(P::load(site - 1), sites))) return false;
         if (position + kPointsAhead > nx || !(x[position + kPointsAhead - 1] > top)) return false;
         int64_t passed = 0;
         for (int64_t k = 0; k < kPointsAhead - 1; ++k) {

@@ -4,7 +4,6 @@
 
 namespace nax::fit {
 namespace {
-using namespace NAX_FIT_SIMD;
 
 template <class P, class T, class Cell>
 void search_uniform(const SearchBlock<T>& block, Cell* cell) {

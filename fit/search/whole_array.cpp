@@ -110,10 +110,13 @@ int32_t search_range(const SearchRequest<T>& request, const T* site, int64_t fir
     const BlockSearch<T>& search = request.search;
     const int64_t cell_size = (request.flags & kCells64) != 0 ? 8 : 4;
     void* const cell = static_cast<char*>(request.cell) + first * cell_size;
+    const int32_t algorithm =
+        kernel_of_call(*request.task, search.algorithm, request.uniform_sites, request.site, request.nsite);
+    const T scale = algorithm == kSearchHybrid ? bin_scale<T>(*request.task) : search.scale;
     int64_t position = 0;
-    return SearchTables<T>::_Search1DDispatch[search.algorithm](search.nx, search.x, count, site + first, &position,
-                                                                search.callback, search.parameters, search.bin_table,
-                                                                cell, request.flags, search.scale);
+    return SearchTables<T>::_Search1DDispatch[algorithm](search.nx, search.x, count, site + first, &position,
+                                                         search.callback, search.parameters, search.bin_table, cell,
+                                                         request.flags, scale);
 }
 
 template <class T>

@@ -142,8 +142,8 @@ int32_t nax_df_kernel_dEditIdxPtr(nax_df_task* task, int64_t attribute, int64_t 
 int32_t nax_df_kernel_sEditIdxPtr(nax_df_task* task, int64_t attribute, int64_t index, const float* pointer);
 
 /* Replaces an integer attribute (14 to 23). Editing xhint to 1 rebuilds the partition index from the stored x and nx,
- * so a task that was uniform needs its new x first. Status: NullTask, BadAttribute, the attribute's own status, Memory.
- */
+ * so a task that was uniform needs its new x first.
+ * Status: NullTask, BadAttribute, the attribute's own status, Memory. */
 int32_t nax_df_kernel_iEditVal(nax_df_task* task, int64_t attribute, int64_t value);
 
 /* Reads a pointer attribute (1 to 5; the first function's pointer for y and scoeff).
@@ -258,23 +258,43 @@ enum nax_df_result_hint {
 };
 
 /* Values and derivatives of all functions of a task with built coefficients, at nsite sites.
- *   job         enum nax_df_job
- *   method      not read
- *   site, sitehint, data_hint   as for the search
- *   dorder      ndorder flags (32-bit integers when the task's int_width is 0, else 64-bit): entry 0 asks for the
- * value, entry k for the k-th derivative. Requested orders are packed in ascending order; orders beyond those of the
- * spline give zero. No flag set, or dorder null, asks for the value r           out, nsite * ny * nder elements in the
- * layout of rhint cell        out with STORE_CELLS, in with GIVEN_CELLS (numbers outside 0 .. nx count as the nearest),
- * else not read left, right, interior   callbacks, each null or with its parameters; without one, sites outside the
- * partition are reached by the end polynomials search      null, or the caller's search, as for
- * nax_df_kernel_dDFSearch1D Splines: s_order 2 linear; 3 quadratic (s_type 0 or 1); 4 cubic (0, 2, 3, 4, 5, 9); above 4
- * polynomials of that order; 0 with s_type 8, 7 step functions and 6 look-up, which read the function data; 0 with
- * another type when all three callbacks are given. Look-up takes sites that are partition points (within 2^-40 on a
- * uniform partition). Status, tested in this order: NullTask, BadX, BadType, BadDataHint, BadResultHint; then, with
- * sites, BadSite (site null), NullOutput (r or a needed cell array null), BadCoeff or BadY (a function without
- * coefficients or data), Memory; while evaluating: negative statuses of callbacks, and for look-up BadSite,
- * BadDerivCount (not exactly one order), BadDerivOrder (not the value). After a failure r holds what was completed.
- * Time: the search, plus O(ny * nder) per site. More than 1024 sites are shared out to threads. */
+ *
+ *   job            enum nax_df_job
+ *   method         not read
+ *   nsite, site    the sites, or the two ends of nsite equally spaced ones
+ *   sitehint       0 or enum nax_df_site_hint
+ *   ndorder        number of flags in dorder
+ *   dorder         flags of 0 or 1, 32-bit integers when the task's int_width is 0, else 64-bit: entry 0 asks for the
+ *                  value, entry k for the k-th derivative. null, or no flag set, asks for the value
+ *   data_hint      as for the search
+ *   r              out: nsite * ny * nder elements, nder being the number of flags set. Requested orders are packed in
+ *                  ascending order; those that the spline doesn't have are zero
+ *   rhint          enum nax_df_result_hint, the layout of r
+ *   cell           out with STORE_CELLS, in with GIVEN_CELLS, else not read: nsite integers as for the search. Given
+ *                  numbers outside 0 .. nx count as the nearest cell
+ *   left, right, interior
+ *                  callbacks for the sites left of the partition, right of it and within, each null or with its
+ *                  parameters. Without one, the first and last polynomial reach sites outside the partition
+ *   search         null, or the caller's search with its parameters, as for nax_df_kernel_dDFSearch1D
+ *   threaders      null, or where threads come from
+ *
+ * Splines by s_order: 2 linear; 3 quadratic (s_type 0 or 1); 4 cubic (s_type 0, 2, 3, 4, 5, 9); above 4 polynomials of
+ * that many coefficients; 0 with s_type 7 or 8 step functions and 6 look-up, which read the function data; 0 with another
+ * type when all three callbacks are given. Look-up takes sites that are partition points, within 2^-40 on a uniform
+ * partition.
+ *
+ * Status, tested in this order: NullTask, BadX, BadType, BadDataHint, BadResultHint. Then, where there are sites: BadSite
+ * (site null), NullOutput (r null with functions, or a needed cell array null), BadOrder (more coefficients than an
+ * address space holds), BadCoeff or BadY (a function without coefficients or data), Memory. While evaluating: negative
+ * statuses of callbacks; for look-up BadSite, BadDerivCount (not exactly one order), BadDerivOrder (not the value). After
+ * a failure r holds what was completed.
+ *
+ * Time: the search, plus O(ny * nder) for each site. Calls of up to 64 sites take no memory; more than 1024 sites are
+ * shared out to threads.
+ *
+ *     double site = 0.5, value;
+ *     int32_t status = nax_df_kernel_dDFInterpolate1D(task, NAX_DF_JOB_EVALUATE, 0, 1, &site, 0, 0, 0, 0, &value,
+ *                                                     NAX_DF_RESULT_FUNCTIONS, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0); */
 int32_t nax_df_kernel_dDFInterpolate1D(const nax_df_task* task, int64_t job, int64_t method, int64_t nsite,
                                        const double* site, int64_t sitehint, int64_t ndorder, const void* dorder,
                                        const double* data_hint, double* r, int64_t rhint, void* cell,

@@ -3,6 +3,7 @@
 
 #include "rng/generators/counter_draw.h"
 #include "rng/generators/to_real.h"
+#include "rng/cpu_features.h"
 
 namespace nax::rng {
 
@@ -10,7 +11,7 @@ namespace {
 
 constexpr int kRowBlocks = kLanes32 / kCounterBlockWords;  // blocks in a vector
 
-__m128i load_words(const uint32_t* words) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words)); }
+__m128i load_block(const uint32_t* words) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words)); }
 
 // The six round keys: key + i steps, the halves added without carry between them.
 struct RoundKeys {
@@ -18,7 +19,7 @@ struct RoundKeys {
 
     explicit RoundKeys(const Ars5State& state) {
         const __m128i step = _mm_set_epi64x(static_cast<int64_t>(kArs5KeyStepHigh), static_cast<int64_t>(kArs5KeyStepLow));
-        keys[0] = load_words(state.key);
+        keys[0] = load_block(state.key);
         for (int i = 1; i <= kArs5Rounds; ++i) keys[i] = _mm_add_epi64(keys[i - 1], step);
     }
 };
@@ -38,7 +39,10 @@ inline Vector add64(Vector a, Vector b) { return _mm512_add_epi64(a, b); }
 inline Vector exclusive_or(Vector a, Vector b) { return _mm512_xor_si512(a, b); }
 inline Vector round_of(Vector s, Vector key) { return _mm512_aesenc_epi128(s, key); }
 inline Vector last_round(Vector s, Vector key) { return _mm512_aesenclast_epi128(s, key); }
-inline __m128i last_block(Vector s) { return _mm512_maskz_extracti32x4_epi32(0xF, s, 3); }
+inline __m128i block_of(const Vector (&s)[1], int i) {
+    const __m512i order = _mm512_add_epi64(_mm512_set1_epi64(2 * i), _mm512_setr_epi64(0, 1, 0, 0, 0, 0, 0, 0));
+    return _mm512_castsi512_si128(_mm512_permutexvar_epi64(order, s[0]));
+}
 
 #else
 
@@ -49,7 +53,10 @@ inline Vector add64(Vector a, Vector b) { return _mm256_add_epi64(a, b); }
 inline Vector exclusive_or(Vector a, Vector b) { return _mm256_xor_si256(a, b); }
 inline Vector round_of(Vector s, Vector key) { return _mm256_aesenc_epi128(s, key); }
 inline Vector last_round(Vector s, Vector key) { return _mm256_aesenclast_epi128(s, key); }
-inline __m128i last_block(Vector s) { return _mm256_extracti128_si256(s, 1); }
+inline __m128i block_of(const Vector (&s)[2], int i) {
+    const Vector row = i < 2 ? s[0] : s[1];
+    return (i & 1) == 0 ? _mm256_castsi256_si128(row) : _mm256_extracti128_si256(row, 1);
+}
 
 #endif
 
@@ -110,8 +117,8 @@ inline bool is_short(const Ars5State& state, int n) {
 // arithmetic on 128 bits.
 template <class Map, class T>
 [[gnu::always_inline]] inline void draw_short(Ars5State& state, int n, T* r, const Map& map) {
-    const __m128i counter = load_words(state.counter);
-    const Vector key = spread(load_words(state.key));
+    const __m128i counter = load_block(state.counter);
+    const Vector key = spread(load_block(state.key));
     const auto round_key = [&](uint64_t i) {
         const __m128i steps = _mm_set_epi64x(static_cast<int64_t>(i * kArs5KeyStepHigh), static_cast<int64_t>(i * kArs5KeyStepLow));
         return add64(key, spread(steps));
@@ -130,50 +137,44 @@ template <class Map, class T>
         for (Vector& row : s) row = i < kArs5Rounds ? round_of(row, k) : last_round(row, k);
     }
 
-    const auto leave = [&](int blocks, __m128i last) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(state.counter), _mm_add_epi64(counter, _mm_set_epi64x(0, blocks)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(state.block), last);
-    };
-    if (n == kShort) {
+    U32 rows[kShortRows];
 #pragma GCC unroll 2
-        for (int i = 0; i < kShortRows; ++i) map.store_block(r + i * kLanes32, reinterpret_cast<U32>(s[i]));
-        leave(kShort / kCounterBlockWords, last_block(s[kShortRows - 1]));
-        return;
-    }
-    uint32_t words[kShort];
-#pragma GCC unroll 2
-    for (int i = 0; i < kShortRows; ++i) store(words + i * kLanes32, reinterpret_cast<U32>(s[i]));
-    convert_words(map, words, r, n);
+    for (int i = 0; i < kShortRows; ++i) rows[i] = (U32)s[i];
+    map_rows(rows, n, r, map);
     const int blocks = (n + kCounterBlockWords - 1) / kCounterBlockWords;
-    leave(blocks, load_words(words + (blocks - 1) * kCounterBlockWords));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(state.counter), _mm_add_epi64(counter, _mm_set_epi64x(0, blocks)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(state.block), block_of(s, blocks - 1));
     state.left = static_cast<uint32_t>(blocks * kCounterBlockWords - n);
 }
 
 template <class Generator, class Map, class T>
-[[gnu::noinline]] void draw_long(Ars5State& state, int n, T* r, const Map& map) {
+void draw_long(Ars5State& state, int n, T* r, const Map& map) {
     const RoundKeys round(state);
     draw_counter(state, n, r, map, Generator{round}, ars5_block);
 }
 
 // Numbers need the processor's AES.
 template <class Map, class T>
+[[gnu::noinline]] int draw_any(Ars5State& state, int n, T* r, const Map& map) {
+    const bool vectors = __stoCPUisVAES() != 0;
+    if (!vectors && __stoCPUisAES() == 0) return STO_STATUS_NO_AES;
+    if (n <= 0) return STO_STATUS_OK;
+    if (vectors) draw_long<WideAes>(state, n, r, map);
+    else draw_long<_vARS5>(state, n, r, map);
+    return STO_STATUS_OK;
+}
+template <class Map, class T>
 int draw(nax_stream* stream, int n, T* r, const Map& map) {
     Ars5State& state = payload<Ars5State>(stream);
-    if (__stoCPUisVAES() != 0) {
-        if (n <= 0) return STO_STATUS_OK;
-        if (is_short(state, n)) draw_short(state, n, r, map);
-        else draw_long<WideAes>(state, n, r, map);
-        return STO_STATUS_OK;
-    }
-    if (__stoCPUisAES() == 0) return STO_STATUS_NO_AES;
-    if (n > 0) draw_long<_vARS5>(state, n, r, map);
+    if (n <= 0 || !vector_aes_known() || !is_short(state, n)) return draw_any(state, n, r, map);
+    draw_short(state, n, r, map);
     return STO_STATUS_OK;
 }
 
 }  // namespace
 
 void ars5_block(const Ars5State& state, uint32_t (&out)[4]) {
-    const __m128i words = encrypt(RoundKeys(state), load_words(state.counter));
+    const __m128i words = encrypt(RoundKeys(state), load_block(state.counter));
     std::memcpy(out, &words, sizeof(out));
 }
 

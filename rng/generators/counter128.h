@@ -10,11 +10,11 @@
 
 #include "nax/streams.h"
 #include "rng/generators/counter_state.h"
-#include "rng/simd.h"
 #include "rng/stream.h"
+#include "simd/isa.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 inline constexpr int kCounterBlockWords = 4;
 
@@ -87,5 +87,5 @@ struct CounterSeeding {
     static bool valid(const Stream* stream) { return payload<State>(stream).left <= kCounterBlockWords; }
 };
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng

@@ -8,7 +8,7 @@
 #include "rng/generators/to_real.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 // True if the low 64 bits of the counter, which the lanes add to, wrap within that many blocks.
 inline bool low_half_wraps(Wide counter, uint64_t blocks) {
@@ -35,7 +35,7 @@ inline void draw_counter(State& state, int n, T* r, const Map& map, const Genera
     for (; n >= kMany; n -= kMany, r += kMany, counter += kMany / kCounterBlockWords) {
         U32 rows[Generator::kManyRows];
         generator.blocks(counter, rows);
-        for (int i = 0; i < Generator::kManyRows; ++i) map.store_block(r + i * kLanes32, rows[i]);
+        for (int i = 0; i < Generator::kManyRows; ++i) put(r + i * kLanes32, map(rows[i]));
     }
     set_counter(state.counter, counter);
     if (n == 0) return move_to_block(state, ~Wide{0}, 0, evaluate);
@@ -43,11 +43,7 @@ inline void draw_counter(State& state, int n, T* r, const Map& map, const Genera
         U32 rows[Generator::kFewRows];
         generator.blocks(counter, rows);
         const int take = std::min(n, kFew);
-        if (take == kFew) {
-            for (int i = 0; i < Generator::kFewRows; ++i) map.store_block(r + i * kLanes32, rows[i]);
-        } else {
-            convert_words(map, rows, r, take);
-        }
+        map_rows(rows, take, r, map);
         n -= take;
         r += take;
         const int used = (take + kCounterBlockWords - 1) / kCounterBlockWords;
@@ -61,5 +57,5 @@ inline void draw_counter(State& state, int n, T* r, const Map& map, const Genera
     }
 }
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng

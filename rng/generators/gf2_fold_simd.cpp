@@ -6,26 +6,15 @@
 #include <cstring>
 
 #include "rng/generators/gf2_polynomial.h"
-#include "rng/simd.h"
+#include "simd/integers.h"
 
 namespace nax::rng {
+
+using namespace simd;
 
 namespace {
 
 constexpr int kBlockVectors = kFoldBlock / kLanes64;
-
-// Counts of 64 give 0, unlike in C++.
-#ifdef __AVX512F__
-inline U64 shift_down(U64 a, U64 n) { return reinterpret_cast<U64>(_mm512_maskz_srlv_epi64(kAll8, bits(a), bits(n))); }
-inline U64 shift_up(U64 a, U64 n) { return reinterpret_cast<U64>(_mm512_maskz_sllv_epi64(kAll8, bits(a), bits(n))); }
-#else
-inline U64 shift_down(U64 a, U64 n) {
-    return reinterpret_cast<U64>(_mm256_srlv_epi64(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(n)));
-}
-inline U64 shift_up(U64 a, U64 n) {
-    return reinterpret_cast<U64>(_mm256_sllv_epi64(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(n)));
-}
-#endif
 
 // A term x^e brings quotient words from d - e bits above.
 struct Term {

@@ -8,7 +8,7 @@
 #include <array>
 #include <utility>
 
-#include "rng/processor.h"
+#include "rng/cpu_features.h"
 
 namespace nax::rng {
 

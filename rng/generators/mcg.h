@@ -1,7 +1,7 @@
 // The two multiplicative generators as traits: state, modulus arithmetic, default multiplier.
 #pragma once
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "rng/generators/modular_power.h"
 
 namespace nax::rng {

@@ -1,5 +1,5 @@
 // Output of MCG59.
-#include "rng/generators/lanes_simd.h"
+#include "rng/generators/mcg_lanes_simd.h"
 
 using namespace nax::rng;
 

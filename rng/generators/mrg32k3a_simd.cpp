@@ -35,26 +35,11 @@ U32 combine(U32 x, U32 y) {
     return x - y + (broadcast(kMrgX.modulus) & ~greater);
 }
 
-// Lanes L - k ... of (before, after): the terms k places earlier.
-#ifdef __AVX512F__
+// The terms k places earlier than those of `after`, which follow those of `before`.
 template <int k>
 U32 earlier(U32 before, U32 after) {
-    return reinterpret_cast<U32>(_mm512_maskz_alignr_epi32(kAll16, bits(after), bits(before), kLanes32 - k));
+    return join<kLanes32 - k>(before, after);
 }
-U32 join(U64 even, U64 odd) {
-    return reinterpret_cast<U32>(_mm512_mask_blend_epi32(0xAAAA, bits(even), bits(odd << 32)));
-}
-#else
-template <int k>
-U32 earlier(U32 before, U32 after) {
-    const __m256i b = reinterpret_cast<__m256i>(before), a = reinterpret_cast<__m256i>(after);
-    return reinterpret_cast<U32>(_mm256_alignr_epi8(a, _mm256_permute2x128_si256(b, a, 0x21), 16 - 4 * k));
-}
-U32 join(U64 even, U64 odd) {
-    const __m256i e = reinterpret_cast<__m256i>(even), o = reinterpret_cast<__m256i>(odd << 32);
-    return reinterpret_cast<U32>(_mm256_blend_epi32(e, o, 0xAA));
-}
-#endif
 
 // The jump's constants of one component. Both parities of lanes are computed in 64 bits.
 struct JumpX {
@@ -92,7 +77,7 @@ U32 jump(const Jump& j, U32 before, U32 after) {
     const U64 v0 = reinterpret_cast<U64>(earlier<3>(before, after));
     const U64 even = reduce_lanes<Jump>(j.sum(v2, v1, v0));
     const U64 odd = reduce_lanes<Jump>(j.sum(v2 >> 32, v1 >> 32, v0 >> 32));
-    return join(even, odd);
+    return interleave_low_halves(even, odd);
 }
 
 // The last block of a component, with the vector before it, whose last three lanes count.
@@ -128,7 +113,7 @@ struct History {
 template <class Map, class T>
 void put_block(const Map& map, const History& x, const History& y, T* r) {
 #pragma GCC unroll 16
-    for (int p = 0; p < kParts; ++p) map.store_block(r + p * kLanes32, combine(x.part[p + 1], y.part[p + 1]));
+    for (int p = 0; p < kParts; ++p) put(r + p * kLanes32, map(combine(x.part[p + 1], y.part[p + 1])));
 }
 
 template <class Map, class T>

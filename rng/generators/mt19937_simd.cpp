@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 #include "rng/generators/mt19937.h"
 #include "rng/generators/to_real.h"
 
@@ -14,84 +13,52 @@ namespace {
 constexpr int kWords = kMt19937Words;
 constexpr int kMiddle = kMt19937Middle;
 
-inline uint32_t temper(uint32_t y) {
-    y ^= y >> 11;
-    y ^= (y << 7) & 0x9D2C5680u;
-    y ^= (y << 15) & 0xEFC60000u;
-    return y ^ (y >> 18);
-}
-
-inline U32 temper(U32 y) {
-    y ^= y >> 11;
-    y = xor_and(y, y << 7, broadcast(0x9D2C5680u));
-    y = xor_and(y, y << 15, broadcast(0xEFC60000u));
-    return y ^ (y >> 18);
-}
-
 struct Temper {
-    template <class Words>
-    Words operator()(Words y) const { return temper(y); }
+    U32 operator()(U32 y) const {
+        y ^= y >> 11;
+        y = xor_and(y, y << 7, broadcast(0x9D2C5680u));
+        y = xor_and(y, y << 15, broadcast(0xEFC60000u));
+        return y ^ (y >> 18);
+    }
 };
 
-// A working copy of the block on a vector boundary, written back at the end: the payload's 16-byte alignment would make
-// every wide access cross a cache line.
-class WorkingBlock {
-public:
-    explicit WorkingBlock(uint32_t* home) : home_(home) { std::memcpy(x_, home, sizeof(x_)); }
-    ~WorkingBlock() { std::memcpy(home_, x_, sizeof(x_)); }
-    WorkingBlock(const WorkingBlock&) = delete;
-    WorkingBlock& operator=(const WorkingBlock&) = delete;
+// The words that follow x(k), given with the words after them and those 397 places on.
+inline U32 twist(U32 words, U32 following, U32 middle) {
+    const U32 y = select(broadcast(kMt19937UpperBit), words, following);
+    return xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA));
+}
 
-    const uint32_t* words() const { return x_; }
-
-    // Replaces all words by the next block and hands each new vector to emit(k, words).
-    template <class Emit>
-    void refill(const Emit& emit) {
-        constexpr int kWrap = (kWords - kMiddle) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
-        constexpr int kLast = kWords - kLanes32;
-        int k = 0;
-        for (; k < kWrap; k += kLanes32) advance(k, load<U32>(x_ + k + 1), load<U32>(x_ + k + kMiddle), emit);
-        const U32 first = load<U32>(x_);
-        constexpr int kInside = kWrap + kMiddle - kLast;
-        advance(k, load<U32>(x_ + k + 1), join<kInside>(load<U32>(x_ + kLast), first), emit);
-        for (k += kLanes32; k < kLast; k += kLanes32) {
-            advance(k, load<U32>(x_ + k + 1), load<U32>(x_ + k + kMiddle - kWords), emit);
-        }
-        advance(k, join<1>(load<U32>(x_ + k), first), load<U32>(x_ + k + kMiddle - kWords), emit);
-    }
-
-private:
-    template <class Emit>
-    void advance(int k, U32 following, U32 middle, const Emit& emit) {
-        const U32 y = select(broadcast(kMt19937UpperBit), load<U32>(x_ + k), following);
-        const U32 words = xor_if_odd(middle ^ (y >> 1), y, broadcast(kMt19937MatrixA));
-        store(x_ + k, words);
-        emit(k, words);
-    }
-
-    alignas(64) uint32_t x_[kWords];
-    uint32_t* home_;
-};
-
-constexpr auto kSilent = [](int, U32) {};
+// Replaces all words by the next block. The state stands 16 bytes behind a boundary of the stream's memory: from word kHead
+// on vectors are aligned, and four words remain at the end.
+[[gnu::noinline]] void refill(uint32_t* x) {
+    constexpr int kHead = kLanes32 - 4, kBack = kWords - kMiddle, kTail = kWords - 4;
+    constexpr int kWrap = kHead + (kBack - kHead) / kLanes32 * kLanes32;  // its k + 397 straddles the end of the block
+    put(x, kHead, twist(load<U32>(x), load<U32>(x + 1), load<U32>(x + kMiddle)));
+    int k = kHead;
+#pragma GCC unroll 4
+    for (; k < kWrap; k += kLanes32) store(x + k, twist(load<U32>(x + k), load<U32>(x + k + 1), load<U32>(x + k + kMiddle)));
+    const U32 straddling = join<kWrap + kMiddle - (kWords - kLanes32)>(load<U32>(x + kWords - kLanes32), load<U32>(x));
+    store(x + kWrap, twist(load<U32>(x + kWrap), load<U32>(x + kWrap + 1), straddling));
+    k += kLanes32;
+#pragma GCC unroll 4
+    for (; k < kTail; k += kLanes32) store(x + k, twist(load<U32>(x + k), load<U32>(x + k + 1), load<U32>(x + k - kBack)));
+    const U32 last = load_words(x + kTail, 4);
+    const U32 following = join<1>(last, U32{}) | join<kLanes32 - 3>(U32{}, broadcast(x[0]));
+    put(x + kTail, 4, twist(last, following, load<U32>(x + kTail - kBack)));
+}
 
 template <class Map, class T>
 void draw(Mt19937State& state, int n, T* r, const Map& map) {
-    const int unread = std::min(n, kWords - state.next);
-    map_words(state.x + state.next, unread, r, Temper{}, map);
-    state.next += unread;
-    n -= unread;
-    r += unread;
-    if (n == 0) return;
-
-    WorkingBlock block(state.x);
-    for (; n >= kWords; n -= kWords, r += kWords) {
-        block.refill([&](int k, U32 words) { map.store_block(r + k, temper(words)); });
+    for (;;) {
+        const int take = std::min(n, kWords - state.next);
+        map_words(state.x + state.next, take, r, Temper{}, map);
+        state.next += take;
+        n -= take;
+        r += take;
+        if (n == 0) return;
+        refill(state.x);
+        state.next = 0;
     }
-    if (n == 0) return;
-    block.refill(kSilent);
-    map_words(block.words(), n, r, Temper{}, map);
-    state.next = n;
 }
 
 }  // namespace
@@ -103,9 +70,8 @@ void mt19937_discard(Mt19937State& state, uint64_t n) {
         return;
     }
     n -= unread;
-    WorkingBlock block(state.x);
     for (;; n -= kWords) {
-        block.refill(kSilent);
+        refill(state.x);
         if (n <= kWords) break;
     }
     state.next = static_cast<int32_t>(n);

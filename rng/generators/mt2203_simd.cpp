@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 #include "rng/generators/mt2203.h"
 #include "rng/generators/to_real.h"
 
@@ -21,12 +20,6 @@ static_assert(kBlocksAtOnce * kWords % kLanes32 == 0);
 struct Temper {
     uint32_t b, c;
 
-    uint32_t operator()(uint32_t y) const {
-        y ^= y >> 12;
-        y ^= (y << 7) & b;
-        y ^= (y << 15) & c;
-        return y ^ (y >> 18);
-    }
     U32 operator()(U32 y) const {
         y ^= y >> 12;
         y = xor_and(y, y << 7, broadcast(b));

@@ -4,7 +4,6 @@
 #include "rng/generators/philox4x32x10.h"
 #include "rng/generators/to_real.h"
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 
 namespace nax::rng {
 
@@ -13,44 +12,13 @@ namespace {
 constexpr int kBlocks = kLanes64;  // blocks in a vector
 constexpr int kRows = 2;           // vectors of output words that they fill
 
-inline U64 xor_lanes(U64 a, U64 b, U64 c) {
-    return reinterpret_cast<U64>(xor3(reinterpret_cast<U32>(a), reinterpret_cast<U32>(b), reinterpret_cast<U32>(c)));
-}
-
-#ifdef __AVX512F__
-
-inline U64 lane_numbers() { return U64{0, 1, 2, 3, 4, 5, 6, 7}; }
-// Words (c0, c1, c2, c3) of blocks in lanes to blocks in a row: low |= c1 << 32, high |= c3 << 32, pairs interleaved.
+// Words (c0, c1, c2, c3) of blocks in lanes to blocks in a row.
 inline void store_blocks(U32* to, U64 c0, U64 c1, U64 c2, U64 c3) {
-    constexpr __mmask16 kOdd = 0xAAAA;
-    const __m512i low = _mm512_mask_blend_epi32(kOdd, bits(c0), bits(c1 << 32));
-    const __m512i high = _mm512_mask_blend_epi32(kOdd, bits(c2), bits(c3 << 32));
-    constexpr long long kHigh = 8;  // lanes of the second operand
-    const auto row = [&](long long first) {
-        const __m512i order = _mm512_setr_epi64(first, kHigh + first, first + 1, kHigh + first + 1, first + 2,
-                                                kHigh + first + 2, first + 3, kHigh + first + 3);
-        return words_of(_mm512_permutex2var_epi64(low, order, high));
-    };
-    to[0] = row(0);
-    to[1] = row(4);
+    U64 lower, upper;
+    interleave((U64)interleave_low_halves(c0, c1), (U64)interleave_low_halves(c2, c3), lower, upper);
+    to[0] = (U32)lower;
+    to[1] = (U32)upper;
 }
-
-#else
-
-inline U64 lane_numbers() { return U64{0, 1, 2, 3}; }
-inline void store_blocks(U32* to, U64 c0, U64 c1, U64 c2, U64 c3) {
-    const auto merge = [](U64 a, U64 b) {
-        return _mm256_blend_epi32(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b << 32), 0xAA);
-    };
-    const __m256i low = merge(c0, c1);
-    const __m256i high = merge(c2, c3);
-    const __m256i even = _mm256_unpacklo_epi64(low, high);  // blocks 0, 2
-    const __m256i odd = _mm256_unpackhi_epi64(low, high);   // blocks 1, 3
-    to[0] = reinterpret_cast<U32>(_mm256_permute2x128_si256(even, odd, 0x20));
-    to[1] = reinterpret_cast<U32>(_mm256_permute2x128_si256(even, odd, 0x31));
-}
-
-#endif
 
 struct PhiloxVectors {
     static constexpr int kManyRows = 2 * kRows;  // two vectors in flight: one alone waits for its products
@@ -83,9 +51,9 @@ struct PhiloxVectors {
             for (int v = 0; v < kVectors; ++v) {
                 const U64 p0 = multiply_low_halves(c0[v], m0);
                 const U64 p1 = multiply_low_halves(c2[v], m1);
-                c0[v] = xor_lanes(p1 >> 32, c1[v], k0);
+                c0[v] = xor3(p1 >> 32, c1[v], k0);
                 c1[v] = p1;
-                c2[v] = xor_lanes(p0 >> 32, c3[v], k1);
+                c2[v] = xor3(p0 >> 32, c3[v], k1);
                 c3[v] = p0;
             }
             key[0] += kPhiloxKeyStep0;

@@ -72,7 +72,7 @@ int generate_real(Stream* stream, int n, T* r, T a, T b) {
     if (n < kR250Lag) {
         uint32_t words[kR250Lag];
         walk_ring(state, n, [&words](int k, uint32_t word) { words[k] = word; });
-        convert_words(map, words, r, n);
+        map_words(words, n, r, map);
         return STO_STATUS_OK;
     }
     alignas(64) uint32_t window[kR250Lag + kBlock];
@@ -81,7 +81,7 @@ int generate_real(Stream* stream, int n, T* r, T a, T b) {
     for (int done = 0; done < n;) {
         const int count = std::min(kBlock, n - done);
         extend(fresh, count);
-        convert_words(map, fresh, r + done, count);
+        map_words(fresh, count, r + done, map);
         std::memmove(window, fresh + count - kR250Lag, 4 * kR250Lag);
         done += count;
     }

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "rng/generator.h"
-#include "rng/generators/words.h"
 #include "rng/generators/sfmt19937.h"
 #include "rng/generators/to_real.h"
 
@@ -33,20 +32,20 @@ inline void run(uint32_t* x, int first, int last, int distance, __m128i& c, __m1
     }
 }
 
-void refill(uint32_t* x) {
+[[gnu::noinline]] void refill(uint32_t* x) {
     __m128i c = load_block(x + (kSfmtBlocks - 2) * kSfmtBlockWords);
     __m128i d = load_block(x + (kSfmtBlocks - 1) * kSfmtBlockWords);
     run(x, 0, kSfmtBlocks - kSfmtMiddle, kSfmtMiddle, c, d);
     run(x, kSfmtBlocks - kSfmtMiddle, kSfmtBlocks, kSfmtMiddle - kSfmtBlocks, c, d);
 }
 
-struct Unchanged {
-    template <class Words>
-    Words operator()(Words y) const { return y; }
-};
-
 template <class Map, class T>
 void draw(SfmtState& state, int n, T* r, const Map& map) {
+    if (state.spare_pos == state.spare_end && n % kSfmtBlockWords == 0 && n <= kSfmtWords - state.next) {
+        map_words(state.x + state.next, n, r, map);
+        state.next += n;
+        return;
+    }
     while (n > 0 && state.spare_pos < state.spare_end) {
         *r++ = map(state.spare[state.spare_pos++]);
         --n;
@@ -57,7 +56,7 @@ void draw(SfmtState& state, int n, T* r, const Map& map) {
             state.next = 0;
         }
         const int take = std::min(n, kSfmtWords - state.next);
-        map_words(state.x + state.next, take, r, Unchanged{}, map);
+        map_words(state.x + state.next, take, r, map);
         state.next += take;
         n -= take;
         r += take;

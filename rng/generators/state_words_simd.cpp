@@ -3,9 +3,11 @@
 
 #include <algorithm>
 
-#include "rng/simd.h"
+#include "simd/integers.h"
 
 namespace nax::rng {
+
+using namespace simd;
 
 namespace {
 

@@ -5,10 +5,13 @@
 #include <cmath>
 #include <cstdint>
 
-#include "rng/simd.h"
+#include "simd/integers.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+
+using namespace simd;
+
+inline namespace NAX_ISA {
 
 // a + s y, s = (b - a) 2^-32, the word y taken as unsigned, one fused multiply-add.
 template <class T>
@@ -27,11 +30,7 @@ struct UnsignedScale<double> {
     UnsignedScale(double a, double b, double unit) : origin(a), scale((b - a) * unit) {}
 
     double operator()(uint32_t word) const { return __builtin_fma(static_cast<double>(word), scale, origin); }
-    void store_block(double* r, U32 words) const {
-        const F64 s = broadcast(scale), o = broadcast(origin);
-        store(r, fma(to_double(lower_half(words)), s, o));
-        store(r + kLanes64, fma(to_double(upper_half(words)), s, o));
-    }
+    PairF64 operator()(U32 words) const { return fused(to_doubles(words), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
@@ -44,9 +43,7 @@ struct UnsignedScale<float> {
         : origin(a), scale(static_cast<float>((static_cast<double>(b) - static_cast<double>(a)) * unit)) {}
 
     float operator()(uint32_t word) const { return __builtin_fmaf(static_cast<float>(word), scale, origin); }
-    void store_block(float* r, U32 words) const {
-        store(r, fma(to_float(words), broadcast(scale), broadcast(origin)));
-    }
+    F32 operator()(U32 words) const { return fused(to_float(words), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
@@ -58,11 +55,7 @@ struct MidpointScale<double> {
     double operator()(uint32_t word) const {
         return __builtin_fma(static_cast<double>(static_cast<int32_t>(word)), scale, origin);
     }
-    void store_block(double* r, U32 words) const {
-        const F64 s = broadcast(scale), o = broadcast(origin);
-        store(r, fma(signed_to_double(lower_half(words)), s, o));
-        store(r + kLanes64, fma(signed_to_double(upper_half(words)), s, o));
-    }
+    PairF64 operator()(U32 words) const { return fused(signed_to_doubles(words), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
@@ -74,9 +67,7 @@ struct MidpointScale<float> {
     float operator()(uint32_t word) const {
         return __builtin_fmaf(static_cast<float>(static_cast<int32_t>(word)), scale, origin);
     }
-    void store_block(float* r, U32 words) const {
-        store(r, fma(signed_to_float(words), broadcast(scale), broadcast(origin)));
-    }
+    F32 operator()(U32 words) const { return fused(signed_to_float(words), broadcast(scale), broadcast(origin)); }
 };
 
 // a + y ((b - a) unit), rounded after the product and after the sum; singles are computed in double and rounded once more.
@@ -88,35 +79,41 @@ struct UnfusedScale {
         : origin(static_cast<double>(a)), scale((static_cast<double>(b) - static_cast<double>(a)) * unit) {}
 
     T operator()(uint32_t word) const { return static_cast<T>(origin + static_cast<double>(word) * scale); }
-    void store_block(T* r, U32 words) const {
+    auto operator()(U32 words) const {
         const F64 s = broadcast(scale), o = broadcast(origin);
-        const F64 low = o + to_double(lower_half(words)) * s;
-        const F64 high = o + to_double(upper_half(words)) * s;
-        if constexpr (sizeof(T) == sizeof(float)) {
-            store(r, narrow(low));
-            store(r + kLanes64, narrow(high));
-        } else {
-            store(r, low);
-            store(r + kLanes64, high);
-        }
+        PairF64 y = to_doubles(words);
+        y = {o + y.low * s, o + y.high * s};
+        if constexpr (sizeof(T) == sizeof(float)) return join_halves(narrow(y.low), narrow(y.high));
+        else return y;
     }
 };
 
 // The words as they are.
 struct RawWords {
-    uint32_t operator()(uint32_t word) const { return word; }
-    void store_block(uint32_t* r, U32 words) const { store(r, words); }
+    template <class Words>
+    Words operator()(Words words) const { return words; }
 };
 
-// n words to n numbers. For singles r may be the words' own memory.
-template <class Map, class T>
-inline void convert_words(Map map, const void* words, T* r, int n) {
-    const unsigned char* from = static_cast<const unsigned char*>(words);
-    int i = 0;
+// Turns n words into numbers r by operation and map. For words and singles r may be the words' own memory.
+template <class Operation, class Map, class T>
+NAX_VEC void map_words(const uint32_t* words, int n, T* r, const Operation& operation, const Map& map) {
 #pragma GCC unroll 2
-    for (; i + kLanes32 <= n; i += kLanes32) map.store_block(r + i, load<U32>(from + 4 * static_cast<long>(i)));
-    for (; i < n; ++i) r[i] = map(load<uint32_t>(from + 4 * static_cast<long>(i)));
+    for (; n >= kLanes32; n -= kLanes32, words += kLanes32, r += kLanes32) put(r, map(operation(load<U32>(words))));
+    if (n > 0) put(r, n, map(operation(load_words(words, n))));
+}
+template <class Map, class T>
+NAX_VEC void map_words(const uint32_t* words, int n, T* r, const Map& map) {
+    map_words(words, n, r, RawWords{}, map);
+}
+// The same with words in registers; n at most their number.
+template <int rows, class Map, class T>
+NAX_VEC void map_rows(const U32 (&words)[rows], int n, T* r, const Map& map) {
+#pragma GCC unroll 8
+    for (int i = 0; i < rows; ++i, n -= kLanes32, r += kLanes32) {
+        if (n < kLanes32) return n > 0 ? put(r, n, map(words[i])) : void();
+        put(r, map(words[i]));
+    }
 }
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng

@@ -6,9 +6,10 @@
 #include "rng/generators/wh.h"
 
 #include "rng/registry.h"
-#include "rng/simd.h"
+#include "simd/integers.h"
 
 using namespace nax::rng;
+using namespace nax::simd;
 
 namespace {
 
@@ -110,12 +111,12 @@ struct Interval {
     Interval(T a, T b) : origin(static_cast<double>(a)), width(static_cast<double>(b) - origin) {}
     T operator()(double u) const { return static_cast<T>(__builtin_fma(width, u, origin)); }
     void store_lanes(T* r, F64 sum) const {
-        const F64 value = fma(broadcast(width), sum - truncate(sum), broadcast(origin));
+        const F64 value = fused(broadcast(width), sum - truncate(sum), broadcast(origin));
         if constexpr (sizeof(T) == sizeof(float)) store(r, narrow(value));
         else store(r, value);
     }
     void store_quad(T* r, Quad sum) const {
-        const Quad value = _mm256_fmadd_pd(Quad{} + width, sum - truncate(sum), Quad{} + origin);
+        const Quad value = fused(Quad{} + width, sum - truncate(sum), Quad{} + origin);
         if constexpr (sizeof(T) == sizeof(float)) _mm_storeu_ps(r, _mm256_cvtpd_ps(value));
         else store(r, value);
     }

@@ -10,12 +10,11 @@
 #include <utility>
 
 #include "rng/generators/to_real.h"
-#include "rng/generators/words.h"
 #include "rng/quasi/quasi_generator.h"
 #include "service/service.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 template <class T>
 struct QuasiScale;
@@ -26,11 +25,7 @@ struct QuasiScale<double> {
 
     QuasiScale(double a, double b) : origin(a), scale((b - a) * 0x1p-31) {}
     double operator()(uint32_t x) const { return __builtin_fma(scale, static_cast<double>(x >> 1), origin); }
-    void store_block(double* r, U32 x) const {
-        const F64 s = broadcast(scale), o = broadcast(origin);
-        store(r, fma(signed_to_double(lower_half(x >> 1)), s, o));
-        store(r + kLanes64, fma(signed_to_double(upper_half(x >> 1)), s, o));
-    }
+    PairF64 operator()(U32 x) const { return fused(signed_to_doubles(x >> 1), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
@@ -41,47 +36,100 @@ struct QuasiScale<float> {
     float operator()(uint32_t x) const {
         return __builtin_fmaf(scale, static_cast<float>(static_cast<int32_t>(x >> 1)), origin);
     }
-    void store_block(float* r, U32 x) const {
-        store(r, fma(signed_to_float(x >> 1), broadcast(scale), broadcast(origin)));
-    }
+    F32 operator()(U32 x) const { return fused(signed_to_float(x >> 1), broadcast(scale), broadcast(origin)); }
 };
 
 template <>
 struct QuasiScale<uint32_t> : RawWords {};
-
-// The first count numbers of a vector, count below kLanes32.
-template <class Map, class T>
-inline void store_part(const Map& map, T* r, U32 x, int count) {
-    T numbers[kLanes32];
-    map.store_block(numbers, x);
-#ifdef __AVX512F__
-    if constexpr (sizeof(T) == 4) {
-        store_first(r, load<U32>(numbers), count);
-    } else {
-        store_first(r, load<U32>(numbers), std::min(2 * count, kLanes32));
-        if (2 * count > kLanes32) store_first(r + kLanes64, load<U32>(numbers + kLanes64), 2 * count - kLanes32);
-    }
-#else
-    for (int i = 0; i < count; ++i) r[i] = numbers[i];
-#endif
-}
 
 // What the parallel loop runs for one block of dimensions.
 struct ParallelBodies {
     nax_serv_chunk_body aligned, unaligned;
 };
 
-// ---- One point ---------------------------------------------------------------------------------------------------------
+// ---- Point by point ----------------------------------------------------------------------------------------------------
 
 template <class Map, class T>
 inline void put_coordinates(const PointSet& points, int first, int count, T* r, const Map& map) {
-    if (points.by_bit()) return convert_words(map, points.x + first, r, count);
+    if (points.by_bit()) return map_words(points.x + first, count, r, map);
     for (int i = 0; i < count; ++i) r[i] = map(points.coordinate(first + i));
+}
+
+// One point of coordinates that stand next to each other, and the step to the next.
+template <class Map, class T>
+NAX_VEC void put_point(const PointSet& points, int dimension, uint32_t counter, T* r, const Map& map) {
+    const uint32_t* const row = points.directions + static_cast<long>(gray_step(counter)) * points.bit_stride;
+    for (int d = 0; d < dimension; d += kLanes32) {
+        const U32 x = load<U32>(points.x + d);
+        if (dimension - d < kLanes32) put(r + d, dimension - d, map(x));
+        else put(r + d, map(x));
+        store(points.x + d, x ^ load<U32>(row + d));
+    }
+}
+
+// One coordinate of successive points; returns its word in the point after them.
+template <class Map, class T>
+inline uint32_t put_coordinate(const PointSet& points, int d, uint32_t counter, int64_t count, T* r, const Map& map) {
+    uint32_t x = points.coordinate(d);
+    for (int64_t i = 0; i < count; ++i) {
+        r[i] = map(x);
+        x ^= points.direction(gray_step(counter++), d);
+    }
+    return x;
+}
+
+// Points of coordinates that stand next to each other and fill so many vectors, the last of them with `part` (1 and up).
+template <int vectors, class Map, class T>
+void put_points(const PointSet& points, int dimension, uint32_t counter, int64_t count, T* r, const Map& map) {
+    U32 x[vectors];
+#pragma GCC unroll 16
+    for (int v = 0; v < vectors; ++v) x[v] = load<U32>(points.x + v * kLanes32);
+    const int part = dimension - (vectors - 1) * kLanes32;
+    for (; count > 0; --count, r += dimension) {
+        const uint32_t* const row = points.directions + static_cast<long>(gray_step(counter++)) * points.bit_stride;
+#pragma GCC unroll 16
+        for (int v = 0; v < vectors; ++v) {
+            if (v + 1 < vectors) put(r + v * kLanes32, map(x[v]));
+            else put(r + v * kLanes32, part, map(x[v]));
+            x[v] ^= load<U32>(row + v * kLanes32);
+        }
+    }
+#pragma GCC unroll 16
+    for (int v = 0; v < vectors; ++v) store(points.x + v * kLanes32, x[v]);
+}
+
+inline constexpr int kPointDimensions = 64;  // that fit in registers
+
+// Whole points without any preparation.
+template <class Map, class T>
+void put_single_points(const PointSet& points, int dimension, uint32_t counter, int64_t count, T* r, const Map& map) {
+    if (dimension == 1) {
+        points.coordinate(0) = put_coordinate(points, 0, counter, count, r, map);
+        return;
+    }
+    if (points.by_bit() && dimension <= kPointDimensions) {
+        const auto with = [&]<int vectors>() { put_points<vectors>(points, dimension, counter, count, r, map); };
+        switch ((dimension + kLanes32 - 1) / kLanes32) {
+            case 1: return with.template operator()<1>();
+            case 2: return with.template operator()<2>();
+            case 3: return with.template operator()<3>();
+            case 4: return with.template operator()<4>();
+            case 5: return with.template operator()<kLanes32 == 8 ? 5 : 1>();
+            case 6: return with.template operator()<kLanes32 == 8 ? 6 : 1>();
+            case 7: return with.template operator()<kLanes32 == 8 ? 7 : 1>();
+            default: return with.template operator()<kLanes32 == 8 ? 8 : 1>();
+        }
+    }
+    for (; count > 0; --count, r += dimension) {
+        put_coordinates(points, 0, dimension, r, map);
+        step_point(points, dimension, counter++);
+    }
 }
 
 // ---- Few dimensions: lanes across time ---------------------------------------------------------------------------------
 
 inline constexpr int kBlockPoints = 16;
+inline constexpr int kWorthwhileBlocks = 3;  // that pay for the pattern
 inline constexpr int kLowDimensions = kBlockPoints;  // from here on lanes are coordinates
 
 constexpr int greatest_common_divisor(int a, int b) { return b == 0 ? a : greatest_common_divisor(b, a % b); }
@@ -162,7 +210,7 @@ inline void put_blocks(const PointSet& points, uint32_t counter, int64_t blocks,
         const U32* const step = steps.of(gray_step(counter + kBlockPoints - 1));
 #pragma GCC unroll 32
         for (int v = 0; v < Layout::kVectors; ++v) {
-            map.store_block(r + v * kLanes32, x[v]);
+            put(r + v * kLanes32, map(x[v]));
             x[v] ^= step[v % Layout::kPhases];
         }
     }
@@ -175,15 +223,13 @@ template <int dimension, class Map, class T>
 void _QrngMainDim(const PointSet& points, int, uint32_t counter, int64_t count, T* r, const Map& map,
                   const ParallelBodies&) {
     const auto single = [&](int64_t n) {
-        for (; n > 0; --n, ++counter, r += dimension) {
-            put_coordinates(points, 0, dimension, r, map);
-            step_point(points, dimension, counter);
-        }
+        put_single_points(points, dimension, counter, n, r, map);
+        counter += static_cast<uint32_t>(n);
+        r += n * dimension;
     };
-    constexpr int64_t kWorthwhile = 3;  // blocks that pay for the pattern
     const int64_t before = -counter & (kBlockPoints - 1);
     const int64_t blocks = (count - before) / kBlockPoints;
-    if (blocks < kWorthwhile) return single(count);
+    if (blocks < kWorthwhileBlocks) return single(count);
     single(before);
     put_blocks<dimension>(points, counter, blocks, r, map);
     counter += static_cast<uint32_t>(blocks * kBlockPoints);
@@ -247,10 +293,10 @@ inline void put_columns(const ManyDimensions<Map, T>& job, BlockRows& rows, T* r
     uint32_t counter = job.counter;
     for (int64_t i = 0; i < job.count; ++i, r += job.dimension) {
 #pragma GCC unroll 8
-        for (int v = 0; v + 1 < vectors; ++v) job.map.store_block(r + v * kLanes32, x[v]);
+        for (int v = 0; v + 1 < vectors; ++v) put(r + v * kLanes32, job.map(x[v]));
         T* const last = r + (vectors - 1) * kLanes32;
-        if (part == 0) job.map.store_block(last, x[vectors - 1]);
-        else store_part(job.map, last, x[vectors - 1], part);
+        if (part == 0) put(last, job.map(x[vectors - 1]));
+        else put(last, part, job.map(x[vectors - 1]));
         const uint32_t* const row = rows.row(gray_step(counter++));
 #pragma GCC unroll 8
         for (int v = 0; v < vectors; ++v) x[v] ^= load<U32>(row + v * kLanes32);
@@ -320,6 +366,7 @@ void _QrngMainDim16(const PointSet& points, int dimension, uint32_t counter, int
     ManyDimensions<Map, T> job = {points, counter, dimension, count, r, map};
     const int blocks = (dimension + kBlockDimensions - 1) / kBlockDimensions;
     if (run_on_threads(job, blocks, bodies)) return set_point(points, dimension, counter + static_cast<uint32_t>(count));
+    if (dimension <= kPointDimensions) return put_single_points(points, dimension, counter, count, r, map);
     for (int block = 0; block < blocks; ++block) {
         alignas(64) uint32_t after[kBlockDimensions];
         put_dimensions(job, block, after);
@@ -347,20 +394,19 @@ constexpr auto _QrngMainDispatch = qrng_main_dispatch<Map, T>(std::make_integer_
 template <class T, class Map>
 void draw_selected(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map, const ParallelBodies& bodies) {
     const int dimension = static_cast<int>(place.dimension);
-    if (n >= kBlockPoints) {
+    if (n >= kWorthwhileBlocks * kBlockPoints) {
         _QrngMainDim<1>(points.from(place.selected), 1, place.counter, n, r, map, bodies);
         place.counter += static_cast<uint32_t>(n);
         return set_point(points, dimension, place.counter);
     }
-    for (int i = 0; i < n; ++i) {
-        r[i] = map(points.coordinate(place.selected));
-        step_point(points, dimension, place.counter++);
-    }
+    put_coordinate(points, place.selected, place.counter, n, r, map);
+    place.counter += static_cast<uint32_t>(n);
+    set_point(points, dimension, place.counter);
 }
 
 // The next n numbers of a stream, n at least 1.
 template <class T, class Map>
-int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
+[[gnu::noinline]] int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Map& map,
                 const ParallelBodies& bodies) {
     if (place.counter + static_cast<uint64_t>(n) > kLastCounter) return STO_STATUS_QRNG_PERIOD_ELAPSED;
     const int dimension = static_cast<int>(place.dimension);
@@ -376,11 +422,6 @@ int draw_points(QuasiPlace& place, const PointSet& points, int n, T* r, const Ma
         step_point(points, dimension, place.counter++);
         r += take;
         n -= take;
-    }
-    if (n == dimension && !worth_threading(1, dimension)) {
-        put_coordinates(points, 0, dimension, r, map);
-        step_point(points, dimension, place.counter++);
-        return STO_STATUS_OK;
     }
     const int whole = n / dimension;
     if (whole > 0) {
@@ -403,10 +444,24 @@ int draw_quasi(Stream* stream, int n, T* r, Interval... interval) {
     bool user = false;
     if (!find_points<Sequence>(stream, points, user)) return STO_STATUS_NO_MEMORY;
     const QuasiScale<T> map(interval...);
-    return draw_points(payload<typename Sequence::State>(stream).place, points, n, r, map, bodies_of<Sequence, T>(user));
+    QuasiPlace& place = payload<typename Sequence::State>(stream).place;
+    const int dimension = static_cast<int>(place.dimension);
+    // A point a call, and a number a call of a selected coordinate.
+    if (points.by_bit() && place.counter + static_cast<uint64_t>(n) <= kLastCounter) {
+        if (place.selected < 0 && n == dimension && place.position == 0 && dimension <= kPointDimensions) {
+            put_point(points, dimension, place.counter++, r, map);
+            return STO_STATUS_OK;
+        }
+        if (place.selected >= 0 && n == 1) {
+            r[0] = map(points.coordinate(place.selected));
+            step_point(points, dimension, place.counter++);
+            return STO_STATUS_OK;
+        }
+    }
+    return draw_points(place, points, n, r, map, bodies_of<Sequence, T>(user));
 }
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng
 
 // Spells the output functions of a sequence's generator.

@@ -1,6 +1,7 @@
 // Positioning of quasi-random streams.
 #include "rng/quasi/quasi_state.h"
 
+#include <algorithm>
 #include <array>
 
 namespace nax::rng {
@@ -13,9 +14,19 @@ void start_points(const uint32_t* rows, int dimension, uint32_t* bit_rows, const
 }
 
 void set_point(const PointSet& points, int dimension, uint32_t counter) {
-    for (int d = 0; d < dimension; ++d) points.coordinate(d) = 0;
-    for (uint32_t code = gray_code(counter); code != 0; code &= code - 1) {
-        add_directions(points, dimension, std::countr_zero(code));
+    if (!points.by_bit()) {
+        for (int d = 0; d < dimension; ++d) points.coordinate(d) = 0;
+        for (uint32_t code = gray_code(counter); code != 0; code &= code - 1) {
+            add_directions(points, dimension, std::countr_zero(code));
+        }
+        return;
+    }
+    for (int d = 0; d < dimension; d += 16) {
+        uint32_t sum[16] = {};
+        for (uint32_t code = gray_code(counter); code != 0; code &= code - 1) {
+            add_row(sum, points.directions + static_cast<long>(std::countr_zero(code)) * points.bit_stride + d, 16);
+        }
+        std::copy_n(sum, 16, points.x + d);
     }
 }
 

@@ -24,7 +24,7 @@ void __sto_sobol_s_user_kernel_unaligned(int block, int64_t, int64_t, void* cont
 }  // extern "C"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+inline namespace NAX_ISA {
 
 template <>
 inline ParallelBodies bodies_of<Sobol, float>(bool user) {
@@ -32,7 +32,7 @@ inline ParallelBodies bodies_of<Sobol, float>(bool user) {
     return {__sto_sobol_s_default_kernel_aligned, __sto_sobol_s_default_kernel_unaligned};
 }
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng
 
 NAX_QUASI_OUTPUT(Sobol, nax::rng::Sobol)

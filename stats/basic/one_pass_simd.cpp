@@ -119,8 +119,7 @@ void update_variable(const T* x, int64_t stride, int count, const Factors<T>& f,
 
 template <class T>
 void add_cross_products(int64_t p, int64_t ld, int count, const Factors<T>& f, const Panels<T>& panels, T* cross) {
-    for (int k = 0; k < count; ++k)
-        for (int64_t j = 0; j < ld; ++j) panels.scaled[k * ld + j] = f.h[k] * panels.plain[k * ld + j];
+    scale_rows(ld, count, f.h, panels.plain, panels.scaled);
     rank_update(p, ld, count, panels.scaled, panels.plain, cross);
 }
 

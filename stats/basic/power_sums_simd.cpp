@@ -137,18 +137,20 @@ void add_cross_products(const Slice<T>& slice, const Blocks& blocks, int64_t fir
     const int64_t ld = blocks.padded();
     for (int64_t b = 0; b < blocks.count(); ++b) {
         const int64_t base = blocks.base(b);
+        T* const to = panels.plain + base;
+        if constexpr (!columns) {
+            gather_rows(slice.x + base * slice.n + first, slice.n, std::min<int64_t>(kLanes<T>, slice.p), count, to,
+                        ld);
+            continue;
+        }
         alignas(64) T buffer[kChunk * kLanes<T>];
         for (int64_t k = 0; k < count; k += kChunk) {
             const int64_t part = std::min<int64_t>(kChunk, count - k);
             const Strip<T> rows = strip<T, columns>(slice, blocks, b, first + k, part, buffer);
-            for (int64_t i = 0; i < part; ++i) {
-                const Lanes<T> x = load<Lanes<T>>(rows.x + i * rows.stride);
-                store(panels.plain + (k + i) * ld + base, x);
-                if constexpr (weighted)
-                    store(panels.scaled + (k + i) * ld + base, splat<Lanes<T>>(slice.weights[first + k + i]) * x);
-            }
+            for (int64_t i = 0; i < part; ++i) store(to + (k + i) * ld, load<Lanes<T>>(rows.x + i * rows.stride));
         }
     }
+    if constexpr (weighted) scale_rows(ld, count, slice.weights + first, panels.plain, panels.scaled);
     rank_update(slice.p, ld, count, weighted ? panels.scaled : panels.plain, panels.plain, cross);
 }
 

@@ -37,18 +37,18 @@ template <class T>
     _mm_storeu_ps(to + 3 * stride, d);
 }
 
-// Variables stored apart to rows of lanes, empty ones zero.
+// Variables stored apart to rows of lanes, `stride` reals apart; empty lanes are zero.
 template <class T>
-inline void gather_rows(const T* x, int64_t n, int64_t width, int64_t count, T* buffer) {
+inline void gather_rows(const T* x, int64_t n, int64_t width, int64_t count, T* buffer, int64_t stride) {
     constexpr int64_t lanes = kLanes<T>;
     for (int64_t l = 0; l < lanes; l += 4) {
         int64_t k = 0;
         if (l + 4 <= width) {
             const T* const from[4] = {x + l * n, x + (l + 1) * n, x + (l + 2) * n, x + (l + 3) * n};
-            for (; k + 4 <= count; k += 4) turn_four(from, k, buffer + k * lanes + l, lanes);
+            for (; k + 4 <= count; k += 4) turn_four(from, k, buffer + k * stride + l, stride);
         }
         for (int64_t e = l; e < l + 4; ++e)
-            for (int64_t i = k; i < count; ++i) buffer[i * lanes + e] = e < width ? x[e * n + i] : T(0);
+            for (int64_t i = k; i < count; ++i) buffer[i * stride + e] = e < width ? x[e * n + i] : T(0);
     }
 }
 
@@ -72,7 +72,7 @@ inline Strip<T> strip(const Slice<T>& slice, const Blocks& blocks, int64_t b, in
         for (int64_t k = 0; k < count; ++k)
             for (int64_t l = 0; l < lanes; ++l) buffer[k * lanes + l] = l < width ? x[k * slice.p + l] : T(0);
     } else {
-        gather_rows(slice.x + base * slice.n + first, slice.n, width, count, buffer);
+        gather_rows(slice.x + base * slice.n + first, slice.n, width, count, buffer, lanes);
     }
     return {buffer, lanes};
 }

@@ -28,8 +28,10 @@ double stirling_error(double a) {
 // x^a e^-x / Gamma(a + 1).
 double common_factor(double a, double x) {
     if (a < kStirlingFrom) return exponential(a * logarithm(x) - x - log_gamma(a + 1));
+    // Of ratios far from 1 the logarithm itself has all digits; near 1 that of the difference.
     const double mu = (x - a) / a;
-    return exponential(a * (std::log1p(mu) - mu) - stirling_error(a)) / std::sqrt(kTwoPi * a);
+    const double log_ratio = std::fabs(mu) < 0.5 ? std::log1p(mu) : logarithm(x / a);
+    return exponential(a * (log_ratio - mu) - stirling_error(a)) / std::sqrt(kTwoPi * a);
 }
 
 double lower_series(double a, double x) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "service/block.h"
-#include "stats/status.h"
+#include "nax/status.h"
 
 namespace nax::stats::missing {
 

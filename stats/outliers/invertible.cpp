@@ -7,7 +7,7 @@
 #include "service/block.h"
 #include "stats/linear_algebra.h"
 #include "stats/matrix_storage.h"
-#include "stats/status.h"
+#include "nax/status.h"
 
 namespace nax::stats::outliers {
 namespace {

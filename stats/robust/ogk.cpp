@@ -9,6 +9,7 @@
 #include "stats/missing/chi_square.h"
 #include "stats/order/ranking.h"
 #include "stats/private_task.h"
+#include "stats/robust/loops.h"
 
 namespace nax::stats::robust {
 namespace {
@@ -31,7 +32,7 @@ T median(const T* x, int64_t n, T* work) {
 // Median of |x - centre|; `deviations` and `work` have n reals.
 template <class T>
 T deviation(const T* x, int64_t n, T centre, T* deviations, T* work) {
-    for (int64_t i = 0; i < n; ++i) deviations[i] = std::fabs(x[i] - centre);
+    absolute_deviations(x, centre, n, deviations);
     return median(deviations, n, work);
 }
 
@@ -92,7 +93,7 @@ void correlate(int64_t pair, int thread, int, void* context) {
     T* const joined = work + n;
     T* const deviations = work + 2 * n;
     const auto scale = [&](T sign) {
-        for (int64_t k = 0; k < n; ++k) joined[k] = a[k] + sign * b[k];
+        add_scaled(a, sign, b, n, joined);
         return deviation(joined, n, median(joined, n, work), deviations, work);
     };
     const T sum = scale(1), difference = scale(-1);
@@ -130,11 +131,7 @@ int32_t project(Ogk<T>& ogk) {
         for (int64_t j = 0; j < p; ++j) {
             T* const to = ogk.z + j * n + first;
             std::fill(to, to + count, T(0));
-            for (int64_t k = 0; k < p; ++k) {
-                const T factor = vectors[j * p + k];
-                const T* const from = rows + k * count;
-                for (int64_t i = 0; i < count; ++i) to[i] += factor * from[i];
-            }
+            for (int64_t k = 0; k < p; ++k) add_scaled(to, vectors[j * p + k], rows + k * count, count, to);
         }
     }
     return SsStatusOk;
@@ -146,14 +143,7 @@ void select_near(Ogk<T>& ogk, T* weights) {
     const int64_t n = ogk.n;
     T* const work = ogk.of_thread(0);
     std::fill(weights, weights + n, T(0));
-    for (int64_t j = 0; j < ogk.p; ++j) {
-        const T centre = ogk.centre[j], inverse = 1 / ogk.scale[j];
-        const T* const y = ogk.z + j * n;
-        for (int64_t i = 0; i < n; ++i) {
-            const T d = (y[i] - centre) * inverse;
-            weights[i] += d * d;
-        }
-    }
+    for (int64_t j = 0; j < ogk.p; ++j) add_squares(ogk.z + j * n, ogk.centre[j], 1 / ogk.scale[j], n, weights);
     const double p = static_cast<double>(ogk.p);
     const T cut =
         static_cast<T>(chi2_quantile(p, kKept) * static_cast<double>(median(weights, n, work)) / chi2_quantile(p, 0.5));

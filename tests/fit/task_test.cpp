@@ -285,25 +285,31 @@ TEST(Task, DeletionFreesTheRecordAndNothingOfTheCaller) {
 // A failure on the way leaves a record that can still be queried and deleted.
 TYPED_TEST(TaskOf, EveryFailingAllocationIsReported) {
     using T = TypeParam;
-    const std::vector<T> x{0, 1, 2}, y(6);
-    std::vector<T> c(64);
-    const auto life = [&]() -> int32_t {
+    std::vector<T> x;
+    for (int i = 0; i < 200; ++i) x.push_back(static_cast<T>(i));
+    const std::vector<T> y(1200);
+    std::vector<T> c(4800);
+    const auto life = [&](int64_t nx, int64_t ny) -> int32_t {
         nax_df_task* task = nullptr;
-        int32_t status = Fit<T>::create(&task, 3, x.data(), 0, 2, y.data(), 0, 0);
+        int32_t status = Fit<T>::create(&task, nx, x.data(), 0, ny, y.data(), 0, 0);
         if (status == 0) status = Fit<T>::edit_pointer(task, 2, y.data());
         if (status == 0) status = Fit<T>::edit_spline(task, 4, 2, 0, nullptr, 0, nullptr, c.data(), 16);
         if (status == 0) status = Fit<T>::edit_pointer(task, 5, c.data());
         if (status == 0) status = nax_df_kernel_iEditVal(task, 15, 1);
         if (status == 0) status = nax_df_kernel_iEditVal(task, 16, 20);
         if (status == 0) status = Fit<T>::edit_indexed(task, 2, 19, y.data());
-        int64_t nx = 0;
+        int64_t points = 0;
         if (task != nullptr) {
-            EXPECT_EQ(nax_df_kernel_iQueryVal(task, 14, &nx), 0);
+            EXPECT_EQ(nax_df_kernel_iQueryVal(task, 14, &points), 0);
             nax_df_kernel_DeleteTask(&task);
         }
         return status;
     };
-    EXPECT_EQ(for_each_failing_allocation(life, int32_t{DfStatusMemory}, int32_t{0}), 8);
+    const auto failures = [&](int64_t nx, int64_t ny) {
+        return for_each_failing_allocation([&] { return life(nx, ny); }, int32_t{DfStatusMemory}, int32_t{0});
+    };
+    EXPECT_EQ(failures(200, 6), 8);
+    EXPECT_EQ(failures(3, 2), 2);  // record and the larger array: few functions and points stand in the record's block
     nax_df_task* task = nullptr;
     EXPECT_EQ(Fit<T>::create(&task, 3, x.data(), 0, int64_t{1} << 40, y.data(), 128, 0), DfStatusMemory);
     nax_df_kernel_DeleteTask(&task);

@@ -5,7 +5,7 @@
 #include <numeric>
 
 #include "tests/lib/failing_service.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {

@@ -8,10 +8,10 @@
 #include <cstdio>
 #include <string>
 
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 #include "service/service.h"
 #include "tests/lib/failing_service.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "tests/lib/failing_service.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/rng/linear_model.h"
-#include "tests/rng/streams.h"
+#include "tests/rng/test_stream.h"
 
 namespace nax::testing {
 namespace {

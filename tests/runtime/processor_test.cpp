@@ -85,6 +85,20 @@ TEST(Cache, LargestDataOrUnifiedCacheIsFound) {
     }
 }
 
+Registers with_extended_leaves(uint32_t leaf, uint32_t sub_leaf) {
+    if (leaf == 0) return {1, 1, 2, 3};
+    if (leaf == 0x80000000) return {0x8000001D};
+    return leaf == 0x8000001D ? with_leaf4(4, sub_leaf) : Registers{};
+}
+
+TEST(Cache, LastLevelIsFoundOnProcessorsOfAnyMaker) {
+    EXPECT_EQ(find_last_level_cache(with_leaf4), 12 * 2 * 64 * 20480);
+    EXPECT_EQ(find_last_level_cache(of_another_maker), 12 * 2 * 64 * 20480);
+    EXPECT_EQ(find_last_level_cache(with_extended_leaves), 12 * 2 * 64 * 20480);
+    EXPECT_EQ(find_last_level_cache(with_leaf2_only), 256 * 1024);
+    EXPECT_EQ(find_last_level_cache(with_one_leaf), 0);
+}
+
 TEST(Cache, PublicCallsKeepWhatWasFound) {
     const int32_t old[] = {_szCacheMax, _szCacheLine, _ownStatus};
     int32_t size = -1, line = -1;

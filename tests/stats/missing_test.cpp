@@ -302,6 +302,8 @@ TYPED_TEST(ImputationOf, StatusesInTheirOrderAndFailingMemory) {
     complete.open();
     Imputation<T> none;
     none.register_with(complete, 0);
+    T place;
+    Statistics<T>::edit(complete.task, 55, &place);
     EXPECT_EQ(Imputation<T>::run(complete), SsStatusBadImputationCount);
     for (int64_t i = 0; i < 20; ++i) complete.at(i, 1) = T(3);
     complete.at(4, 1) = missing_entry<T>();

@@ -1,10 +1,9 @@
-// Meets every float with every kernel of the exponentials and logarithms, on any processor with AVX2.
+// Meets every float with every kernel of one float argument, in the flavour of the library that suits the processor.
 //
 //   every_float [--threads N] [--stride N] [--write FILE] [RECORD...]
 //
-// RECORD as in sExp; all of them by default. The kernels are those of the library over portable lanes, bit for bit
-// (tests/vmath/portable_lanes_test.cpp). Kernels that start from a 14-bit reciprocal are met with three: the nearest
-// one, and the two that lie just outside what a processor may deliver. With --stride N only every N-th block of 2048
+// RECORD as in sExp; all of them by default. The logarithms start from a 14-bit reciprocal and are met with three: their
+// own, and the two that lie just outside what a processor may deliver. With --stride N only every N-th block of 2048
 // neighbouring floats. --write also writes the table as a page, anew after each record; records that are not met keep
 // their rows. Ends with status 1 if a bound of accuracy.def is exceeded or a special value or status is wrong.
 #include <algorithm>
@@ -110,7 +109,7 @@ void print(const Row& row) {
 void write_head(std::ostream& out) {
     out << R"(# Every float
 
-Written by `./run sweep`: each kernel of this table, of the single-precision exponentials and logarithms, has met all 2^32
+Written by `./run sweep`: each kernel of this table, all of single-precision functions of one argument, has met all 2^32
 arguments.
 
 Errors are in units in the last place (ulp) of the exact result. They are found against the double-precision functions
@@ -118,16 +117,13 @@ of the C library; the largest of each kernel are settled with MPFR. Mean, and sh
 nearest to the exact one, are over the arguments with a finite result. Special values with their signs and statuses are
 right at every argument, unless the last column says otherwise. Bounds stand in `tests/vmath/accuracy.def`.
 
-The kernels are compiled from the library's sources with a header that spells out the AVX-512 instructions in AVX2;
-tests hold them to the library's results bit for bit.
-
-The low bits of the 14-bit reciprocal differ between makers of processors. So the kernels that start from one meet every
-float three times: with the nearest reciprocal, and with one just below and one just above what a processor may deliver.
+The low bits of the 14-bit reciprocal differ between makers of processors. So the logarithms, which start from one, meet every
+float three times: with this processor's reciprocal, and with one just below and one just above what a processor may deliver.
 A kernel keeps only the first bits, rounded, and these are monotone: any processor's reciprocal leads to one of the two
-results of the outer ones, which the sweep checks with the nearest. The largest error is that over all three and holds on
-every processor; mean and share are those of the nearest one.
+results of the outer ones, which the sweep checks with its own. The largest error is that over all three and holds on
+every processor; mean and share are those of the first.
 
-| record | level | bound | largest error | at | | mean | not nearest, % | low, nearest, high reciprocal | |
+| record | level | bound | largest error | at | | mean | not nearest, % | low, own, high reciprocal | |
 |---|---|---|---|---|---|---|---|---|---|
 )";
 }
@@ -194,13 +190,8 @@ Options parse(int argc, char** argv) {
 Sweep planned(const std::string& record) {
     Sweep plan;
     for (const char* level : {"HA", "LA", "EP"})
-        for (const Kernel& kernel : kernels()) {
-            if (kernel.record != record || kernel.level != level) continue;
-            plan.runs.push_back({&kernel, portable::nearest_reciprocal});
-            if (!uses_reciprocal(kernel)) continue;
-            plan.runs.push_back({&kernel, portable::extreme_reciprocal<-1>});
-            plan.runs.push_back({&kernel, portable::extreme_reciprocal<1>});
-        }
+        for (const Kernel& kernel : kernels())
+            if (kernel.record == record && kernel.level == level) plan.runs.push_back({&kernel});
     return plan;
 }
 
@@ -212,7 +203,7 @@ std::vector<Row> rows_of(const AccuracyRow& accuracy, const Sweep& sweep) {
         Row row = {kernel.record,        kernel.level,       accuracy.bounds[level - testing::kLevels],
                    &sweep.runs[r].tally, {nullptr, nullptr}, sweep.finite_results,
                    sweep.runs[r].outside};
-        if (r + 2 < sweep.runs.size() && sweep.runs[r + 2].kernel == &kernel) {
+        if (r + 2 < sweep.runs.size() && sweep.runs[r + 1].kernel->reciprocal == Reciprocal::kLow) {
             row.extremes[0] = &sweep.runs[++r].tally;
             row.extremes[1] = &sweep.runs[++r].tally;
         }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "tools/every_float/reciprocal.h"
+#include "tests/lib/vmath_records.h"
 #include "vmath/frame/rare_lanes.h"
 
 namespace nax::tools {
@@ -15,10 +15,39 @@ struct Call {
 };
 thread_local Call call;
 
+std::vector<Kernel>& registered() {
+    static std::vector<Kernel> list;
+    return list;
+}
+
+std::vector<Kernel> all_kernels() {
+    std::vector<Kernel> all;
+    for (const testing::Record& record : testing::all_records()) {
+        if (record.type() != 's' || record.strided || record.row->signature != Signature::UNARY) continue;
+        for (int slot = 0; slot < 3; ++slot) {
+            const auto* const first = std::find(record.kernels, record.kernels + slot, record.kernels[slot]);
+            if (first != record.kernels + slot) continue;
+            const std::string level = record.row->tags[slot] + 2;
+            all.push_back({record.name(), level, Reciprocal::kOwn,
+                           reinterpret_cast<void (*)(int32_t, const float*, float*)>(record.kernels[slot])});
+            for (const Reciprocal other : {Reciprocal::kLow, Reciprocal::kHigh})
+                for (const Kernel& kernel : registered())
+                    if (kernel.record == record.name() && kernel.level == level && kernel.reciprocal == other)
+                        all.push_back(kernel);
+        }
+    }
+    return all;
+}
+
 }  // namespace
 
-std::vector<Kernel>& kernels() {
-    static std::vector<Kernel> list;
+Registration::Registration(char type, const char* function, const char* tag, Reciprocal reciprocal,
+                           void (*run)(int32_t n, const float* x, float* y)) {
+    registered().push_back({type + std::string(function), tag + 2, reciprocal, run});
+}
+
+const std::vector<Kernel>& kernels() {
+    static const std::vector<Kernel> list = all_kernels();
     return list;
 }
 
@@ -28,37 +57,14 @@ void run_kernel(const Kernel& kernel, int32_t n, const float* x, float* y, uint8
     kernel.run(n, x, y);
 }
 
-bool uses_reciprocal(const Kernel& kernel) {
-    static thread_local bool called;
-    const portable::Reciprocal before = portable::reciprocal14;
-    called = false;
-    portable::reciprocal14 = [](__m256 x) {
-        called = true;
-        return portable::nearest_reciprocal(x);
-    };
-    const float x = 1.5f;
-    float y;
-    uint8_t status;
-    ScalarResults scalar(1);
-    run_kernel(kernel, 1, &x, &y, &status, scalar);
-    portable::reciprocal14 = before;
-    return called;
-}
-
-}  // namespace nax::tools
-
-namespace nax::vmath {
-
-// The detour of the portable kernels, under the name that the build gives it.
-template <class T>
-void settle_rare_lanes(const RareCall<T>& rare_call, X87Scope&, T* results, int, uint64_t rare, int64_t first,
-                       int count) {
-    const tools::Call& call = tools::call;
-    const T* const x = rare_call.in[0] + first;
-    T* const y = rare_call.out[0] + first;
-    T* const scalar_y = call.scalar->y.data() + first;
-    uint8_t* const status = call.scalar->status.data() + first;
-    uint8_t* const known = call.scalar->known.data() + first;
+// The detour of rare lanes, in the place of the library's (the program is linked with --wrap).
+void settle(const vmath::RareCall<float>& rare_call, float* results, uint64_t rare, int64_t first, int count) {
+    const Call& c = call;
+    const float* const x = rare_call.in[0] + first;
+    float* const y = rare_call.out[0] + first;
+    float* const scalar_y = c.scalar->y.data() + first;
+    uint8_t* const status = c.scalar->status.data() + first;
+    uint8_t* const known = c.scalar->known.data() + first;
     if (std::find(known, known + count, 0) != known + count)
         for (int lane = 0; lane < count; ++lane) {
             if ((rare >> lane & 1) == 0 || known[lane]) continue;
@@ -68,16 +74,23 @@ void settle_rare_lanes(const RareCall<T>& rare_call, X87Scope&, T* results, int,
     // Arguments come in order: often all lanes are rare.
     if (std::popcount(rare) == count) {
         std::copy_n(scalar_y, count, y);
-        std::copy_n(status, count, call.statuses + first);
+        std::copy_n(status, count, c.statuses + first);
         return;
     }
     std::copy_n(results, count, y);
     for (; rare != 0; rare &= rare - 1) {
         const int lane = std::countr_zero(rare);
         y[lane] = scalar_y[lane];
-        call.statuses[first + lane] = status[lane];
+        c.statuses[first + lane] = status[lane];
     }
 }
-template void settle_rare_lanes<float>(const RareCall<float>&, X87Scope&, float*, int, uint64_t, int64_t, int);
 
-}  // namespace nax::vmath
+}  // namespace nax::tools
+
+#define NAX_SETTLE _ZN3nax5vmath17settle_rare_lanesIfEEvRKNS0_8RareCallIT_EERNS0_8X87ScopeEPS3_imli
+#define NAX_WRAPPED(name) NAX_WRAPPED_(name)
+#define NAX_WRAPPED_(name) __wrap_##name
+extern "C" void NAX_WRAPPED(NAX_SETTLE)(const nax::vmath::RareCall<float>& call, nax::vmath::X87Scope&, float* results,
+                                        int, uint64_t rare, int64_t first, int count) {
+    nax::tools::settle(call, results, rare, first, count);
+}

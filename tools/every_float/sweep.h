@@ -7,7 +7,6 @@
 
 #include "tests/lib/reference.h"
 #include "tools/every_float/kernels.h"
-#include "tools/every_float/reciprocal.h"
 
 namespace nax::tools {
 
@@ -34,12 +33,10 @@ public:
     double kept_from() const { return worst.size() < kept ? 0 : worst.back().error; }
 };
 
-// A kernel with one of the reciprocals.
 struct Run {
     const Kernel* kernel;
-    portable::Reciprocal reciprocal;
     Tally tally = {};
-    uint64_t outside = 0;  // of three runs of a kernel, in the first: results that neither of the others has
+    uint64_t outside = 0;  // of a kernel with three reciprocals, in its own: results that neither of the others has
 };
 
 struct Sweep {
@@ -48,7 +45,7 @@ struct Sweep {
 };
 
 // Meets all 2^32 bit patterns, or every `stride`-th block of 2048 of them. The runs share the function's scalar path;
-// those of one kernel with all three reciprocals follow each other, the nearest first.
+// those of one kernel with other reciprocals follow its own.
 void sweep(const testing::Reference& reference, uint32_t stride, unsigned threads, Sweep& sweep);
 
 }  // namespace nax::tools

@@ -1,5 +1,5 @@
 // What the processor offers to the counter-based and the hardware generators, and to products of polynomials.
-#include "rng/processor.h"
+#include "rng/cpu_features.h"
 
 #include "nax/streams.h"
 #include "platform/cpuid.h"
@@ -25,9 +25,11 @@ bool kept(int& answer, const Ask& ask) {
     return (known != 0 ? known : learn(answer, ask)) > 0;
 }
 
-int aes, vector_aes, rdrand, vector_clmul;
+int aes, rdrand, vector_clmul;
 
 }  // namespace
+
+int nax::rng::vector_aes = 0;
 
 extern "C" {
 
@@ -37,7 +39,7 @@ int __stoCPUisAES(void) {
 
 // The generation tagged qgd has vector AES and its state; of any other processor it is asked. A yes holds for AES too.
 int __stoCPUisVAES(void) {
-    return kept(vector_aes, [] {
+    return kept(nax::rng::vector_aes, [] {
         const bool has_vaes = (cpuid_if_present(7).ecx & bit_VAES) != 0;
         return has_vaes && __stoCPUisAES() != 0 && (nax_serv_cpuisqgd() != 0 || saves_vector_state());
     });

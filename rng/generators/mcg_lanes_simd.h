@@ -2,10 +2,13 @@
 #pragma once
 
 #include "rng/generators/mcg.h"
-#include "rng/simd.h"
+#include "simd/integers.h"
 
 namespace nax::rng {
-inline namespace NAX_RNG_ISA {
+
+using namespace simd;
+
+inline namespace NAX_ISA {
 
 inline constexpr int kParts = kLaneCount / kLanes64;
 
@@ -56,7 +59,7 @@ struct DoubleOutput {
     void put(double* r, const Lanes& lanes) const {
 #pragma GCC unroll 16
         for (int i = 0; i < kParts; ++i) {
-            store(r + i * kLanes64, fma(lane_to_double(Mcg{}, lanes.part[i]), broadcast(scale), broadcast(origin)));
+            store(r + i * kLanes64, fused(lane_to_double(Mcg{}, lanes.part[i]), broadcast(scale), broadcast(origin)));
         }
     }
 };
@@ -72,7 +75,7 @@ struct SingleOutput {
 #pragma GCC unroll 16
         for (int i = 0; i < kParts; ++i) {
             const HalfF32 x = narrow(lane_to_double(Mcg{}, lanes.part[i]));
-            store(r + i * kLanes64, fma(x, broadcast_half(scale), broadcast_half(origin)));
+            store(r + i * kLanes64, fused(x, broadcast_half(scale), broadcast_half(origin)));
         }
     }
 };
@@ -172,7 +175,7 @@ void engine(LaneBlock* block, const Output& output, typename Output::Value* r) {
     store_lanes(block->lanes, lanes);
 }
 
-}  // namespace NAX_RNG_ISA
+}  // namespace NAX_ISA
 }  // namespace nax::rng
 
 // Spells the entries of one generator's steps: the lane block (chunk 14), the interval and the output.

@@ -1,4 +1,4 @@
-#include "rng/generators/lanes.h"
+#include "rng/generators/mcg_lanes.h"
 
 #include "rng/generators/mcg.h"
 #include "rng/registry.h"
