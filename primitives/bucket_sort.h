@@ -145,6 +145,43 @@ void sample_keys(const K* keys, int64_t n, K* sample) {
     sort_few<KeyItself<K>, KeyItself<K>>(sample, sample, kSample);
 }
 
+// Keys that take no more than a few values, all of them in the sorted sample: counted, and written as runs. False, soon
+// as a rule, when there is another value.
+template <class In, class Out, class K>
+bool sort_few_values(const K* keys, K* target, int64_t n, const K* sample) {
+    constexpr int kFewValues = 16;
+    K value[kFewValues];
+    int count = 0;
+    for (int i = 0; i < kSample; ++i) {
+        if (i > 0 && sample[i] == sample[i - 1]) continue;
+        if (count == kFewValues) return false;
+        value[count++] = sample[i];
+    }
+    int64_t found[kFewValues] = {};
+    constexpr int64_t kBlock = 4096 / sizeof(K);  // read once for each value, from the nearest cache
+    for (int64_t i = 0; i < n; i += kBlock) {
+        const int64_t m = n - i < kBlock ? n - i : kBlock;
+        int64_t missing = m;
+        for (int k = 0; k < count; ++k) {
+            const Lanes<K> bits = Lanes<K>{} + In::from_key(value[k]);
+            Lanes<K> equal{};
+            int64_t j = 0;
+            for (; j + kLanes<K> <= m; j += kLanes<K>) equal -= load<K>(keys + i + j) == bits;
+            if (j < m) equal -= load_first<K>(keys + i + j, m - j, static_cast<K>(~bits[0])) == bits;
+            int64_t sum = 0;
+            for (int lane = 0; lane < kLanes<K>; ++lane) sum += equal[lane];
+            found[k] += sum;
+            missing -= sum;
+        }
+        if (missing != 0) return false;
+    }
+    for (int k = 0; k < count; ++k) {
+        std::fill_n(target, found[k], Out::from_key(value[k]));
+        target += found[k];
+    }
+    return true;
+}
+
 // Sorts the n keys of `keys`, below 2^32, with `other` of the same length as scratch; the result is in `other` if
 // into_other, else in `keys`. In is the order of the keys as they stand, Out that of the result.
 template <class In, class Out, class K>
@@ -154,18 +191,13 @@ void sort_many(K* keys, K* other, int64_t n, bool into_other, int level) {
 
     alignas(64) K sample[kSample];
     sample_keys<In>(keys, n, sample);
+    if (sort_few_values<In, Out>(keys, target, n, sample)) return;
     const int64_t count = bucket_count<K>(n, level);
     BucketMap<K> map;
-    const bool distinct = choose_map(sample, kSample, count, map);
-    if (!distinct || level == kMostLevels) {
-        if (differing_bits(keys, n) == 0) {
-            for (int64_t i = 0; i < n; ++i) target[i] = Out::from_key(In::to_key(keys[i]));
-            return;
-        }
-        if (level == kMostLevels) {
-            for (int64_t i = 0; i < n; ++i) keys[i] = In::to_key(keys[i]);
-            return sort_by_digits<Out>(keys, other, n, into_other);
-        }
+    choose_map(sample, kSample, count, map);
+    if (level == kMostLevels) {
+        for (int64_t i = 0; i < n; ++i) keys[i] = In::to_key(keys[i]);
+        return sort_by_digits<Out>(keys, other, n, into_other);
     }
     Distribution<In, K> distribution;
     distribution.spread(keys, other, n, count, map);
