@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#pragma GCC visibility push(default)
 namespace nax::bench::plain {
 
 void default_cubic(int64_t nx, const double* x, const double* y, const double* second, double* c);
@@ -29,3 +30,4 @@ void cubic_layout(int64_t nx, const double* x, const double* c, int64_t ny, int6
                   const double* site, int64_t rhint, double* r);
 
 }  // namespace nax::bench::plain
+#pragma GCC visibility pop

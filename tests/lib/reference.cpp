@@ -100,6 +100,7 @@ constexpr Reference kReferences[] = {
     {"Inv", inverse, inverse, exact_inverse},      {"Cbrt", std::cbrt, std::cbrt, mpfr_cbrt},
     {"InvCbrt", inverse_cbrt, inverse_cbrt, exact_inverse_cbrt},
     {"Pow2o3", pow2o3, pow2o3, exact_pow2o3},      {"Pow3o2", pow3o2, pow3o2, exact_pow3o2},
+    {"Erf", erf, erfl, mpfr_erf},
     {"Erfc", erfc, erfcl, mpfr_erfc},
     {"CdfNorm", reference_cdf_norm, reference_cdf_norm, exact_cdf_norm},
     {"ErfInv", reference_erfinv, reference_erfinv, exact_erfinv},

@@ -23,6 +23,8 @@ NAX_VEC void scalar_values(uint32_t mask, Vector x, Vector (&y)[NO]) {
     alignas(64) T arguments[lanes], results[NO][lanes];
     store(arguments, x);
     for (int k = 0; k < NO; ++k) store(results[k], x);
+    // What its steps round is nobody's business: vector code raises nothing.
+    const uint32_t words = platform::read_mxcsr();
     for (; mask != 0; mask &= mask - 1) {
         const int lane = __builtin_ctz(mask);
         if constexpr (NO == 2)
@@ -30,6 +32,7 @@ NAX_VEC void scalar_values(uint32_t mask, Vector x, Vector (&y)[NO]) {
         else
             Rare(arguments + lane, results[0] + lane);
     }
+    platform::write_mxcsr(words);
     for (int k = 0; k < NO; ++k) y[k] = load(results[k]);
 }
 
