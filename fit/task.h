@@ -146,5 +146,19 @@ constexpr T* coefficients(const Task& task, int64_t j) {
     if (task.scoeff == nullptr || j >= task.scoeff_entries) return nullptr;
     return static_cast<T*>(task.scoeff[j]);
 }
+// Whether the pointers of all `functions` are there, which may be more than the arrays have entries.
+constexpr bool has_functions(const Task& task, int64_t functions) {
+    const int64_t pointers = has_columns(task) ? 1 : functions;
+    if (task.y == nullptr || pointers > task.y_entries) return false;
+    for (int64_t j = 0; j < pointers; ++j)
+        if (task.y[j] == nullptr) return false;
+    return true;
+}
+constexpr bool has_coefficients(const Task& task, int64_t functions) {
+    if (task.scoeff == nullptr || functions > task.scoeff_entries) return false;
+    for (int64_t j = 0; j < functions; ++j)
+        if (task.scoeff[j] == nullptr) return false;
+    return true;
+}
 
 }  // namespace nax::fit

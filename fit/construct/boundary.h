@@ -53,8 +53,8 @@ T _vCubicSpline1DBC2ndDerRight(const End<T>& e) {
 template <class T>
 T not_a_knot(const End<T>& e) {
     const T span = e.h[0] + e.h[1];
-    const T chords = e.h[0] * (e.m[1] * e.h[0] + e.h[1] * e.m[0]) + 2 * span * e.h[1] * e.m[0];
-    return (chords / span - span * e.inner) / e.h[1];
+    const T rise = e.h[1] * e.m[0], chords = e.h[0] / span * (e.m[1] * e.h[0] + rise) + 2 * rise;
+    return (chords - span * e.inner) / e.h[1];
 }
 template <class T>
 T _vCubicSpline1DBCNotAKnotLeft(const End<T>& e) {

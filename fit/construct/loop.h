@@ -79,13 +79,14 @@ inline void collect_rows(const Functions<T, L>& functions, int64_t j, int64_t fu
 
 // The cubic of a cell from its end slopes d0, d1, its chord's slope m and its inverse length r:
 //   y0 + d0 t + (3 m - 2 d0 - d1) r t^2 + (d0 + d1 - 2 m) r^2 t^3
+// The square of r is never formed: it leaves the range long before the coefficient does.
 template <class E>
 inline E square_coefficient(E d0, E d1, E m, E r) {
     return fma(E{} + 3, m, -(d0 + d0 + d1)) * r;
 }
 template <class E>
 inline E cube_coefficient(E d0, E d1, E m, E r) {
-    return fma(E{} - 2, m, d0 + d1) * (r * r);
+    return fma(E{} - 2, m, d0 + d1) * r * r;
 }
 template <class T>
 inline void store_hermite_cells(const T* y, const T* slope, const T* derivative, const T* inverse, int64_t count, T* to) {

@@ -40,8 +40,20 @@ struct Natural {
     static constexpr bool kPeriodic = B == Boundary::Periodic;
     static constexpr bool kFixedLeft = kPeriodic || first_derivative_left(B), kFixedRight = kPeriodic || first_derivative_right(B);
 
+    // The rows are homogeneous in the lengths, so any unit of length gives the same slopes. A power of two brings lengths
+    // whose squares leave the range near to one; ordinary lengths keep the unit one.
+    T unit = G == Grid::UniformGrid ? T(1) : length_unit((intervals.x[n - 1] - intervals.x[0]) / static_cast<T>(n - 1));
+    static T length_unit(T mean) {
+        constexpr T kSafe = sizeof(T) == sizeof(double) ? T(0x1p250) : T(0x1p30f);
+        T unit = 1;
+        for (int step = 0; step < 4; ++step) {  // to the ends of the range, and no further for coinciding points
+            if (mean * unit > kSafe) unit /= kSafe;
+            if (mean * unit < 1 / kSafe) unit *= kSafe;
+        }
+        return unit;
+    }
     // Lengths as the rows use them: in steps on a uniform partition.
-    T weight(int64_t i) const { return G == Grid::UniformGrid ? T(1) : intervals.length(i); }
+    T weight(int64_t i) const { return G == Grid::UniformGrid ? T(1) : intervals.length(i) * unit; }
     T value(int side) const {
         const T* const bc = static_cast<const T*>(task.bc);
         return B == Boundary::FreeEnd ? T(0) : bc[side];
@@ -53,8 +65,8 @@ struct Natural {
             E left = splat<E>(T(1)), right = left;
             if constexpr (G == Grid::NoUniformGrid) {
                 const E middle = load<E>(intervals.x + i + 1);
-                left = middle - load<E>(intervals.x + i);
-                right = load<E>(intervals.x + i + 2) - middle;
+                left = (middle - load<E>(intervals.x + i)) * splat<E>(unit);
+                right = (load<E>(intervals.x + i + 2) - middle) * splat<E>(unit);
             }
             store(a.sub + i, right);
             store(a.diagonal + i + 1, (E{} + 2) * (left + right));
@@ -76,7 +88,8 @@ struct Natural {
         const int64_t outer = right ? n - 2 : 0, inner = right ? n - 3 : 1;
         if constexpr (B == Boundary::NotAKnot) {
             const T h0 = weight(outer), h1 = weight(inner), span = h0 + h1;
-            return ((h0 + 2 * span) * h1 * slope(j, outer) + h0 * h0 * slope(j, inner)) / span;
+            const T share = h0 / span;
+            return (share + 2) * (h1 * slope(j, outer)) + share * (h0 * slope(j, inner));
         }
         if (right ? kFixedRight : kFixedLeft) return value(right ? 1 : 0);
         const T bend = value(right ? 1 : 0) * intervals.length(outer) / 2;
@@ -106,7 +119,7 @@ struct Natural {
             if constexpr (G == Grid::UniformGrid)
                 store(rhs + i, (E{} + 3) * (left + right));
             else
-                store(rhs + i, (E{} + 3) * fma(load<E>(chunk.length + i + 1), left, load<E>(chunk.length + i) * right));
+                store(rhs + i, splat<E>(3 * unit) * fma(load<E>(chunk.length + i + 1), left, load<E>(chunk.length + i) * right));
         });
     }
     void store_cells(int64_t j, const T* y, const Chunk& chunk, int64_t first, int64_t count, const T* derivative) const {
@@ -221,8 +234,9 @@ struct Natural {
     // Three points and no knots: the parabola, whose rows leave the system singular.
     void build_parabolas() const {
         for (int64_t j = 0; j < function_count(task); ++j) {
-            const T h0 = weight(0), h1 = weight(1), m0 = slope(j, 0), m1 = slope(j, 1), bend = (m1 - m0) / (h0 + h1);
-            const T derivative[] = {m0 - h0 * bend, (h0 * m1 + h1 * m0) / (h0 + h1), m1 + h1 * bend};
+            const T h0 = weight(0), h1 = weight(1), m0 = slope(j, 0), m1 = slope(j, 1);
+            const T share0 = h0 / (h0 + h1), share1 = h1 / (h0 + h1), turn = m1 - m0;
+            const T derivative[] = {m0 - share0 * turn, share0 * m1 + share1 * m0, m1 + share1 * turn};
             store_row(j, SplineMatrix<T>{}, derivative);
         }
     }

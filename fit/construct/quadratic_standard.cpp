@@ -1,7 +1,7 @@
 // Standard quadratic spline: parabolas between the points, through the data and a value s at the middle of each interval,
 // with a continuous slope. s(0) is given; equal slopes at point k + 1 then give
-//   s(k+1) = h' / 4 ((y(k) + 3 y(k+1)) / h + (3 y(k+1) + y(k+2)) / h') - (h' / h) s(k),   h = h(k), h' = h(k+1),
-// and with a = h / 2 the cell is  c0 = y(i),  c2 = (y(i) + y(i+1) - 2 s(i)) / (2 a^2),  c1 = (s(i) - y(i)) / a - c2 a.
+//   s(k+1) = (h' / h) ((y(k) + 3 y(k+1)) / 4 - s(k)) + (3 y(k+1) + y(k+2)) / 4,   h = h(k), h' = h(k+1),
+// and with w = (y(i) + y(i+1) - 2 s(i)) / h the cell is  c0 = y(i),  c1 = 2 (s(i) - y(i)) / h - w,  c2 = 2 w / h.
 #include "fit/construct/dispatch.h"
 #include "fit/construct/quadratic.h"
 #include "service/block.h"
@@ -26,17 +26,18 @@ struct StandardQuadratic {
                 middle[k + 1] = (y0 + 6 * y1 + y2) / 4 - middle[k];
             } else {
                 const T h = intervals.length(k), next = intervals.length(k + 1);
-                middle[k + 1] = next / 4 * ((y0 + 3 * y1) / h + (3 * y1 + y2) / next) - next / h * middle[k];
+                middle[k + 1] = next / h * ((y0 + 3 * y1) / 4 - middle[k]) + (3 * y1 + y2) / 4;
             }
         }
     }
     void store_cells(int64_t j, const T* middle) const {
         T* c = functions.coefficients(j);
         for (int64_t i = 0; i < cells; ++i, c += 3) {
-            const T y0 = functions(j, i), y1 = functions(j, i + 1), a = intervals.length(i) / 2;
+            const T y0 = functions(j, i), y1 = functions(j, i + 1), h = intervals.length(i);
+            const T w = (y0 + y1 - 2 * middle[i]) / h;
             c[0] = y0;
-            c[2] = (y0 + y1 - 2 * middle[i]) / (2 * (a * a));
-            c[1] = (middle[i] - y0) / a - c[2] * a;
+            c[1] = 2 * (middle[i] - y0) / h - w;
+            c[2] = 2 * w / h;
         }
     }
     int32_t run() const {

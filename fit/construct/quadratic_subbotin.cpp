@@ -3,7 +3,8 @@
 // D = x(k+1) - x(k-1), p = h(k) / D / (x(k) - t(k)), q = h(k-1) / D / (t(k+1) - x(k)),
 //   a s(k-1) + (2 + a + b) s(k) + b s(k+1) = 2 (p dy(k-1) + q dy(k)),   a = p (t(k) - x(k-1)),  b = q (x(k+1) - t(k+1)),
 // and at an end with a given second derivative M, u being the distance of the end to the next knot and h to the next point,
-//   (h + u) s(0) + (h - u) s(1) = 2 dy(0) - M u h   (at the right the last sign is plus).
+//   (h + u) s(0) + (h - u) s(1) = 2 dy(0) - M u h   (at the right the last sign is plus),
+// taken divided by h, as the interior rows have no dimension either.
 #include "fit/construct/dispatch.h"
 #include "fit/construct/quadratic.h"
 #include "fit/subgrid.h"
@@ -79,18 +80,18 @@ struct Subbotin {
             s.slope[0] = value(0);
             if (n > 2) s.slope[1] -= s.sub[0] * value(0);
         } else {
-            s.diagonal[0] = h + u;
-            s.super[0] = h - u;
-            s.slope[0] = 2 * rise(j, 0) - value(0) * u * h;
+            s.diagonal[0] = (h + u) / h;
+            s.super[0] = (h - u) / h;
+            s.slope[0] = 2 * rise(j, 0) / h - value(0) * u;
         }
         if (kFixedRight) {
             s.slope[n - 1] = value(1);
             const int64_t row = n - 2;
             if (row > 0 || !kFixedLeft) s.slope[row] -= s.super[row] * value(1);
         } else {
-            s.sub[n - 2] = g - v;
-            s.diagonal[n - 1] = g + v;
-            s.slope[n - 1] = 2 * rise(j, n - 2) + value(1) * v * g;
+            s.sub[n - 2] = (g - v) / g;
+            s.diagonal[n - 1] = (g + v) / g;
+            s.slope[n - 1] = 2 * rise(j, n - 2) / g + value(1) * v;
             if (kFixedLeft && n == 2) s.slope[1] -= s.sub[0] * value(0);
         }
         const int64_t first = kFixedLeft ? 1 : 0, order = n - first - (kFixedRight ? 1 : 0);
@@ -105,7 +106,7 @@ struct Subbotin {
             c[3 * i + 1] = s.slope[i];
             if (i == n - 1) break;
             const T h = length(i), d0 = s.slope[i], d1 = s.slope[i + 1], u = s.knot[i + 1] - s.x[i];
-            c[3 * i + 2] = (d1 - d0) / (2 * h) + (2 * rise(j, i) - h * (d0 + d1)) / (2 * h * u);
+            c[3 * i + 2] = (d1 - d0) / (2 * h) + (rise(j, i) / h - (d0 + d1) / 2) / u;
         }
         // The last piece starts at the last knot with the slope of the piece before it.
         const T knot = s.knot[n - 1], before = c[3 * n - 5] + 2 * c[3 * n - 4] * (knot - s.x[n - 2]);

@@ -106,14 +106,8 @@ bool is_periodic(const Task& task) {
 
 // Status of the arrays that every kernel reads and writes: all functions and all coefficient pointers must be there.
 inline int32_t check_arrays(const Task& task) {
-    if (task.y == nullptr) return DfStatusBadY;
-    const int64_t pointers = has_columns(task) ? 1 : function_count(task);
-    for (int64_t j = 0; j < pointers; ++j)
-        if (task.y[j] == nullptr) return DfStatusBadY;
-    if (task.scoeff == nullptr) return DfStatusBadCoeff;
-    for (int64_t j = 0; j < function_count(task); ++j)
-        if (task.scoeff[j] == nullptr) return DfStatusBadCoeff;
-    return DfStatusOk;
+    if (!has_functions(task, function_count(task))) return DfStatusBadY;
+    return has_coefficients(task, function_count(task)) ? DfStatusOk : DfStatusBadCoeff;
 }
 
 // Calls body(i, ...) for every i below count, through the caller's loop where more than one thread may run.

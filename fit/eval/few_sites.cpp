@@ -111,10 +111,8 @@ template <class T>
 bool evaluate_few(const Task* task, int64_t nsite, const T* site, int64_t sitehint, int64_t ndorder, const void* dorder,
                   T* r, int64_t rhint) {
     if (task == nullptr || task->x == nullptr || site == nullptr || r == nullptr || (sitehint & kUniformSites) != 0 ||
-        task->ny < 1 || task->scoeff == nullptr || task->ny > task->scoeff_entries)
+        task->ny < 1 || !has_coefficients(*task, task->ny))
         return false;
-    for (int64_t j = 0; j < task->ny; ++j)
-        if (task->scoeff[j] == nullptr) return false;
     const int64_t order = task->s_order, type = task->s_type;
     if (order == 4 && type != kSubbotin && is_constructed_type(type))
         return evaluate_order<4>(*task, nsite, site, ndorder, dorder, r, rhint);

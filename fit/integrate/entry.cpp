@@ -25,15 +25,10 @@ constexpr int32_t integral_evaluator(int64_t order, int64_t type, bool all_callb
 int32_t check_data(const Task& task, int32_t evaluator) {
     if (task.x == nullptr) return DfStatusBadX;
     if (reads_functions(evaluator)) {
-        if (task.y == nullptr) return DfStatusBadY;
-        const int64_t pointers = has_columns(task) ? 1 : task.ny;
-        for (int64_t j = 0; j < pointers; ++j)
-            if (task.y[j] == nullptr) return DfStatusBadY;
+        if (!has_functions(task, task.ny)) return DfStatusBadY;
     } else if (task.s_order > 0) {
         if (!is_possible_order(task)) return DfStatusBadOrder;
-        if (task.scoeff == nullptr) return DfStatusBadCoeff;
-        for (int64_t j = 0; j < task.ny; ++j)
-            if (task.scoeff[j] == nullptr) return DfStatusBadCoeff;
+        if (!has_coefficients(task, task.ny)) return DfStatusBadCoeff;
     }
     return DfStatusOk;
 }

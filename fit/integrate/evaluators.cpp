@@ -38,7 +38,7 @@ struct PolynomialPieces {
     int64_t order;
 
     PolynomialPieces(const Task& task, int64_t j)
-        : points(task), c(static_cast<const T*>(task.scoeff[j])), order(kOrder > 0 ? kOrder : task.s_order) {}
+        : points(task), c(coefficients<T>(task, j)), order(kOrder > 0 ? kOrder : task.s_order) {}
     T left(int64_t i) const { return points[i]; }
     T right(int64_t i) const { return points[i + 1]; }
     T origin(int64_t i) const { return points[i]; }
@@ -87,7 +87,7 @@ struct SubbotinPieces {
     const T* c;
 
     SubbotinPieces(const Task& task, int64_t j)
-        : knots(subgrid_of<T>(task)), c(static_cast<const T*>(task.scoeff[j])) {}
+        : knots(subgrid_of<T>(task)), c(coefficients<T>(task, j)) {}
     T left(int64_t i) const { return knots[i]; }
     T right(int64_t i) const { return knots[i + 1]; }
     T origin(int64_t i) const { return knots.point(i); }

@@ -159,6 +159,21 @@ TYPED_TEST(Frame, CubicStatusesInOrder) {
     EXPECT_EQ(status_of(two, [](nax_df_task* t) { t->bc_type = 1; }), DfStatusBadNx);
 }
 
+// The number of functions may be edited above what the pointer arrays hold; what stands behind them isn't read.
+TYPED_TEST(Frame, FunctionsWithoutPointersAreRefused) {
+    for (const Family* family : kFamilies)
+        for (const bool columns : {false, true}) {
+            SCOPED_TRACE(family->name);
+            const SplineCase<TypeParam> s = make_case<TypeParam>(*family, family->boundaries.front(), 9, 2, false, columns);
+            EXPECT_EQ(status_of(s, [](nax_df_task* t) { t->scoeff_entries = 1; }), DfStatusBadCoeff);
+            if (columns) continue;
+            EXPECT_EQ(status_of(s, [](nax_df_task* t) {
+                for (void*& behind : t->few_functions) behind = t->few_functions[0];
+                EXPECT_EQ(nax_df_kernel_iEditVal(t, NAX_DF_ATTRIBUTE_NY, 4), 0);
+            }), DfStatusBadY);
+        }
+}
+
 TYPED_TEST(Frame, LinearAndQuadraticStatusesInOrder) {
     using T = TypeParam;
     const SplineCase<T> linear = make_case<T>(kLinear, 0, 9, 1, false, false);

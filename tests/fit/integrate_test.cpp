@@ -58,11 +58,12 @@ struct Spline {
         EXPECT_EQ(new_task<T>(&task, nx, uniform ? ends.data() : x.data(), uniform ? 4 : 0, ny, y.data(), 16), 0);
         for (int64_t j = 0; j < ny; ++j) rows.push_back(c.data() + j * nx * order);
         task->s_order = s_order, task->s_type = s_type, task->scoeff = order > 0 ? rows.data() : nullptr;
+        task->scoeff_entries = order > 0 ? ny : 0;
         if (order == 3 && s_type == 1) task->ic_type = 8;
     }
     Spline(const Spline&) = delete;
     ~Spline() {
-        task->scoeff = nullptr;
+        task->scoeff = nullptr, task->scoeff_entries = 0;
         nax_df_kernel_DeleteTask(&task);
     }
     bool subbotin() const { return order == 3 && task->s_type == 1; }
@@ -375,6 +376,17 @@ TYPED_TEST(Integrate, StatusesInOrder) {
     EXPECT_EQ(with_task([](nax_df_task& t) { t.scoeff = nullptr; }, [](Call<T>& c) { c.rhint = 256; }), DfStatusBadIntegralHint);
     EXPECT_EQ(with_task([](nax_df_task& t) { t.scoeff = nullptr; }, nothing), DfStatusBadCoeff);
     EXPECT_EQ(with_task([](nax_df_task& t) { t.s_order = 0, t.s_type = 7, t.y = nullptr; }, nothing), DfStatusBadY);
+    Spline<T> two(20, 2, 4, 0, false);
+    for (const size_t pairs : {1, 200}) {  // both the way of short calls and the general one
+        const auto status_with = [&](auto&& change) {
+            nax_df_task changed = *two.task;
+            change(changed);
+            return this->mixed_limits(two, int64_t(pairs), 1).run(&changed);
+        };
+        EXPECT_EQ(status_with([](nax_df_task& t) { t.scoeff_entries = 1; }), DfStatusBadCoeff) << "pointers behind the array aren't read";
+        EXPECT_EQ(status_with([](nax_df_task& t) { t.s_order = 0, t.s_type = 7, t.y_entries = 1; }), DfStatusBadY);
+        EXPECT_EQ(status_with([](nax_df_task& t) { t.y_entries = 1; }), 0) << "polynomials don't read the functions";
+    }
     EXPECT_EQ(with_task(nothing, [](Call<T>& c) { c.nlim = 0; }), 0);
     if (sizeof(T) == sizeof(double)) {
         EXPECT_EQ(nax_df_kernel_dDFIntegrate1D(nullptr, 0, 1, nullptr, 0, nullptr, 0, nullptr, nullptr, nullptr, 16, nullptr, nullptr,

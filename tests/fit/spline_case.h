@@ -89,9 +89,9 @@ struct SplineCase {
         task->ic = ic.empty() ? nullptr : ic.data();
         std::vector<void*> rows;
         for (int64_t j = 0; j < ny(); ++j) rows.push_back(c.data() + j * cells() * family->order);
-        task->scoeff = rows.data();
+        task->scoeff = rows.data(), task->scoeff_entries = ny();
         const int32_t status = task_hook ? task_hook(task) : family->template build<T>()(task, 0, 0, threaders);
-        task->scoeff = nullptr;
+        task->scoeff = nullptr, task->scoeff_entries = 0;
         nax_df_kernel_DeleteTask(&task);
         for (size_t k = used; k < c.size(); ++k) EXPECT_EQ(c[k], T(-77)) << "written past the end";
         c.resize(used);
