@@ -39,7 +39,7 @@ struct DefaultCubic {
     }
 
     struct Chunk {
-        alignas(64) T row[kChunk + 1], length[kChunk], inverse[kChunk], slope[kChunk], bend[kChunk + 1];
+        alignas(64) T row[kChunk + 1], bend[kChunk + 1];
     };
 
     // Second derivatives at the points first .. first + count: the caller's own array, or a copy with the ends added.
@@ -54,14 +54,21 @@ struct DefaultCubic {
     void build(int64_t j, int64_t first, int64_t count, Chunk& chunk) const {
         const T* const y = functions.row(j, first, count + 1, chunk.row);
         const T* const bend = bends(j, first, count, chunk.bend);
-        fill_lengths(intervals, first, count, chunk.length, chunk.inverse);
-        fill_slopes(intervals, y, chunk.length, chunk.inverse, count, chunk.slope);
+        const T* const x = intervals.x + (G == Grid::UniformGrid ? 0 : first);
         T* const to = functions.coefficients(j) + 4 * first;
+        // In one pass: with so little arithmetic, buffers of lengths and chords would cost more than they save.
         for_lanes<T>(count, [&]<class E>(int64_t i) {
+            const E y0 = load<E>(y + i), rise = load<E>(y + i + 1) - y0;
+            E h = splat<E>(intervals.step), r = splat<E>(intervals.inverse_step), chord = rise * r;
+            if constexpr (G == Grid::NoUniformGrid) {
+                h = load<E>(x + i + 1) - load<E>(x + i);
+                r = splat<E>(T(1)) / h;
+                chord = rise * r;
+                chord = fma(fma(-chord, h, rise), r, chord);
+            }
             const E left = load<E>(bend + i), right = load<E>(bend + i + 1), sixth = splat<E>(T(1) / 6);
-            const E slope = fma(-(load<E>(chunk.length + i) * sixth), left + left + right, load<E>(chunk.slope + i));
-            const E third = (right - left) * (load<E>(chunk.inverse + i) * sixth);
-            store_interleaved(to + 4 * i, load<E>(y + i), slope, left * splat<E>(T(0.5)), third);
+            const E slope = fma(-(h * sixth), left + left + right, chord), third = (right - left) * (r * sixth);
+            store_interleaved(to + 4 * i, y0, slope, left * splat<E>(T(0.5)), third);
         });
     }
 
