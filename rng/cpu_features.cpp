@@ -1,7 +1,7 @@
 // What the processor offers to the counter-based and the hardware generators, and to products of polynomials.
 #include "rng/cpu_features.h"
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "platform/cpuid.h"
 #include "service/service.h"
 

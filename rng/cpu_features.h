@@ -1,7 +1,7 @@
 // Processor facilities that the library asks for beside the exported tests.
 #pragma once
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 namespace nax::rng {
 

@@ -1,7 +1,7 @@
 // The two tables of generators and the numbering of ids.
 #include "rng/registry.h"
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 // The functions that the rows name.
 #define BRNG(generator, ...)                                                                                     \

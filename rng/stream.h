@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 struct nax_stream {
     int32_t brng;             // the id that the stream was created with, sub-stream offset included

@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "fit/construct/dispatch.h"
 #include "fit/construct/quadratic.h"
 #include "fit/subgrid.h"
-#include "nax/tridiagonal.h"
+#include "nax/abi/tridiagonal.h"
 #include "service/block.h"
 
 namespace nax::fit {

@@ -1,7 +1,7 @@
 // The tridiagonal solvers under their exported names.
 #include "fit/construct/tridiagonal.h"
 
-#include "nax/tridiagonal.h"
+#include "nax/abi/tridiagonal.h"
 
 namespace nax::fit {
 namespace {

@@ -1,4 +1,4 @@
-/* All services of the library. Each header also stands alone. */
+/* All that programs call. Each header also stands alone; those under nax/abi declare every other exported name. */
 #ifndef NAX_NAX_H
 #define NAX_NAX_H
 
@@ -11,14 +11,12 @@
 #include "nax/processor.h"
 #include "nax/service.h"
 #include "nax/statistics.h"
+#include "nax/statistics_basic.h"
 #include "nax/statistics_order.h"
 #include "nax/statistics_robust.h"
-#include "nax/statistics_basic.h"
-#include "nax/statistics.h"
 #include "nax/status.h"
 #include "nax/streams.h"
 #include "nax/threaders.h"
-#include "nax/tridiagonal.h"
 #include "nax/vmath.h"
 
 #endif

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "rng/generators/counter_state.h"
 #include "rng/stream.h"
 #include "simd/isa.h"

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "rng/generators/gf2_polynomial.h"
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "service/block.h"
 
 namespace nax::rng {

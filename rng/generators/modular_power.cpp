@@ -1,7 +1,7 @@
 // Powers by square and multiply from the exponent's low bit.
 #include "rng/generators/modular_power.h"
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 using namespace nax::rng;
 

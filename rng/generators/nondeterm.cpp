@@ -6,7 +6,7 @@
 // NIST SP 800-90A and 800-90B describe the construction that the processors' makers state for the instruction.
 #include <immintrin.h>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "rng/generator.h"
 #include "rng/generators/nondeterm.h"
 

@@ -6,7 +6,7 @@
 #include <array>
 #include <bit>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "rng/stream.h"
 #include "service/block.h"
 

@@ -1,4 +1,4 @@
-#include "nax/tridiagonal.h"
+#include "nax/abi/tridiagonal.h"
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 namespace {
 

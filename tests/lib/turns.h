@@ -1,5 +1,6 @@
 // Sine, cosine and tangent of degrees and half turns, to about an ulp: the argument less a multiple of a
-// quarter turn is exact.
+// quarter turn is exact. Zeros as C23 has them: of the sine with the sign of x, of the cosine positive, of the tangent with
+// the sign that alternates from half turn to half turn.
 #pragma once
 
 #include <mpfr.h>
@@ -18,11 +19,13 @@ T of_turns(T x, T quarter_turn) {
     int quarters;
     const T angle = std::remquo(x, quarter_turn, &quarters) * (std::numbers::pi_v<T> / 2 / quarter_turn);
     if constexpr (F == TurnFunction::Tangent) {
+        if (angle == 0 && (quarters & 1) == 0) return quarters & 2 ? -std::copysign(T(0), x) : std::copysign(T(0), x);
         if ((quarters & 1) == 0) return std::tan(angle);
         return angle == 0 ? std::copysign(std::numeric_limits<T>::infinity(), T(2 - (quarters & 3)))
                           : -1 / std::tan(angle);
     }
     if constexpr (F == TurnFunction::Cosine) ++quarters;
+    if (angle == 0 && (quarters & 1) == 0) return F == TurnFunction::Cosine ? T(0) : std::copysign(T(0), x);
     const T size = quarters & 1 ? std::cos(angle) : std::sin(angle);
     return quarters & 2 ? -size : size;
 }

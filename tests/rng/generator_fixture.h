@@ -9,7 +9,7 @@
 #include <numeric>
 #include <vector>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "rng/registry.h"
 #include "service/service.h"
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 
 namespace nax::testing {
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "nax/streams.h"
+#include "nax/abi/streams.h"
 #include "rng/stream.h"
 
 namespace nax::testing {

@@ -55,9 +55,8 @@ void write_header(std::ostream& out, int points, uint32_t stride) {
            "Written by `./run accuracy`. Errors in units in the last place (ulp) of the exact result, in double "
            "precision "
            "against MPFR, in single against double-precision values; `bits` is the precision less log2 of the largest "
-           "error. Bounds and intervals stand in `tests/vmath/accuracy.def`, "
-           "intervals cut where an algorithm changes and with both ends included. The single-precision exponentials and "
-           "logarithms have also met every float: [every-float.md](every-float.md).\n\n"
+           "error. Bounds and intervals stand in `tests/vmath/accuracy_*.def`, "
+           "intervals cut where an algorithm changes and with both ends included. What has met every float: [every-float.md](every-float.md).\n\n"
         << points << " random points per interval, half uniform over the interval, half over its representable numbers";
     if (stride == 1)
         out << "; for the single-precision records every float of the intervals";

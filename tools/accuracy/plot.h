@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -23,8 +24,7 @@ public:
     }
 
     void add(int slot, double x, double error) {
-        const double position = (coordinate(x) - coordinate(low_)) / (coordinate(high_) - coordinate(low_));
-        const int stretch = std::clamp(static_cast<int>(position * kStretches), 0, kStretches - 1);
+        const int stretch = std::clamp(static_cast<int>(position(x) * kStretches), 0, kStretches - 1);
         double& largest = curves_[slot][static_cast<size_t>(stretch)];
         largest = std::max(largest, error);
     }
@@ -51,8 +51,18 @@ private:
     static constexpr int kStretches = 240, kLeft = 60, kTop = 30, kWidth = 720, kHeight = 240;
     static constexpr double kLowestDecade = -2, kHighestDecade = 8;
 
-    // Logarithmic in both directions, linear next to 0.
-    static double coordinate(double x) { return std::asinh(x * 1e6); }
+    // Logarithmic for positive arguments; else logarithmic in both directions and linear next to 0. Beyond 1 the latter is
+    // a logarithm too, for which no argument is too large.
+    static constexpr double kLinearBelow = 1e-6;
+    bool positive() const { return low_ > 0; }
+    double coordinate(double x) const {
+        if (positive()) return std::log(x);
+        return std::fabs(x) <= 1 ? std::asinh(x / kLinearBelow)
+                                 : std::copysign(std::log(2 / kLinearBelow) + std::log(std::fabs(x)), x);
+    }
+    double position(double x) const {
+        return (coordinate(x) - coordinate(low_)) / (coordinate(high_) - coordinate(low_));
+    }
     static double height(double error) {
         const double decade = std::clamp(std::log10(std::max(error, 1e-30)), kLowestDecade, kHighestDecade);
         return kTop + kHeight * (kHighestDecade - decade) / (kHighestDecade - kLowestDecade);
@@ -65,12 +75,35 @@ private:
             out << "<path d=\"M" << kLeft << " " << y << "h" << kWidth << "\" stroke=\"#ddd\"/>\n"
                 << "<text x=\"8\" y=\"" << y + 4 << "\">1e" << decade << "</text>\n";
         }
-        const double from = coordinate(low_), to = coordinate(high_);
-        for (int tick = 0; tick <= 6; ++tick) {
-            const double x = std::sinh(from + (to - from) * tick / 6) / 1e6;
-            out << "<text text-anchor=\"" << (tick == 6 ? "end" : "middle") << "\" x=\"" << kLeft + kWidth * tick / 6
-                << "\" y=\"" << kTop + kHeight + 20 << "\">" << label(x) << "</text>\n";
+        double last = -1;
+        for (const double x : round_numbers()) {
+            const double at = kLeft + kWidth * position(x);
+            if (last >= 0 && at - last < 64) continue;
+            last = at;
+            out << "<path d=\"M" << at << " " << kTop + kHeight << "v5\" stroke=\"#888\"/>\n<text text-anchor=\""
+                << (at > kLeft + kWidth - 20 ? "end" : "middle") << "\" x=\"" << at << "\" y=\"" << kTop + kHeight + 20
+                << "\">" << label(x) << "</text>\n";
         }
+    }
+    // 0 and 1, 2 or 5 times powers of ten between the ends, ascending; the powers alone where there are many.
+    std::vector<double> round_numbers() const {
+        const double largest = std::max(std::fabs(low_), std::fabs(high_));
+        const double smallest = positive() ? low_ : std::min(kLinearBelow, largest);
+        const int first = static_cast<int>(std::floor(std::log10(smallest)));
+        const int last = static_cast<int>(std::ceil(std::log10(largest)));
+        const int step = std::max(1, (last - first) / 8);
+        std::vector<double> numbers;
+        for (int decade = first; decade <= last; decade += step)
+            for (const double digit : {1.0, 2.0, 5.0}) {
+                if (digit > 1 && last - first > 3) continue;
+                // As a decimal: powers of ten by a product would not be round.
+                const double x = std::strtod((label(digit) + "e" + std::to_string(decade)).c_str(), nullptr);
+                for (const double signed_x : {x, -x})
+                    if (signed_x >= low_ && signed_x <= high_ && std::isfinite(x)) numbers.push_back(signed_x);
+            }
+        if (low_ <= 0 && high_ >= 0) numbers.push_back(0);
+        std::sort(numbers.begin(), numbers.end());
+        return numbers;
     }
     static std::string label(double x) {
         char text[32];

@@ -1,6 +1,6 @@
 // Writes the public headers of the vector functions from the records list and the documentation rows:
 //     gen_vmath_header functions > include/nax/vmath.h
-//     gen_vmath_header kernels > include/nax/vmath_kernels.h
+//     gen_vmath_header kernels > include/nax/abi/vmath_kernels.h
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -42,7 +42,7 @@ constexpr const char* kFunctionsHead =
  *              _11 or _26     enhanced performance: about 11 bits (s, c) or 26 bits (d, z)
  *              docs/accuracy.md has the bound and the measured error of each. Where a function has one kernel for
  *              several levels, their results agree bit for bit. The mode word does not choose: a caller who wants
- *              that takes entry nax_arq_kernel_GetTTableIndex() of the function's table (nax/vmath_kernels.h).
+ *              that takes entry nax_arq_kernel_GetTTableIndex() of the function's table (nax/abi/vmath_kernels.h).
  * Arguments: n, the number of elements; input vectors a, b; result vectors r, or r1 and r2. In the strided form each
  *   vector is followed by its stride, counted in elements (pairs for complex types): element i is a[i inca]. A stride
  *   may be negative or, for inputs, zero. n of 0 or less does nothing. A result vector may be the same as an input
