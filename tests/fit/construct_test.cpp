@@ -234,7 +234,7 @@ TYPED_TEST(Construct, StandardQuadraticPassesItsFirstMiddle) {
     SplineCase<TypeParam> parabola = make_case<TypeParam>(kStandard, 128, 5000, 1, true, false);
     for (size_t i = 0; i < parabola.x.size(); ++i) parabola.y[0][i] = TypeParam(i % 2);
     parabola.bc = {TypeParam(0.5)};
-    ASSERT_EQ(parabola.build(), 0) << "middles from the heap";
+    ASSERT_EQ(parabola.build(), 0) << "many chunks of middles";
     expect_data_reproduced(parabola);
 }
 
