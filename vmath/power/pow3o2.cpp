@@ -1,8 +1,8 @@
 // Pow3o2:  x^(3/2) = x sqrt(x).
 //
 // HA adds what the root lacks, d = x - s^2, and the product's rounding error: x sqrt(x) = x s + s d/2, since x/s is s.
-// Results near the ends of the range, whose errors
-// would be denormal, are computed 2^(3k) times as large or small. An overflow is an infinity without report.
+// Results near the ends of the range, whose errors would be denormal, are computed 2^(3k) times as large or small. An
+// overflow is an infinity without report.
 #include "vmath/frame/kernel_exports.h"
 #include "vmath/power/newton.h"
 #include "vmath/power/power_rare.h"
