@@ -93,7 +93,8 @@ int32_t _stosSSMahDistance(nax_ss_task* task, uint64_t estimates, uint64_t metho
  * order outside [0, 1], NoStreamParams, BadMethod, BadStreamAccuracy; BadVariableMask for a variable that the
  * summaries left out; Memory, with what had been added kept.
  * Source: levels of growing weight after Munro and Paterson (Theor. Comput. Sci. 12, 1980) and Manku, Rajagopalan and
- * Lindsay (SIGMOD 1998). Memory: up to 16 / epsilon values exactly, then growing with the logarithm of epsilon N. */
+ * Lindsay (SIGMOD 1998). Memory: up to 16 / epsilon values exactly, then growing with a power of the logarithm of
+ * epsilon N. */
 int32_t _stodSSStreamQuantiles(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 int32_t _stosSSStreamQuantiles(nax_ss_task* task, uint64_t estimates, uint64_t method, const nax_threaders* threaders);
 /* Frees the summaries; deletion of the task does so by itself. */

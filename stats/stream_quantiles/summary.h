@@ -7,7 +7,7 @@
 //
 //     c(l) = l (l + 1) / (2 epsilon),     sum over l of 1 / (2 c(l)) = epsilon sum 1 / (l (l + 1)) < epsilon.
 //
-// The number of levels is unlimited, so N need not be known; memory grows with the logarithm of epsilon N alone. The
+// The number of levels is unlimited, so N need not be known; memory grows with a power of the logarithm of epsilon N alone. The
 // idea of levels of doubling weight is that of Munro and Paterson (Theor. Comput. Sci. 12, 1980), the bound by weights
 // of Manku, Rajagopalan and Lindsay (SIGMOD 1998).
 #pragma once
