@@ -110,7 +110,8 @@ constexpr auto make_single_ep() {
     if constexpr (F == Function::SineCosine)
         return sine_cosine_core<2, Single>(quarter_sine_single_ep, quarter_cosine_single_ep);
     else if constexpr (F == Function::Tangent)
-        return tangent_core<U, 2, Single>(
+        // Three parts: a float next to a pole leaves so little that the rest of two would show.
+        return tangent_core<U, 3, Single>(
             by_unit<U>(tangent_radian_single_ep_numerator, tangent_degree_single_ep_numerator,
                        tangent_half_turn_single_ep_numerator),
             by_unit<U>(tangent_radian_single_ep_denominator, tangent_degree_single_ep_denominator,
